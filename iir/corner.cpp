@@ -1,0 +1,130 @@
+// The corner of an analog cascade, and moving it to 1 rad/s.
+//
+// The corner is the first point of a fixed grid at which the magnitude, by a stated sequence of complex operations, is
+// below 0.7071 of DC.  That sequence costs two dozen operations and a division a section.  Most points lie far above: a
+// screen that evaluates |H|^2 in real arithmetic, several points at a time, passes over those that are above by more
+// than its error can be, and only the others are evaluated as stated.  The point found is the same.
+
+#include <mensura/iir.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <span>
+
+namespace {
+
+using Size = std::size_t;
+
+constexpr double kCornerLevel = 0.7071;
+constexpr double kGridStep = 0.001953125;  // 1/512 rad/s
+constexpr int kLastPoint = 5999;
+
+double frequency(int point) { return point * kGridStep; }
+
+struct Cascade {
+    std::span<double> num2, num1, num0, den2, den1, den0;
+
+    Size size() const { return den0.size(); }
+
+    double dc_factor() const {
+        double g = 1.0;
+        for (Size k = 0; k < size(); ++k) g *= den0[k] / num0[k];
+        return g;
+    }
+};
+
+// c2 s^2 + c1 s + c0
+CplxD quadratic(double c2, double c1, double c0, CplxD s, CplxD s2) {
+    return CplxDAdd(CplxDAdd(CplxDMult_coef(s2, c2), CplxDMult_coef(s, c1)), {c0, 0.0});
+}
+
+// Whether |g H(jw)| < 0.7071, exactly as the grid's definition evaluates it.
+bool below_corner(const Cascade &c, double g, double w) {
+    const CplxD s{0.0, w}, s2 = CplxDMult(s, s);
+    CplxD H{1.0, 0.0};
+    for (Size k = 0; k < c.size(); ++k) {
+        H = CplxDMult(H, quadratic(c.num2[k], c.num1[k], c.num0[k], s, s2));
+        H = CplxDDivision(H, quadratic(c.den2[k], c.den1[k], c.den0[k], s, s2));
+    }
+    return CplxDCabs(CplxDMult_coef(H, g)) < kCornerLevel;
+}
+
+// The screen: num = g^2 prod |N|^2 and den = prod |D|^2 over the sections, for a batch of frequencies.
+//
+// Real and imaginary parts of N and D carry the same roundings as in the exact evaluation; what follows errs by less
+// than 10 roundings a section on either side, 1e-13 for 20 sections, so a margin of 1e-9 is ample.  That needs numbers
+// that stay in range: with at most 20 sections and coefficients up to 1e4, |N|^2 and |D|^2 are below 4e12 each and
+// their products below 1e253, and a product that ends above 1e-30 cannot have passed below 1e-283 on its way.
+constexpr Size kMaxScreenedSections = 20;
+constexpr double kMaxScreenedCoefficient = 1e4;
+constexpr double kSmallestProduct = 1e-30;
+constexpr double kLevelSquared = kCornerLevel * kCornerLevel * (1 + 1e-9);
+constexpr Size kBatch = 16;
+
+bool in_range(std::span<const double> coefficients) {
+    return std::ranges::all_of(coefficients, [](double c) { return std::fabs(c) <= kMaxScreenedCoefficient; });
+}
+
+bool can_screen(const Cascade &c, double g) {
+    return c.size() <= kMaxScreenedSections && std::fabs(g) >= 1e-3 && std::fabs(g) <= 1e3 && in_range(c.num2) &&
+           in_range(c.num1) && in_range(c.num0) && in_range(c.den2) && in_range(c.den1) && in_range(c.den0);
+}
+
+using Batch = std::array<double, kBatch>;
+
+// products *= |c2 s^2 + c1 s + c0|^2 at s = jw
+void multiply_by_square(Batch &products, const Batch &w, double c2, double c1, double c0) {
+    for (Size i = 0; i < kBatch; ++i) {
+        const double re = c0 - c2 * (w[i] * w[i]), im = c1 * w[i];
+        products[i] *= re * re + im * im;
+    }
+}
+
+// How many points from `point` on are certain to lie above the corner level.
+int points_clear_of_corner(const Cascade &c, double g, int point) {
+    Batch w, num, den;
+    for (Size i = 0; i < kBatch; ++i) w[i] = frequency(point + static_cast<int>(i));
+    num.fill(g * g);
+    den.fill(1.0);
+    for (Size k = 0; k < c.size(); ++k) {
+        multiply_by_square(num, w, c.num2[k], c.num1[k], c.num0[k]);
+        multiply_by_square(den, w, c.den2[k], c.den1[k], c.den0[k]);
+    }
+    Size i = 0;
+    while (i < kBatch && num[i] > kLevelSquared * den[i] && num[i] >= kSmallestProduct && den[i] >= kSmallestProduct)
+        ++i;
+    return static_cast<int>(i);
+}
+
+double find_corner(const Cascade &c) {
+    const double g = c.dc_factor();
+    const bool screened = can_screen(c, g);
+    for (int point = 1; point <= kLastPoint; ++point) {
+        if (screened)
+            for (int clear = kBatch; clear == kBatch && point <= kLastPoint; point += clear)
+                clear = points_clear_of_corner(c, g, point);
+        if (point <= kLastPoint && below_corner(c, g, frequency(point))) return frequency(point);
+    }
+    return frequency(kLastPoint);
+}
+
+}  // namespace
+
+void SetCornerFreq(int count, double *den2, double *den1, double *den0, double *num2, double *num1, double *num0) {
+    const auto n = static_cast<Size>(std::clamp(count, 0, static_cast<int>(MAX_IIR_SECTIONS)));
+    const Cascade c{{num2, n}, {num1, n}, {num0, n}, {den2, n}, {den1, n}, {den0, n}};
+    const double scale = 1.0 / find_corner(c);
+    for (Size k = 0; k < n; ++k) {
+        const double r = std::sqrt(den0[k]);
+        if (r != 0) {
+            if (den2[k] != 0) {  // keeps the damping and moves the natural frequency r
+                den0[k] = r * r * (scale * scale);
+                den1[k] = 2 * (den1[k] / r * 0.5) * r * scale;
+            } else {
+                den0[k] *= scale;
+            }
+        }
+        if (num2[k] != 0) num0[k] = scale * scale * num0[k];
+    }
+}

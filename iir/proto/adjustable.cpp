@@ -1,0 +1,19 @@
+// Adjustable: the Gaussian polynomial with its factorials raised to a power, stretched along the imaginary axis.
+
+#include <cmath>
+
+#include "family.h"
+
+using namespace mensura::iir;
+
+int AdjustablePoly(double gamma, int n, CplxD *roots) {
+    constexpr double kStretch = 1.1;
+    if (!order_fits(n, 2)) return 0;
+    const double g = gamma > 0 ? 2 * gamma : gamma;
+    Polynomial p{};
+    p[0] = 1.0;
+    for (int m = 1; m <= n; ++m) p[static_cast<std::size_t>(2 * m)] = alternating(m) * std::pow(Factorial(m), g);
+    const int count = roots_of_ascending(p, 2 * n, roots);
+    for (int i = 0; i < 2 * n; ++i) roots[i].im *= kStretch;  // all slots, however many roots were found
+    return count;
+}

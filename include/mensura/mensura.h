@@ -1,0 +1,9 @@
+/* The whole interface of the library.  What these headers do not declare is not part of it. */
+#ifndef MENSURA_MENSURA_H
+#define MENSURA_MENSURA_H
+
+#include <mensura/complex.h>
+#include <mensura/iir.h>
+#include <mensura/roots.h>
+
+#endif

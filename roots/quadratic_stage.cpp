@@ -1,0 +1,160 @@
+// The quadratic stage: a damped Newton iteration for a factor x^2 + u x + v, after Jenkins and Traub (1970).
+
+#include <mensura/roots.h>
+
+#include "stages.h"
+
+namespace mensura::roots {
+
+namespace {
+
+constexpr int kSteps = 20;
+constexpr int kDampedSteps = 3;
+constexpr real kDamping = 0.75;
+constexpr int kLastEarlyStep = 18;  // the stop tests on the step size wait until here
+
+// a - u b - v c with three roundings of the sums' operands in this order; the recurrence of every division below.
+inline real next_term(real a, real u, real b, real v, real c) { return a - u * b - v * c; }
+
+// KQ[j+1] = QP[j+1] + factor QK[j], and at once QK = KQ divided by x^2 + u x + v.  One pass: the division needs each
+// new KQ only once, and the old QK[j] is read just before it is overwritten.
+template <typename NewK>
+void next_K(int N, const real *QP, real *KQ, real *QK, real u, real v, NewK new_K) {
+    real old = QK[0], before = 0, last = QP[0];
+    KQ[0] = QK[0] = last;
+    for (int j = 1; j < N; ++j) {
+        const real k = j < N - 1 ? new_K(QP[j], old) : 0;
+        old = QK[j];
+        KQ[j] = k;
+        const real term = j == 1 ? k - u * last : next_term(k, u, last, v, before);
+        before = last;
+        last = QK[j] = term;
+    }
+    QK[N] = before * u + last;
+}
+
+// |step| at least |x| 2^-63, so that x moves.
+inline real at_least_one_ulp(real step, real x) {
+    const real smallest = magnitude(x) * kTwoToMinus63;
+    if (magnitude(step) < smallest) return step < 0 ? -smallest : smallest;
+    return step;
+}
+
+inline bool negligible_beside(real step, real x) { return magnitude(step) < magnitude(x) * 0x1p-60L; }
+inline bool far_beyond(real step, real x) { return magnitude(step) > 10 * magnitude(x); }
+
+void newton_step(IterationMemory &memory, int step, const real *P, int N, real *QP, real *KQ, real *QK, real *TUV,
+                 int *flag) {
+    if (step == 0) memory.damping_restarted = 0;
+    if (*flag == kNoProgress) memory.damping_restarted = step;
+
+    const real u = TUV[1], v = TUV[2], a = QP[N], b = QP[N - 1];
+    const real C1 = v * b * b + u * a * b + a * a;
+    const real C2 = QK[N - 1] * a + u * a * QK[N - 2] + v * b * QK[N - 2];
+    if (magnitude(C1) < magnitude(C2) * kHuge) {
+        const real factor = C1 / -C2;
+        next_K(N, QP, KQ, QK, u, v, [factor](real qp, real qk) { return qp + qk * factor; });
+    } else {
+        next_K(N, QP, KQ, QK, u, v, [](real, real qk) { return qk; });
+    }
+
+    const real c = QK[N - 1], d = QK[N - 2], k = KQ[N - 2];
+    const real G = b * c - a * d;
+    const real H = k * G * v + (d * v * d + u * c * d + c * c) * P[N];
+    if (magnitude(P[N]) > magnitude(H) * kHuge) {
+        *flag = kAbandon;
+        return;
+    }
+    real du = at_least_one_ulp(k * (a * u * d + c * a + b * v * d) * v / H, u);
+    real dv = at_least_one_ulp(-k * G * v * v / H, v);
+    if (step > kLastEarlyStep) {
+        if (negligible_beside(du, u) && negligible_beside(dv, v)) {
+            *flag = kStepNegligible;
+            return;
+        }
+        if (far_beyond(du, u) || far_beyond(dv, v)) {
+            *flag = kAbandon;
+            return;
+        }
+    }
+    if (step - memory.damping_restarted < kDampedSteps) {
+        du *= kDamping;
+        dv *= kDamping;
+    }
+    TUV[1] = u + du;
+    TUV[2] = v + dv;
+    if (magnitude(TUV[2]) < kNegligible) TUV[2] = v + static_cast<real>(0.9) * dv;
+    if (magnitude(TUV[1]) * kNegligible <= magnitude(TUV[2])) {
+        *flag = kRunning;
+        divide_by_quadratic(P, N, TUV, QP);
+    } else {
+        *flag = kAbandon;
+    }
+}
+
+}  // namespace
+
+void divide_by_quadratic(const real *P, int N, const real *TUV, real *R) {
+    const real u = TUV[1], v = TUV[2];
+    real before = R[0] = P[0];
+    real last = R[1] = P[1] - u * before;
+    for (int j = 2; j <= N; ++j) {
+        const real term = next_term(P[j], u, last, v, before);
+        before = last;
+        last = R[j] = term;
+    }
+    R[N + 1] = before * u + last;
+}
+
+int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, real *KQ, real *QK, int N, real *TUV,
+                    int *flag) {
+    const real n = N;
+    const real weight = 1 / (magnitude(P[N]) * (n * n * n) * 16);  // n^3 is exact
+    *flag = kRunning;
+    divide_by_quadratic(P, N, TUV, QP);
+    divide_by_quadratic(KQ, N - 1, TUV, QK);
+    real best = 1e100;
+    for (int i = 0; i < kSteps; ++i) {
+        newton_step(memory, pass * kSteps + i, P, N, QP, KQ, QK, TUV, flag);
+        if (*flag == kAbandon) return 0;
+
+        const real error = (magnitude(QP[N + 1]) + magnitude(QP[N - 1])) * weight;
+        if (error < kTwoToMinus63) return 2;
+        if (*flag == kStepNegligible) {
+            const bool close_enough = error < n * 4 * kTwoToMinus63;
+            *flag = close_enough ? kRunning : kAbandon;
+            return close_enough ? 2 : 0;
+        }
+        if (error > kHuge || (magnitude(QK[N]) + magnitude(QK[N - 2])) * weight > kHuge) {
+            *flag = kAbandon;
+            return 0;
+        }
+        if (error < best) {
+            *flag = kImproved;
+            best = error;
+        } else if (i > 2) {
+            *flag = kNoProgress;
+        }
+    }
+    *flag = kRunning;
+    return 0;
+}
+
+}  // namespace mensura::roots
+
+using namespace mensura::roots;
+
+void QuadSynDiv(long double *P, int N, long double *TUV, long double *R) {
+    if (N >= 1) divide_by_quadratic(P, N, TUV, R);
+}
+
+void UpdateTUV(int Step, long double *P, int N, long double *QP, long double *KQ, long double *QK, long double *TUV,
+               int *Flag) {
+    if (N >= 2) newton_step(this_threads_memory(), Step, P, N, QP, KQ, QK, TUV, Flag);
+}
+
+int QuadIterate(int Pass, long double *P, long double *QP, long double *KQ, long double *QK, int N, long double *TUV,
+                int *Flag) {
+    if (N < 2) return 0;
+    return quadratic_stage(this_threads_memory(), Pass, P, QP, KQ, QK, N, TUV, Flag);
+}

@@ -1,0 +1,69 @@
+// The real stage: a Newton-like iteration with a K polynomial for a real root s, after Jenkins and Traub (1970).
+
+#include <mensura/roots.h>
+
+#include "stages.h"
+
+namespace mensura::roots {
+
+namespace {
+
+constexpr int kSteps = 20;
+
+// Q[0 .. degree] by Horner's rule; returns Q[degree], the value at s.  Q may be p.
+real horner(const real *p, int degree, real s, real *Q) {
+    real value = Q[0] = p[0];
+    for (int j = 1; j <= degree; ++j) value = Q[j] = p[j] + value * s;
+    return value;
+}
+
+}  // namespace
+
+int real_stage(IterationMemory &memory, int pass, const real *P, real *QPR, real *KR, real *QK, int N, real *S) {
+    if (pass == 0) memory.previous_value = 0;
+    const real smallest = magnitude(P[N]) * kNegligible;
+    const real n = N;
+    real s = *S;
+    horner(KR, N - 1, s, QK);
+    for (int step = 0; step < kSteps; ++step) {
+        const real value = horner(P, N, s, QPR);
+        const real error = magnitude(value) / (magnitude(P[N]) * n * n * 16);
+        if (error < kTwoToMinus63) {
+            *S = s;
+            return 1;
+        }
+        if (error > kHuge) return 0;
+
+        if (magnitude(QK[N - 1]) <= smallest) {
+            KR[0] = 0;
+            for (int j = 0; j <= N - 2; ++j) KR[j + 1] = QK[j];
+        } else {
+            const real factor = -value / QK[N - 1];
+            KR[0] = QPR[0];
+            for (int j = 0; j <= N - 2; ++j) KR[j + 1] = QPR[j + 1] + QK[j] * factor;
+        }
+        if (magnitude(KR[N - 1]) > kHuge) return 0;
+        const real slope = horner(KR, N - 1, s, QK);
+        if (magnitude(slope) <= smallest) return 0;
+
+        real ds = value / slope;
+        if (magnitude(memory.previous_value + value) < magnitude(value)) ds *= 0.5L;  // the sign has changed
+        if (s == 0 && ds == 0) {
+            memory.previous_value = value;
+            return 0;
+        }
+        if (s != 0 && magnitude(ds) < magnitude(s) * kTwoToMinus63)  // s keeps its sign here
+            ds = (ds < 0 ? -2 : 2) * s * kTwoToMinus63;
+        s -= ds;
+        memory.previous_value = value;
+    }
+    return 0;
+}
+
+}  // namespace mensura::roots
+
+int RealIterate(int Pass, long double *P, long double *QPR, long double *KR, long double *QK, int N, long double *S) {
+    using namespace mensura::roots;
+    if (N < 1) return 0;
+    return real_stage(this_threads_memory(), Pass, P, QPR, KR, QK, N, S);
+}
