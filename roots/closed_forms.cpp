@@ -25,7 +25,8 @@ constexpr real kTwoToMinus50 = 0x1p-50L;
 // Scales the variable by the degree-th root of |constant term| and returns that scale.
 real scale_constant_term_to_one(real *p, int degree, double exponent) {
     const real s = std::pow(std::fabs(p[degree]), static_cast<real>(exponent));
-    for (int i = 1; i <= degree; ++i) p[i] /= std::pow(s, static_cast<real>(i));
+    p[1] /= s;
+    for (int i = 2; i <= degree; ++i) p[i] /= std::pow(s, static_cast<real>(i));
     return s;
 }
 

@@ -16,19 +16,28 @@ constexpr int kLastEarlyStep = 18;  // the stop tests on the step size wait unti
 // a - u b - v c with three roundings of the sums' operands in this order; the recurrence of every division below.
 inline real next_term(real a, real u, real b, real v, real c) { return a - u * b - v * c; }
 
-// KQ[j+1] = QP[j+1] + factor QK[j], and at once QK = KQ divided by x^2 + u x + v.  One pass: the division needs each
-// new KQ only once, and the old QK[j] is read just before it is overwritten.
+// KQ[j] = new_K(QP[j], QK[j-1]), and at once QK = KQ divided by x^2 + u x + v.  One pass: the division needs each new KQ
+// only once, and the old QK[j] is read just before it is overwritten.
 template <typename NewK>
 void next_K(int N, const real *QP, real *KQ, real *QK, real u, real v, NewK new_K) {
-    real old = QK[0], before = 0, last = QP[0];
-    KQ[0] = QK[0] = last;
-    for (int j = 1; j < N; ++j) {
-        const real k = j < N - 1 ? new_K(QP[j], old) : 0;
+    real old = QK[0];
+    real before = KQ[0] = QK[0] = QP[0];
+    KQ[N - 1] = 0;
+    if (N > 2) KQ[1] = new_K(QP[1], old);
+    old = QK[1];
+    real last = QK[1] = KQ[1] - u * before;
+    for (int j = 2; j < N - 1; ++j) {
+        const real k = new_K(QP[j], old);
         old = QK[j];
+        const real term = next_term(k, u, last, v, before);
         KQ[j] = k;
-        const real term = j == 1 ? k - u * last : next_term(k, u, last, v, before);
         before = last;
         last = QK[j] = term;
+    }
+    if (N > 2) {
+        const real term = next_term(0, u, last, v, before);
+        before = last;
+        last = QK[N - 1] = term;
     }
     QK[N] = before * u + last;
 }

@@ -17,34 +17,47 @@ real horner(const real *p, int degree, real s, real *Q) {
     return value;
 }
 
+// KR[j] = new_K(j, QK[j-1]), and at once QK = KR by Horner's rule; returns its value at s.  The old QK[j] is read just
+// before it is overwritten.
+template <typename NewK>
+real next_K(int N, real s, real *KR, real *QK, NewK new_K) {
+    real old = QK[0], value = QK[0] = KR[0];
+    for (int j = 1; j < N; ++j) {
+        const real k = KR[j] = new_K(j, old);
+        old = QK[j];
+        value = QK[j] = k + value * s;
+    }
+    return value;
+}
+
 }  // namespace
 
 int real_stage(IterationMemory &memory, int pass, const real *P, real *QPR, real *KR, real *QK, int N, real *S) {
     if (pass == 0) memory.previous_value = 0;
     const real smallest = magnitude(P[N]) * kNegligible;
     const real n = N;
+    const real error_unit = magnitude(P[N]) * n * n * 16;
     real s = *S;
     horner(KR, N - 1, s, QK);
     for (int step = 0; step < kSteps; ++step) {
         const real value = horner(P, N, s, QPR);
-        const real error = magnitude(value) / (magnitude(P[N]) * n * n * 16);
+        const real error = magnitude(value) / error_unit;
         if (error < kTwoToMinus63) {
             *S = s;
             return 1;
         }
         if (error > kHuge) return 0;
 
+        real slope;
         if (magnitude(QK[N - 1]) <= smallest) {
             KR[0] = 0;
-            for (int j = 0; j <= N - 2; ++j) KR[j + 1] = QK[j];
+            slope = next_K(N, s, KR, QK, [](int, real qk) { return qk; });
         } else {
             const real factor = -value / QK[N - 1];
             KR[0] = QPR[0];
-            for (int j = 0; j <= N - 2; ++j) KR[j + 1] = QPR[j + 1] + QK[j] * factor;
+            slope = next_K(N, s, KR, QK, [QPR, factor](int j, real qk) { return QPR[j] + qk * factor; });
         }
-        if (magnitude(KR[N - 1]) > kHuge) return 0;
-        const real slope = horner(KR, N - 1, s, QK);
-        if (magnitude(slope) <= smallest) return 0;
+        if (magnitude(KR[N - 1]) > kHuge || magnitude(slope) <= smallest) return 0;
 
         real ds = value / slope;
         if (magnitude(memory.previous_value + value) < magnitude(value)) ds *= 0.5L;  // the sign has changed

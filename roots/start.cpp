@@ -58,7 +58,8 @@ void start_quadratic(int angle_index, real radius, real *TUV) {
 
 void DerivOfP(long double *P, int N, long double *D) {
     if (N < 0) return;
-    for (int i = 0; i < N; ++i) D[i] = static_cast<real>(N - i) * P[i];
+    real power = N;
+    for (int i = 0; i < N; ++i, power -= 1) D[i] = power * P[i];
     D[N] = 0;
 }
 

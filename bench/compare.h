@@ -1,0 +1,42 @@
+// Ours and a peer, timed in turn in one run: counters `ours_ns`, `peer_ns` (best of all rounds, per item) and their
+// ratio.
+//
+// The machine may be shared and change its speed from second to second.  A round takes both within some hundred
+// microseconds, and the best of many rounds is what either needs when nobody interferes.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+
+namespace bench {
+
+template <typename F>
+double seconds(F &&f) {
+    const auto start = std::chrono::steady_clock::now();
+    f();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// One iteration of the benchmark is one round; each callable does `items` items of work.
+template <typename Ours, typename Peer>
+void compare(benchmark::State &state, double items, Ours &&ours, Peer &&peer) {
+    double best_ours = std::numeric_limits<double>::infinity(), best_peer = best_ours;
+    for (auto _ : state) {
+        const double t = seconds(ours);
+        best_ours = std::min(best_ours, t);
+        best_peer = std::min(best_peer, seconds(peer));
+        state.SetIterationTime(t);
+    }
+    state.counters["ours_ns"] = best_ours / items * 1e9;
+    state.counters["peer_ns"] = best_peer / items * 1e9;
+    state.counters["ratio"] = best_ours / best_peer;
+}
+
+}  // namespace bench
+
+// Registers `void name(benchmark::State &)` as such a comparison.
+#define MENSURA_COMPARE(name, rounds) \
+    BENCHMARK(name)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMicrosecond)

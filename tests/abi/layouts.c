@@ -1,0 +1,37 @@
+/* Compiled as C11 and as C++17.  The numbers are written out: a field moved, widened or added breaks every program that
+ * was built before, whatever the headers then say. */
+#include <assert.h>
+#include <mensura/mensura.h>
+#include <stddef.h>
+
+#define HOLDS(condition) static_assert(condition, #condition)
+#define AT(record, field, offset) (offsetof(record, field) == (offset))
+
+HOLDS(sizeof(CplxD) == 16 && AT(CplxD, re, 0) && AT(CplxD, im, 8));
+
+HOLDS(sizeof(ProtoSpec) == 32 && AT(ProtoSpec, Family, 0) && AT(ProtoSpec, NumPoles, 4));
+HOLDS(AT(ProtoSpec, Ripple, 8) && AT(ProtoSpec, StopBandDb, 16) && AT(ProtoSpec, Gamma, 24));
+
+HOLDS(sizeof(IIRDesignSpec) == 64 && AT(IIRDesignSpec, PassType, 0) && AT(IIRDesignSpec, NormCutoff, 8));
+HOLDS(AT(IIRDesignSpec, NormBandwidth, 16) && AT(IIRDesignSpec, GainDb, 24) && AT(IIRDesignSpec, Proto, 32));
+
+HOLDS(AT(IIRCoeffs, a0, 0) && AT(IIRCoeffs, a1, 400) && AT(IIRCoeffs, a2, 800));
+HOLDS(AT(IIRCoeffs, a3, 1200) && AT(IIRCoeffs, a4, 1600));
+HOLDS(AT(IIRCoeffs, b0, 2000) && AT(IIRCoeffs, b1, 2400) && AT(IIRCoeffs, b2, 2800));
+HOLDS(AT(IIRCoeffs, b3, 3200) && AT(IIRCoeffs, b4, 3600));
+HOLDS(sizeof(IIRCoeffs) == 4008 && AT(IIRCoeffs, NumSections, 4000));
+
+HOLDS(sizeof(TIIRFilter) == 5680 && AT(TIIRFilter, Spec, 0) && AT(TIIRFilter, Coeffs, 64));
+HOLDS(AT(TIIRFilter, RegX1, 4072) && AT(TIIRFilter, RegX2, 4472));
+HOLDS(AT(TIIRFilter, RegY1, 4872) && AT(TIIRFilter, RegY2, 5272) && AT(TIIRFilter, Primed, 5672));
+
+HOLDS(sizeof(TIIRFilterBank) == 56808 && AT(TIIRFilterBank, Filters, 0) && AT(TIIRFilterBank, Count, 56800));
+
+HOLDS(AT(LowPassProto, Num2, 0) && AT(LowPassProto, Num1, 400) && AT(LowPassProto, Num0, 800));
+HOLDS(AT(LowPassProto, Den2, 1200) && AT(LowPassProto, Den1, 1600) && AT(LowPassProto, Den0, 2000));
+HOLDS(sizeof(LowPassProto) == 2408 && AT(LowPassProto, SectionCount, 2400));
+
+HOLDS(MAX_IIR_SECTIONS == 50);
+HOLDS(ptLowPass == 0 && ptHighPass == 1 && ptBandPass == 2 && ptNotch == 3 && ptAllPass == 4);
+HOLDS(pfButterworth == 0 && pfGaussian == 1 && pfBessel == 2 && pfAdjustable == 3);
+HOLDS(pfChebyshev == 4 && pfInverseChebyshev == 5 && pfPapoulis == 6 && pfElliptic == 7);
