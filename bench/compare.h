@@ -1,5 +1,4 @@
-// Ours and a peer, timed in turn in one run: counters `ours_ns`, `peer_ns` (best of all rounds, per item) and their
-// ratio.
+// Ours and a peer, timed in turn in one run: counters `ours_ns`, `peer_ns` (best round, per item) and their ratio.
 //
 // The machine may be shared and change its speed from second to second.  A round takes both within some hundred
 // microseconds, and the best of many rounds is what either needs when nobody interferes.

@@ -137,8 +137,10 @@ bool apart(const void *p, std::size_t p_size, const void *q, std::size_t q_size)
 int run_pairs(TIIRFilterBank &bank, const double *in, double *out) {
     const int count = bank.Count;
     const auto bytes = static_cast<std::size_t>(count) * sizeof(double);
-    if (!apart(out, bytes, &bank, sizeof bank) || (in != out && !apart(in, bytes, out, bytes)))
-        return 0;  // an output that feeds a later input or filter: strictly one after the other
+    // Where an output feeds a later input or filter, or a filter a later input, the channels go one after the other.
+    const bool independent = apart(in, bytes, &bank, sizeof bank) && apart(out, bytes, &bank, sizeof bank) &&
+                             (in == out || apart(in, bytes, out, bytes));
+    if (!independent) return 0;
     switch (bank.Filters[0].Coeffs.NumSections) {
         case 1: return run_short<1>(bank.Filters, count, in, out);
         case 2: return run_short<2>(bank.Filters, count, in, out);

@@ -53,22 +53,28 @@ bool below_corner(const Cascade &c, double g, double w) {
 // The screen: num = g^2 prod |N|^2 and den = prod |D|^2 over the sections, for a batch of frequencies.
 //
 // Real and imaginary parts of N and D carry the same roundings as in the exact evaluation; what follows errs by less
-// than 10 roundings a section on either side, 1e-13 for 20 sections, so a margin of 1e-9 is ample.  That needs numbers
-// that stay in range: with at most 20 sections and coefficients up to 1e4, |N|^2 and |D|^2 are below 4e12 each and
-// their products below 1e253, and a product that ends above 1e-30 cannot have passed below 1e-283 on its way.
-constexpr Size kMaxScreenedSections = 20;
-constexpr double kMaxScreenedCoefficient = 1e4;
+// than 20 roundings a section, 1e-13 for 50 sections, so a margin of 1e-9 is ample, as long as nothing over- or
+// underflows.  That is so where products of upper bounds stay below 1e100 and the products themselves end above 1e-30:
+// then each factor, and each product of some of them, lies between 1e-130 and 1e100.
+constexpr double kLargestBound = 1e100;
 constexpr double kSmallestProduct = 1e-30;
 constexpr double kLevelSquared = kCornerLevel * kCornerLevel * (1 + 1e-9);
 constexpr Size kBatch = 16;
 
-bool in_range(std::span<const double> coefficients) {
-    return std::ranges::all_of(coefficients, [](double c) { return std::fabs(c) <= kMaxScreenedCoefficient; });
+// An upper bound of |c2 s^2 + c1 s + c0|^2 on the grid, or 1 if that is less, multiplied over the sections.
+double bound_of_product(std::span<const double> c2, std::span<const double> c1, std::span<const double> c0) {
+    const double w = frequency(kLastPoint + static_cast<int>(kBatch));
+    double product = 1;
+    for (Size k = 0; k < c0.size(); ++k) {
+        const double re = std::fabs(c0[k]) + std::fabs(c2[k]) * (w * w), im = c1[k] * w;
+        product *= std::max(re * re + im * im, 1.0);
+    }
+    return product;
 }
 
 bool can_screen(const Cascade &c, double g) {
-    return c.size() <= kMaxScreenedSections && std::fabs(g) >= 1e-3 && std::fabs(g) <= 1e3 && in_range(c.num2) &&
-           in_range(c.num1) && in_range(c.num0) && in_range(c.den2) && in_range(c.den1) && in_range(c.den0);
+    return std::max(g * g, 1.0) * bound_of_product(c.num2, c.num1, c.num0) <= kLargestBound &&
+           bound_of_product(c.den2, c.den1, c.den0) <= kLargestBound;
 }
 
 using Batch = std::array<double, kBatch>;

@@ -26,8 +26,8 @@ struct AnalogSection {
     bool first_order() const { return N2 == 0.0 && D2 == 0.0; }
 };
 
-// a0 (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2); before a split section is normalised, a0 belongs to the
-// denominator.
+// a0 (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2).
+// Until a split section is normalised, a0 belongs to the denominator.
 struct DigitalSection {
     double a0, a1, a2, b0, b1, b2;
 };
@@ -282,19 +282,24 @@ void spread_gain(IIRCoeffs &record, int n, double gain_db) {
         for (double *b : {record.b0, record.b1, record.b2}) b[k] *= g;
 }
 
-}  // namespace
-
-IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec) {
+void synthesise(const IIRDesignSpec &spec, IIRCoeffs &record) {
     const LowPassProto proto = CalcLowPassProtoCoeff(spec.Proto);
     const Warp warp = prewarp(spec);
     const int n = requested_sections(spec);
-    IIRCoeffs record{};
+    record = {};
     if (is_band_type(spec.PassType))
         design_band_sections(record, proto, spec, warp);
     else
         design_single_sections(record, proto, spec.PassType, warp.T);
     spread_gain(record, n, spec.GainDb);
     record.NumSections = std::min(n, static_cast<int>(MAX_IIR_SECTIONS));
+}
+
+}  // namespace
+
+IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec) {
+    IIRCoeffs record;
+    synthesise(spec, record);
     return record;
 }
 
@@ -304,7 +309,7 @@ void initTIIRFilter(TIIRFilter *filter, int passType, double fc, double fs) {
                     .NormBandwidth = 0.1,
                     .GainDb = 0.0,
                     .Proto = {.Family = pfButterworth, .NumPoles = 6, .Ripple = 0.1, .StopBandDb = 60.0, .Gamma = 0.0}};
-    filter->Coeffs = CalcIIRFilterCoeff(filter->Spec);
+    synthesise(filter->Spec, filter->Coeffs);
     filter->Primed = 0;
 }
 

@@ -1,6 +1,5 @@
-// Kernels that exist in a baseline and an AVX2 build.  TARGET_AVX2 marks the second one; has_avx2() chooses at run time
-// and needs no initialisation.  Where the compiler or the processor family cannot, MENSURA_AVX2 is 0 and the baseline
-// stands alone.
+// Kernels that exist in a baseline and an AVX2 build.  TARGET_AVX2 marks the second one, and has_avx2() chooses at run
+// time, without initialisation.  Where the compiler or processor cannot, MENSURA_AVX2 is 0 and the baseline is alone.
 #pragma once
 
 #if defined(__x86_64__) && defined(__GNUC__)

@@ -13,11 +13,11 @@ constexpr int kDampedSteps = 3;
 constexpr real kDamping = 0.75;
 constexpr int kLastEarlyStep = 18;  // the stop tests on the step size wait until here
 
-// a - u b - v c with three roundings of the sums' operands in this order; the recurrence of every division below.
+// The recurrence of every division below: a - u b - v c, from left to right.
 inline real next_term(real a, real u, real b, real v, real c) { return a - u * b - v * c; }
 
-// KQ[j] = new_K(QP[j], QK[j-1]), and at once QK = KQ divided by x^2 + u x + v.  One pass: the division needs each new KQ
-// only once, and the old QK[j] is read just before it is overwritten.
+// KQ[j] = new_K(QP[j], QK[j-1]), and at once QK = KQ divided by x^2 + u x + v.  One pass: the division needs each new
+// KQ only once, and the old QK[j] is read just before it is overwritten.
 template <typename NewK>
 void next_K(int N, const real *QP, real *KQ, real *QK, real u, real v, NewK new_K) {
     real old = QK[0];

@@ -42,9 +42,8 @@ void descend(Landen &s, int n) {
     if (K[0] <= 0) K[0] = 1e-10;
 }
 
-// The modulus whose stop band is stopBandDb deep, by a secant search.  After the last evaluation M[0] has moved once
-// more while the rest of the sequences still belong to the modulus before; the zeros of such a design lie by the moved
-// one.
+// The modulus whose stop band is stopBandDb deep, by a secant search.  After the fifteenth evaluation M[0] has moved
+// once more while the rest still belongs to the modulus before; the zeros of such a design lie by the moved one.
 Landen find_modulus(double eps, double stopBandDb, int n) {
     Landen s;
     double &modulus = s.M[0];

@@ -44,8 +44,7 @@ enum ProtoFamily {
     pfElliptic = 7          /* ripple in both bands; order 15 */
 };
 
-/* ---- Records
- * --------------------------------------------------------------------------------------------------------- */
+/* ---- Records ---------------------------------------------------------------------------------------------------- */
 
 /* The analog prototype requested. */
 typedef struct ProtoSpec {
@@ -72,8 +71,7 @@ typedef struct IIRCoeffs {
     double a0[MAX_IIR_SECTIONS]; /* scale of the feed-forward sum; 1 after a design */
     double a1[MAX_IIR_SECTIONS];
     double a2[MAX_IIR_SECTIONS];
-    double
-        a3[MAX_IIR_SECTIONS]; /* a3, a4, b3, b4: a band type's fourth-order form before its split; else 0; never run */
+    double a3[MAX_IIR_SECTIONS]; /* a3, a4, b3, b4: a band type before its split, else 0; never run */
     double a4[MAX_IIR_SECTIONS];
     double b0[MAX_IIR_SECTIONS];
     double b1[MAX_IIR_SECTIONS];
@@ -110,18 +108,16 @@ typedef struct LowPassProto {
     double Den2[MAX_IIR_SECTIONS];
     double Den1[MAX_IIR_SECTIONS];
     double Den0[MAX_IIR_SECTIONS];
-    int SectionCount; /* left-half-plane poles, not pairs: both members of a conjugate pair get a section of their own
-                       */
+    int SectionCount; /* left-half-plane poles, not pairs: either member of a conjugate pair gets a section */
 } LowPassProto;
 
-/* ---- Design and run
- * -------------------------------------------------------------------------------------------------- */
+/* ---- Design and run --------------------------------------------------------------------------------------------- */
 
 /* Designs a filter and leaves it unprimed: the next sample fills its registers.
  *   passType  an IIRPassType code; any other gives a cascade of zeros
  *   fc, fs    cut-off (band types: centre) and sampling rate in the same unit; not checked
- * The request is stored in Spec: Butterworth, 6 poles, bandwidth 0.1, ripple 0.1 dB, stop band 60 dB, gain 0 dB, gamma
- * 0. For other settings change Spec, assign CalcIIRFilterCoeff(Spec) to Coeffs and set Primed to 0.
+ * The request is stored in Spec: Butterworth, 6 poles, bandwidth 0.1, ripple 0.1 dB, stop band 60 dB, gain 0 dB,
+ * gamma 0.  For other settings change Spec, assign CalcIIRFilterCoeff(Spec) to Coeffs and set Primed to 0.
  *
  * fc IS NOT THE -3 dB POINT.  A prototype of p poles has p sections, each conjugate pair twice, the most damped first,
  * and the low-pass, high-pass and all-pass types run the first (NumPoles + 1) / 2 of them.  The default low-pass
@@ -139,8 +135,9 @@ MENSURA_EXPORT void initTIIRFilters(TIIRFilterBank *bank, int passType, int coun
  *     s = b0 u + b1 x' + b2 x''        y = a0 s - a1 y' - a2 y''        u of the next section = y
  * The first sample after a design, or after Primed was set to 0, is first written into all registers, as if the input
  * had been constant for ever and every section passed it unchanged.  That removes the start-up step of a low-pass of
- * unit gain; the other types start with a transient. Section 0 always runs, also when NumSections < 2; above 50
- * sections, 50 run.  A NaN stays in the registers until the filter is restarted. */
+ * unit gain; the other types start with a transient.
+ * Section 0 always runs, also when NumSections < 2; above 50 sections, 50 run.  A NaN stays in the registers until the
+ * filter is restarted. */
 MENSURA_EXPORT double IIRFilter(TIIRFilter *filter, double x);
 
 /* One sample instant of a bank: out[i] = IIRFilter(&bank->Filters[i], in[i]) for i < Count, with identical bits.
@@ -158,8 +155,7 @@ MENSURA_EXPORT int IIRFilters(TIIRFilterBank *bank, const double *in, double *ou
  * still runs; band types then give zeros.  A NormBandwidth of 0 gives NaN. */
 MENSURA_EXPORT IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec);
 
-/* ---- Analog prototypes
- * ----------------------------------------------------------------------------------------------- */
+/* ---- Analog prototypes ------------------------------------------------------------------------------------------ */
 
 /* The low-pass prototype of a request, with its magnitude at 0.7071 of DC at 1 rad/s, to a grid of 1/512 rad/s of the
  * unscaled prototype (Butterworth: exactly).  One pole gives 1 / (s + 1) whatever the family; an unknown family gives
@@ -168,17 +164,17 @@ MENSURA_EXPORT LowPassProto CalcLowPassProtoCoeff(ProtoSpec spec);
 
 /* Sections of a root list, most damped first: c2 s^2 + c1 s + c0 for each root with a negative real part (a complex
  * root gives its pair's quadratic, a real one c2 = 0) and each root on the imaginary axis except 0.  Sorts and edits
- * roots: of roots closer than 0.001 in both parts only the first counts. Returns the number of sections written to c2,
- * c1 and c0, at most 50; count < 1 gives 0. */
+ * roots: of roots closer than 0.001 in both parts only the first counts; a root with a NaN gives no section.
+ * Returns the number of sections written to c2, c1 and c0, at most 50; count < 1 gives 0. */
 MENSURA_EXPORT int GetFilterCoeff(int count, CplxD *roots, double *c2, double *c1, double *c0);
 
 /* Sets parts a thousand times smaller than the other one to 0, then sorts by real part, or by |im| when the first root
- * lies on the imaginary axis.  Counts outside 1 .. 99 touch nothing.  Equal keys come in the order that the heap leaves
- * them in. */
+ * lies on the imaginary axis.  Equal keys come in the order that the heap leaves them in.
+ * Counts outside 1 .. 99 touch nothing. */
 MENSURA_EXPORT void SortRootsByZeta(CplxD *roots, int count, int ascending);
 
 /* Permutes index[0 .. count-1], which holds positions in keys, so that keys[index[i]] ascend (ascending != 0) or
- * descend. A heap sort; equal keys do not keep their order.  Returns 1, or 0 for count < 2 with nothing to do. */
+ * descend.  A heap sort; equal keys do not keep their order.  Returns 1, or 0 for count < 2 with nothing to do. */
 MENSURA_EXPORT int HeapIndexSort(double *keys, int *index, int count, int ascending);
 
 /* Moves the corner of a cascade of count analog sections (0 .. 50) to 1 rad/s: scales the frequency by 1 / w, w being
@@ -191,41 +187,40 @@ MENSURA_EXPORT void SetCornerFreq(int count, double *den2, double *den1, double 
  * coefficient other than 0, -1 when there is none, and -1 with nothing changed when count is outside 1 .. 50. */
 MENSURA_EXPORT int RebuildPoly(int count, double *poly, double *c2, double *c1, double *c0);
 
-/* ---- Prototype families
- * ---------------------------------------------------------------------------------------------- Each writes its poles
- * (families with stop-band zeros: those too) into arrays of 50, pairs adjacent, and returns the number of poles.  n < 1
- * writes nothing and returns 0, and so does an n whose roots exceed 50.  The families that factor a polynomial return
- * what FindRoots returns; those marked 2n also list the mirrored poles of the right half-plane. */
+/* ---- Prototype families ---------------------------------------------------------------------------------------------
+ * Each writes its poles (families with stop-band zeros: those too) into arrays of 50, pairs adjacent, and returns the
+ * number of poles.  n < 1 writes nothing and returns 0, and so does an n whose roots exceed 50.  The families that
+ * factor a polynomial return what FindRoots returns; those marked 2n also list the mirrored poles of the right
+ * half-plane. */
 
 /* n poles on the unit circle at angles (n + 1 + 2i) pi / (2n). */
 MENSURA_EXPORT int ButterworthPoly(int n, CplxD *roots);
 
-/* n poles -sinh a sin t + j cosh a cos t, a = asinh(1/eps) / n, eps = sqrt(10^(ripple/10) - 1) held within 1e-5 ..
- * 0.996. */
+/* n poles -sinh a sin t + j cosh a cos t with a = asinh(1/eps) / n and eps = sqrt(10^(ripple/10) - 1), which is held
+ * within 1e-5 .. 0.996, a ripple of 3 dB. */
 MENSURA_EXPORT int ChebyshevPoly(double ripple, int n, CplxD *roots);
 
 /* 2n roots of the Taylor polynomial of exp(-s^2) of degree 2n. */
 MENSURA_EXPORT int GaussianPoly(int n, CplxD *roots);
 
-/* 2n roots of sum (-1)^m (m!)^g s^2m, m = 0 .. n, with g = gamma, or 2 gamma above 0; imaginary parts stretched by 1.1.
- */
+/* 2n roots of sum (-1)^m (m!)^g s^2m, m = 0 .. n, with g = gamma, or 2 gamma above 0; imaginary parts
+ * stretched by 1.1. */
 MENSURA_EXPORT int AdjustablePoly(double gamma, int n, CplxD *roots);
 
 /* n roots of the reverse Bessel polynomial of degree n. */
 MENSURA_EXPORT int BesselPoly(int n, CplxD *roots);
 
-/* 2n roots of 1 + 0.1 L_n(-s^2), L_n being Papoulis' optimum polynomial (Proc IRE 46:606, 1958); n above 20: L_n = 0.
- */
+/* 2n roots of 1 + 0.1 L_n(-s^2), L_n being Papoulis' optimum polynomial (Proc IRE 46:606, 1958).
+ * Above n = 20, L_n counts as 0. */
 MENSURA_EXPORT int PapoulisPoly(int n, CplxD *roots);
 
-/* 2n poles, the reciprocals of the roots of 1 + eps^2 T_n(js)^2 with eps^2 = 1 / (10^(stopBandDb/10) - 1), and the
- * zeros
- * +-j / cos((2i-1) pi / 2n), each twice, their number in *zeroCount. */
+/* 2n poles, the reciprocals of the roots of 1 + eps^2 T_n(js)^2 with eps^2 = 1 / (10^(stopBandDb/10) - 1), and
+ * the zeros j / cos((2i-1) pi / 2n) and their conjugates, each twice, their number in *zeroCount. */
 MENSURA_EXPORT int InvChebyPoly(double stopBandDb, int n, CplxD *poles, CplxD *zeros, int *zeroCount);
 
 /* n poles and 2 floor(n/2) zeros of an elliptic filter.  The modulus that meets stopBandDb is searched for in at most
- * 15 secant steps, to 0.1 dB; ripple is held within 0.001 .. 1 dB. Orfanidis SJ: Lecture Notes on Elliptic Filter
- * Design (2006) has the Landen recursions. */
+ * 15 secant steps, to 0.1 dB; ripple is held within 0.001 .. 1 dB.
+ * Orfanidis SJ: Lecture Notes on Elliptic Filter Design (2006) has the Landen recursions. */
 MENSURA_EXPORT int EllipticPoly(double ripple, double stopBandDb, int n, CplxD *poles, CplxD *zeros, int *zeroCount);
 
 /* k!, exact up to 22; k < 1 gives 1. */

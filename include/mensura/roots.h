@@ -1,16 +1,20 @@
 /* Roots of real polynomials: closed forms up to degree 4 and an iterative finder up to degree 100.
  *
- * Conventions of this header
- *   Coefficients   P[0 .. N], highest power first: P[0] belongs to x^N, P[N] is the constant term.
- *   Roots          two parallel arrays of N entries, real and imaginary parts.  Real roots have an imaginary part of 0;
- *                  complex roots stand as conjugate pairs in adjacent slots.  The member with the positive imaginary
- *                  part usually comes first, but after an inversion of the roots it may come second, and the 0 of a
- * real root may be a -0: do not rely on the sign. Precision      everything except FindRoots works in long double as
- * the platform has it (80 bits on x86-64). Bad input      NaN and infinite coefficients give NaN roots up to degree 4
- * and a count of 0 from degree 5 on. Pointers and array lengths are the caller's duty. Memory         nothing here
- * allocates. Threads        every function may run in several threads at once.  The two variables that the iteration
- * keeps between its steps belong to the thread and are cleared at every start, so that each thread sees exactly the
- *                  results of a program with one thread.
+ * Coefficients.  P[0 .. N], highest power first: P[0] belongs to x^N, P[N] is the constant term.
+ *
+ * Roots.  Two parallel arrays of N entries, real and imaginary parts.  Real roots have an imaginary part of 0; complex
+ * roots stand as conjugate pairs in adjacent slots.  The member with the positive imaginary part usually comes first,
+ * but after an inversion of the roots it may come second, and the 0 of a real root may be a -0: do not rely on the
+ * sign.
+ *
+ * Precision.  Everything except FindRoots works in long double as the platform has it (80 bits on x86-64).
+ *
+ * Bad input.  NaN and infinite coefficients give NaN roots up to degree 4 and a count of 0 from degree 5 on.  Pointers
+ * and array lengths are the caller's duty.  Every call returns in bounded time.
+ *
+ * Memory and threads.  Nothing here allocates.  Every function may run in several threads at once: the two variables
+ * that the iteration keeps between its steps belong to the thread and are cleared at every start, so that each thread
+ * sees exactly the results of a program with one thread.
  *
  * How far to trust FindRoots (measured; docs/roots.md has the tables)
  *   Random coefficients are its strength: relative error 2e-15 at degree 20, 4e-13 at degree 100.
@@ -19,7 +23,7 @@
  *   trailing coefficients below 1e-30 of their neighbour count as 0.  Scale the variable first (x = s t with s near the
  *   roots' geometric mean |P[N]/P[0]|^(1/N)).
  *   A few polynomials, cubes of quadratics such as (x^2 + 1.25)^3 among them, come back as a success with huge wrong
- * roots. To be sure, evaluate the polynomial at the roots, or multiply the factors out again and compare. */
+ *   roots.  To be sure, evaluate the polynomial at the roots, or multiply the factors out again and compare. */
 #ifndef MENSURA_ROOTS_H
 #define MENSURA_ROOTS_H
 
@@ -30,20 +34,19 @@
 extern "C" {
 #endif
 
-/* ---- The two calls that most programs need --------------------------------------------------------------------------
- */
+/* ---- The two calls that most programs need ---------------------------------------------------------------------- */
 
 /* All N roots of Coeff[0] x^N + ... + Coeff[N], 1 <= N <= 100; Coeff is not modified.
  * Returns N and writes Roots[0 .. N-1], in the order found: zeros first, the roots of the last factor of degree 4 or
- * less last.  A leading coefficient of 0 lowers the degree; the count is still N and slot 0 then holds {0, 0}. Returns
- * 0 and writes nothing when N is outside 1 .. 100, when no root other than 0 is left (c x^N), or when no start value
- * converges. */
+ * less last.  A leading coefficient of 0 lowers the degree; the count is still N and slot 0 then holds {0, 0}.
+ * Returns 0 and writes nothing when N is outside 1 .. 100, when no root other than 0 is left (c x^N), or when no start
+ * value converges. */
 MENSURA_EXPORT int FindRoots(int N, double *Coeff, CplxD *Roots);
 
 /* Roots of a polynomial of degree 1 to 4 by closed forms; P[0 .. N] is not modified.
  * Returns the number of roots solved for, which stand in front; trailing coefficients not above 1e-30 of their
- * neighbour are roots at 0, which stand behind them; leading zeros lower the degree. Returns 0 and writes nothing when
- * N is outside 1 .. 4; returns 0 with N zeros written when nothing is left to solve. */
+ * neighbour are roots at 0, which stand behind them; leading zeros lower the degree.
+ * Returns 0 and writes nothing when N is outside 1 .. 4, and 0 with N zeros written when nothing is left to solve. */
 MENSURA_EXPORT int QuadCubicRoots(long double *P, int N, long double *RealRoot, long double *ImagRoot);
 
 /* ---- Closed forms of monic polynomials ------------------------------------------------------------------------------
@@ -66,12 +69,12 @@ MENSURA_EXPORT void ReversePoly(long double *P, int N);
 /* Replaces each of N roots z by 1/z = conj(z) / |z|^2; a root at 0 stays.  N < 1 does nothing. */
 MENSURA_EXPORT void InvertRoots(int N, long double *RealRoot, long double *ImagRoot);
 
-/* ---- The stages of the iterative finder
- * ------------------------------------------------------------------------------ For study and tests; FindRoots drives
- * them.  Work arrays have N + 2 entries, because a synthetic division by a quadratic leaves an extra remainder term at
- * N + 1.  TUV = {1, u, v} stands for the trial quadratic x^2 + u x + v. *Flag: 0 running, 1 abandon this start, 2 step
- * negligible, 3 no progress, 4 improved. The iteration is of the kind of Jenkins MA, Traub JF: A three-stage algorithm
- * for real polynomials using quadratic iteration, SIAM J Numer Anal 7(4):545-566 (1970). */
+/* ---- The stages of the iterative finder -----------------------------------------------------------------------------
+ * For study and tests; FindRoots drives them.  Work arrays have N + 2 entries, because a synthetic division by a
+ * quadratic leaves an extra remainder term at N + 1.  TUV = {1, u, v} stands for the trial quadratic x^2 + u x + v.
+ * *Flag: 0 running, 1 abandon this start, 2 step negligible, 3 no progress, 4 improved.
+ * The iteration is of the kind of Jenkins MA, Traub JF: A three-stage algorithm for real polynomials using quadratic
+ * iteration, SIAM J Numer Anal 7(4):545-566 (1970). */
 
 /* FindRoots in long double: roots of Coeff[0 .. N] (not modified) into RealRoot and ImagRoot [0 .. N-1].
  * Returns N, or 0 as FindRoots does; after a failed search the arrays hold the roots found until then, and zeros. */
@@ -79,23 +82,23 @@ MENSURA_EXPORT int PFiftyOne(long double *Coeff, int N, long double *RealRoot, l
 
 /* The start values: TUV from angle AngleIndex (0 .. 179) of a fixed table and the radius, the derivative of P in KR,
  * and one of four K polynomials in KQ by Mode: 0 the second derivative, 1 the quotient P / TUV, 2 the derivative
- * without its leading term, other 1.  KQ is then divided by KQ[0], or gets KQ[0] = 1 when that is 0.  QP and Flag are
- * not used. N < 1 or an AngleIndex outside the table touches nothing. */
+ * without its leading term, other 1.  KQ is then divided by KQ[0], or gets KQ[0] = 1 when that is 0.
+ * QP and Flag are not used.  N < 1 or an AngleIndex outside the table touches nothing. */
 MENSURA_EXPORT void SetTUVandK(long double *P, int N, long double *TUV, long double *KR, long double *KQ,
                                int AngleIndex, long double Radius, int Mode, long double *QP, int *Flag);
 
-/* Up to 20 steps of the quadratic stage.  Returns 2 when TUV is a factor of P (QP[0 .. N-2] is then the quotient), else
- * 0. N < 2 touches nothing and returns 0. */
+/* Up to 20 steps of the quadratic stage.  Returns 2 when TUV is a factor of P (QP[0 .. N-2] is then the quotient),
+ * else 0.  N < 2 touches nothing and returns 0. */
 MENSURA_EXPORT int QuadIterate(int Pass, long double *P, long double *QP, long double *KQ, long double *QK, int N,
                                long double *TUV, int *Flag);
 
 /* Up to 20 steps of the real stage from *S.  Returns 1 when *S is a root of P (QPR[0 .. N-1] is then the quotient),
- * else 0. N < 1 touches nothing and returns 0. */
+ * else 0.  QK is scratch.  N < 1 touches nothing and returns 0. */
 MENSURA_EXPORT int RealIterate(int Pass, long double *P, long double *QPR, long double *KR, long double *QK, int N,
                                long double *S);
 
-/* One step of the quadratic stage: new KQ and QK, a damped Newton step of TUV, and QP = P / TUV.  N < 2 touches
- * nothing. */
+/* One step of the quadratic stage: new KQ and QK, a damped Newton step of TUV, and QP = P / TUV.
+ * N < 2 touches nothing. */
 MENSURA_EXPORT void UpdateTUV(int Step, long double *P, int N, long double *QP, long double *KQ, long double *QK,
                               long double *TUV, int *Flag);
 

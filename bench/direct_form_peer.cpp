@@ -1,0 +1,31 @@
+#include "direct_form_peer.h"
+
+namespace peer {
+
+double run_sections(Section *sections, int count, double x) {
+    for (int k = 0; k < count; ++k) {
+        Section &s = sections[k];
+        const double y = s.b0 * x + s.b1 * s.x1 + s.b2 * s.x2 - s.a1 * s.y1 - s.a2 * s.y2;
+        s.x2 = s.x1;
+        s.x1 = x;
+        s.y2 = s.y1;
+        s.y1 = y;
+        x = y;
+    }
+    return x;
+}
+
+double run_arrays(Arrays *arrays, int count, double x) {
+    Arrays &a = *arrays;
+    for (int k = 0; k < count; ++k) {
+        const double y = a.b0[k] * x + a.b1[k] * a.x1[k] + a.b2[k] * a.x2[k] - a.a1[k] * a.y1[k] - a.a2[k] * a.y2[k];
+        a.x2[k] = a.x1[k];
+        a.x1[k] = x;
+        a.y2[k] = a.y1[k];
+        a.y1[k] = y;
+        x = y;
+    }
+    return x;
+}
+
+}  // namespace peer

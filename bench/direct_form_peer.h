@@ -1,0 +1,23 @@
+// The direct form I loops that a user would write, in two layouts.  Compiled with everything the machine has.
+#pragma once
+
+namespace peer {
+
+constexpr int kSections = 3;
+
+// One record a section: coefficients and states beside each other.
+struct Section {
+    double b0, b1, b2, a1, a2;
+    double x1, x2, y1, y2;
+};
+
+// One array a coefficient and state.
+struct Arrays {
+    double b0[kSections], b1[kSections], b2[kSections], a1[kSections], a2[kSections];
+    double x1[kSections], x2[kSections], y1[kSections], y2[kSections];
+};
+
+double run_sections(Section *sections, int count, double x);
+double run_arrays(Arrays *arrays, int count, double x);
+
+}  // namespace peer

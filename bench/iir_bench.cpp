@@ -1,0 +1,154 @@
+// Running and designing IIR filters.
+
+#include <mensura/iir.h>
+
+#include <array>
+#include <random>
+#include <vector>
+
+#include "compare.h"
+#include "direct_form_peer.h"
+#ifdef MENSURA_HAVE_LIQUID
+#include <liquid/liquid.h>
+#endif
+
+namespace {
+
+using Size = std::size_t;
+
+constexpr Size kSamples = 10000;
+
+std::vector<double> noise(Size n) {
+    std::mt19937_64 bits(1);
+    std::uniform_real_distribution<double> uniform(-1, 1);
+    std::vector<double> samples(n);
+    for (double &x : samples) x = uniform(bits);
+    return samples;
+}
+
+TIIRFilter default_filter() {
+    TIIRFilter f;
+    initTIIRFilter(&f, ptLowPass, 40.0, 360.0);
+    return f;
+}
+
+// Ours against a loop with the same coefficients, one call a sample.
+template <typename Peer, typename Run>
+void compare_with_loop(benchmark::State &state, Peer &loop, Run run) {
+    TIIRFilter f = default_filter();
+    const std::vector<double> in = noise(kSamples);
+    std::vector<double> out(kSamples);
+    int sections = f.Coeffs.NumSections;
+    benchmark::DoNotOptimize(sections);
+    bench::compare(
+        state, kSamples,
+        [&] {
+            for (Size i = 0; i < kSamples; ++i) out[i] = IIRFilter(&f, in[i]);
+        },
+        [&] {
+            for (Size i = 0; i < kSamples; ++i) out[i] = run(&loop, sections, in[i]);
+        });
+}
+
+void IIRFilter_against_loop_over_records(benchmark::State &state) {
+    const IIRCoeffs c = default_filter().Coeffs;
+    struct {
+        peer::Section sections[peer::kSections];
+    } loop{};
+    for (Size k = 0; k < peer::kSections; ++k)
+        loop.sections[k] = {c.b0[k], c.b1[k], c.b2[k], c.a1[k], c.a2[k], 0, 0, 0, 0};
+    compare_with_loop(state, loop.sections[0], peer::run_sections);
+}
+MENSURA_COMPARE(IIRFilter_against_loop_over_records, 400);
+
+void IIRFilter_against_loop_over_arrays(benchmark::State &state) {
+    const IIRCoeffs c = default_filter().Coeffs;
+    peer::Arrays loop{};
+    for (Size k = 0; k < peer::kSections; ++k) {
+        loop.b0[k] = c.b0[k];
+        loop.b1[k] = c.b1[k];
+        loop.b2[k] = c.b2[k];
+        loop.a1[k] = c.a1[k];
+        loop.a2[k] = c.a2[k];
+    }
+    compare_with_loop(state, loop, peer::run_arrays);
+}
+MENSURA_COMPARE(IIRFilter_against_loop_over_arrays, 400);
+
+// Per channel and sample: a bank of ten against one filter alone.
+void IIRFilters_ten_channels_against_IIRFilter(benchmark::State &state) {
+    constexpr Size kChannels = 10, kInstants = 2000;
+    TIIRFilter one = default_filter();
+    TIIRFilterBank bank;
+    initTIIRFilters(&bank, ptLowPass, kChannels, 40.0, 360.0);
+    const std::vector<double> in = noise(kChannels * kInstants);
+    std::vector<double> out(in.size());
+    bench::compare(
+        state, static_cast<double>(in.size()),
+        [&] {
+            for (Size i = 0; i < in.size(); i += kChannels) IIRFilters(&bank, &in[i], &out[i]);
+        },
+        [&] {
+            for (Size i = 0; i < in.size(); ++i) out[i] = IIRFilter(&one, in[i]);
+        });
+}
+MENSURA_COMPARE(IIRFilters_ten_channels_against_IIRFilter, 400);
+
+// ---- design ----
+
+constexpr int kDesigns = 20;
+
+IIRDesignSpec request(int pass_type, int family, int poles) {
+    return {pass_type, 0.2, 0.1, 0.0, {family, poles, 0.1, 60.0, 0.0}};
+}
+
+auto design_many(const IIRDesignSpec &spec) {
+    return [spec] {
+        for (int i = 0; i < kDesigns; ++i) benchmark::DoNotOptimize(CalcIIRFilterCoeff(spec));
+    };
+}
+
+void Chebyshev_8_design_against_Butterworth_8(benchmark::State &state) {
+    bench::compare(state, kDesigns, design_many(request(ptLowPass, pfChebyshev, 8)),
+                   design_many(request(ptLowPass, pfButterworth, 8)));
+}
+MENSURA_COMPARE(Chebyshev_8_design_against_Butterworth_8, 400);
+
+#ifdef MENSURA_HAVE_LIQUID
+
+auto liquid_many(liquid_iirdes_filtertype family, liquid_iirdes_bandtype band, unsigned order) {
+    return [=] {
+        std::array<float, 60> b{}, a{};
+        for (int i = 0; i < kDesigns; ++i) {
+            liquid_iirdes(family, band, LIQUID_IIRDES_SOS, order, 0.1f, 0.15f, 0.1f, 60.0f, b.data(), a.data());
+            benchmark::DoNotOptimize(b);
+            benchmark::DoNotOptimize(a);
+        }
+    };
+}
+
+void Default_design_against_liquid(benchmark::State &state) {
+    bench::compare(
+        state, kDesigns,
+        [] {
+            TIIRFilter f;
+            for (int i = 0; i < kDesigns; ++i) {
+                initTIIRFilter(&f, ptLowPass, 40.0, 360.0);
+                benchmark::DoNotOptimize(f);
+            }
+        },
+        liquid_many(LIQUID_IIRDES_BUTTER, LIQUID_IIRDES_LOWPASS, 6));
+}
+MENSURA_COMPARE(Default_design_against_liquid, 400);
+
+void Elliptic_band_pass_6_design_against_liquid(benchmark::State &state) {
+    bench::compare(state, kDesigns, design_many(request(ptBandPass, pfElliptic, 6)),
+                   liquid_many(LIQUID_IIRDES_ELLIP, LIQUID_IIRDES_BANDPASS, 6));
+}
+MENSURA_COMPARE(Elliptic_band_pass_6_design_against_liquid, 400);
+
+#endif
+
+}  // namespace
+
+BENCHMARK_MAIN();
