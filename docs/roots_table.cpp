@@ -344,7 +344,8 @@ void ill_conditioned_roots() {
         std::vector<Point> integers, cosines;
         for (int k = 1; k <= n; ++k) {
             integers.emplace_back(k);
-            cosines.emplace_back(std::cos((2 * k - 1) * std::numbers::pi_v<long double> / (2 * n)));
+            const bool middle = 2 * k - 1 == n;  // its root is 0, which a rounded pi misses
+            cosines.emplace_back(middle ? 0 : std::cos((2 * k - 1) * std::numbers::pi_v<long double> / (2 * n)));
         }
         std::printf("| %d ", n);
         if (n <= 24 && find(wilkinson(n), roots))

@@ -100,8 +100,7 @@ static int find_rate(const char *file, const Record *record, double *rate) {
     if (n < 2 || (double)n * (kHumHigh - kHumLow) < *rate)
         return complain(BAD_INPUT, file, 0, "too few samples: a quarter of a second at least is needed");
     size_t worst = 0;
-    double limit =
-        0.5; /* steps off the mean: half a step passes times rounded to milliseconds, a lost sample does not */
+    double limit = 0.5; /* in mean steps: passes times rounded to milliseconds, but no lost sample */
     for (size_t i = 1; i < n; ++i) {
         const double off = fabs((s[i].time - s[i - 1].time) * *rate - 1.0);
         if (off <= limit) continue;
@@ -140,10 +139,11 @@ static double half_power_point(const IIRCoeffs *c, double fs) {
  * over the whole would take a time that grows with the square of its length. */
 static void hum_rms(const Record *record, double fs, double rms[2]) {
     const size_t parts = (size_t)((double)record->count / (60.0 * fs)) + 1, n = record->count / parts;
+    const size_t first = (size_t)ceil(kHumLow * (double)n / fs), last = (size_t)(kHumHigh * (double)n / fs);
     rms[0] = rms[1] = 0.0;
     for (const Sample *part = record->samples; part < record->samples + parts * n; part += n)
-        for (double k = ceil(kHumLow * (double)n / fs); k <= kHumHigh * (double)n / fs; ++k) {
-            const double complex step = turn_back(2.0 * kPi * k / (double)n);
+        for (size_t k = first; k <= last; ++k) {
+            const double complex step = turn_back(2.0 * kPi * (double)k / (double)n);
             double complex turn = 1.0, raw = 0.0, clean = 0.0;
             for (size_t i = 0; i < n; ++i, turn *= step) {
                 raw += part[i].raw * turn;

@@ -9,19 +9,21 @@
  *
  * Precision.  Everything except FindRoots works in long double as the platform has it (80 bits on x86-64).
  *
- * Bad input.  NaN and infinite coefficients give NaN roots up to degree 4 and a count of 0 from degree 5 on.  Pointers
- * and array lengths are the caller's duty.  Every call returns in bounded time.
+ * Bad input.  Up to degree 4 a NaN coefficient gives NaN roots, and an infinite one what the closed forms make of it;
+ * from degree 5 on either gives a count of 0.  Every call returns in bounded time.  Pointers and array lengths are the
+ * caller's duty.
  *
  * Memory and threads.  Nothing here allocates.  Every function may run in several threads at once: the two variables
  * that the iteration keeps between its steps belong to the thread and are cleared at every start, so that each thread
  * sees exactly the results of a program with one thread.
  *
  * How far to trust FindRoots (measured; docs/roots.md has the tables)
- *   Random coefficients are its strength: relative error 2e-15 at degree 20, 4e-13 at degree 100.
+ *   Random coefficients are its strength: for 95 polynomials of 100 every root is within 2e-15 of its true value,
+ *   relative to its modulus, at degree 20 and within 6e-13 at degree 100.
  *   A root of multiplicity m is found to about the m-th root of the precision.
- *   Coefficients of very different size cost digits, and roots that are all much smaller than 1 end in a count of 0:
- *   trailing coefficients below 1e-30 of their neighbour count as 0.  Scale the variable first (x = s t with s near the
- *   roots' geometric mean |P[N]/P[0]|^(1/N)).
+ *   Coefficients of very different size cost digits, up to wrong roots.  Roots that are all much smaller than 1 end in a
+ *   count of 0, or in zeros where trailing coefficients fall below 1e-30 of their neighbour.  Scale the variable first:
+ *   x = s t with s near the roots' geometric mean |P[N]/P[0]|^(1/N).
  *   A few polynomials, cubes of quadratics such as (x^2 + 1.25)^3 among them, come back as a success with huge wrong
  *   roots.  To be sure, evaluate the polynomial at the roots, or multiply the factors out again and compare. */
 #ifndef MENSURA_ROOTS_H

@@ -1,7 +1,7 @@
 # Compiles and runs the first C program of the README.  A text block that follows it before the next code block and the
 # next heading is what the program must print.
 # Usage: readme.sh README.md cc include-directory library-directory
-set -eu
+set -eux
 readme=$1 cc=$2 include=$3 libdir=$4
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
