@@ -59,7 +59,10 @@ void start_quadratic(int angle_index, real radius, real *TUV) {
 void DerivOfP(long double *P, int N, long double *D) {
     if (N < 0) return;
     real power = N;
-    for (int i = 0; i < N; ++i, power -= 1) D[i] = power * P[i];
+    for (int i = 0; i < N; ++i) {
+        D[i] = power * P[i];
+        power -= 1;
+    }
     D[N] = 0;
 }
 
