@@ -79,11 +79,17 @@ bool can_screen(const Cascade &c, double g) {
 
 using Batch = std::array<double, kBatch>;
 
-// products *= |c2 s^2 + c1 s + c0|^2 at s = jw
-void multiply_by_square(Batch &products, const Batch &w, double c2, double c1, double c0) {
-    for (Size i = 0; i < kBatch; ++i) {
-        const double re = c0 - c2 * (w[i] * w[i]), im = c1 * w[i];
-        products[i] *= re * re + im * im;
+// products *= prod |c2 s^2 + c1 s + c0|^2 at s = jw.  Both sections of a conjugate pair are alike and stand together.
+void multiply_by_squares(Batch &products, const Batch &w, std::span<const double> c2, std::span<const double> c1,
+                         std::span<const double> c0) {
+    for (Size k = 0; k < c0.size(); ++k) {
+        const bool twice = k + 1 < c0.size() && c2[k] == c2[k + 1] && c1[k] == c1[k + 1] && c0[k] == c0[k + 1];
+        for (Size i = 0; i < kBatch; ++i) {
+            const double re = c0[k] - c2[k] * (w[i] * w[i]), im = c1[k] * w[i];
+            const double square = re * re + im * im;
+            products[i] *= twice ? square * square : square;
+        }
+        if (twice) ++k;
     }
 }
 
@@ -93,10 +99,8 @@ int points_clear_of_corner(const Cascade &c, double g, int point) {
     for (Size i = 0; i < kBatch; ++i) w[i] = frequency(point + static_cast<int>(i));
     num.fill(g * g);
     den.fill(1.0);
-    for (Size k = 0; k < c.size(); ++k) {
-        multiply_by_square(num, w, c.num2[k], c.num1[k], c.num0[k]);
-        multiply_by_square(den, w, c.den2[k], c.den1[k], c.den0[k]);
-    }
+    multiply_by_squares(num, w, c.num2, c.num1, c.num0);
+    multiply_by_squares(den, w, c.den2, c.den1, c.den0);
     Size i = 0;
     while (i < kBatch && num[i] > kLevelSquared * den[i] && num[i] >= kSmallestProduct && den[i] >= kSmallestProduct)
         ++i;

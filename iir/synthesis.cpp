@@ -12,6 +12,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 #include "../internal/constants.h"
 
@@ -25,6 +26,9 @@ struct AnalogSection {
 
     bool first_order() const { return N2 == 0.0 && D2 == 0.0; }
 };
+
+// Bit for bit, as the two sections of a conjugate pair are: what one becomes serves the other too.
+bool identical(const AnalogSection &s, const AnalogSection &t) { return std::memcmp(&s, &t, sizeof s) == 0; }
 
 // a0 (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2).
 // Until a split section is normalised, a0 belongs to the denominator.
@@ -239,16 +243,37 @@ void put(IIRCoeffs &record, Size k, const FourthOrder &f) {
     record.b4[k] = b[4];
 }
 
+DigitalSection single_section(const AnalogSection &s, int pass_type, double T) {
+    switch (pass_type) {
+        case ptLowPass: return low_pass(s, T);
+        case ptHighPass: return high_pass(s, T);
+        case ptAllPass: return low_pass(all_pass(s), T);
+        default: return {};
+    }
+}
+
 void design_single_sections(IIRCoeffs &record, const LowPassProto &proto, int pass_type, double T) {
+    AnalogSection previous{};
+    DigitalSection digital{};
     for (Size k = 0; k < within_record(proto.SectionCount); ++k) {
         const AnalogSection s = analog_section(proto, k);
-        switch (pass_type) {
-            case ptLowPass: put(record, k, low_pass(s, T)); break;
-            case ptHighPass: put(record, k, high_pass(s, T)); break;
-            case ptAllPass: put(record, k, low_pass(all_pass(s), T)); break;
-            default: break;
-        }
+        if (k == 0 || !identical(s, previous)) digital = single_section(s, pass_type, T);
+        put(record, k, digital);
+        previous = s;
     }
+}
+
+// One fourth-order form and its two halves.
+struct BandSection {
+    FourthOrder whole;
+    DigitalSection halves[2];
+};
+
+BandSection band_section(const AnalogSection &s, const IIRDesignSpec &spec, Warp warp, QuarticRoots &roots) {
+    const FourthOrder f = fourth_order(s, warp, spec.PassType);
+    const auto a = split(f.denominator, roots);
+    const auto b = zeros_are_fixed(spec) ? split_fixed_zeros(f.numerator) : split(f.numerator, roots);
+    return {f, {combined(a[0], b[0]), combined(a[1], b[1])}};
 }
 
 void design_band_sections(IIRCoeffs &record, const LowPassProto &proto, const IIRDesignSpec &spec, Warp warp) {
@@ -258,18 +283,18 @@ void design_band_sections(IIRCoeffs &record, const LowPassProto &proto, const II
         if (filled < sections.size()) sections[filled++] = s;
     };
     QuarticRoots roots{};
+    AnalogSection previous{};
+    BandSection band{};
     for (Size k = 0; k < within_record(proto.SectionCount); ++k) {
         const AnalogSection s = analog_section(proto, k);
         if (s.first_order()) {
             append(spec.PassType == ptBandPass ? band_pass_first_order(s, warp) : notch_first_order(s, warp));
             continue;
         }
-        const FourthOrder f = fourth_order(s, warp, spec.PassType);
-        put(record, k, f);
-        const auto a = split(f.denominator, roots);
-        const auto b = zeros_are_fixed(spec) ? split_fixed_zeros(f.numerator) : split(f.numerator, roots);
-        append(combined(a[0], b[0]));
-        append(combined(a[1], b[1]));
+        if (!identical(s, previous)) band = band_section(s, spec, warp, roots);
+        put(record, k, band.whole);
+        for (const DigitalSection &half : band.halves) append(half);
+        previous = s;
     }
     for (Size j = 0; j < within_record(spec.Proto.NumPoles); ++j) put(record, j, normalised(sections[j]));
 }
