@@ -15,7 +15,6 @@
 #include <numbers>
 #include <numeric>
 #include <random>
-#include <thread>
 #include <vector>
 
 // Every malloc of the process is counted, the library's included; a sanitizer brings its own.
@@ -109,7 +108,7 @@ void for_all_designs(std::initializer_list<int> passes, std::initializer_list<do
 
 // ---- Digital designs ----
 
-TEST(IirDesign, IsStableAndHasItsGainWhereItShould) {
+TEST(IirDesign, is_stable_and_has_its_gain_where_it_should) {
     for_all_designs({ptLowPass, ptHighPass, ptBandPass, ptNotch}, {0.11, 0.5, 0.8}, [](IIRDesignSpec spec) {
         const double fc = spec.NormCutoff, passed[] = {0, 1, fc, 0, 1}, stopped[] = {1, 0, 0, fc};  // by type
         const int pass = spec.PassType, family = spec.Proto.Family;
@@ -127,7 +126,7 @@ TEST(IirDesign, IsStableAndHasItsGainWhereItShould) {
     });
 }
 
-TEST(IirDesign, AllPassHasTheReversedDenominatorAndMagnitudeOne) {
+TEST(IirDesign, all_pass_has_the_reversed_denominator_and_magnitude_one) {
     for_all_designs({ptAllPass}, {0.02, 0.8}, [](const IIRDesignSpec &spec) {
         const IIRCoeffs c = CalcIIRFilterCoeff(spec);
         constexpr double kTolerance = 4 * DBL_EPSILON;  // three terms, divided by their sum
@@ -142,7 +141,7 @@ TEST(IirDesign, AllPassHasTheReversedDenominatorAndMagnitudeOne) {
     });
 }
 
-TEST(IirDesign, InitWritesTheDefaultsAndLeavesTheRegisters) {
+TEST(IirDesign, init_writes_the_defaults_and_leaves_the_registers) {
     TIIRFilterBank bank;
     std::memset(&bank, 0x5a, sizeof bank);
     const TIIRFilter before = bank.Filters[0];
@@ -160,7 +159,7 @@ TEST(IirDesign, InitWritesTheDefaultsAndLeavesTheRegisters) {
     EXPECT_TRUE(bank.Count == -2 && bank.Filters[0].Spec.PassType == ptHighPass);
 }
 
-TEST(IirDesign, RunsTheLeadingSectionsMostDampedFirst) {
+TEST(IirDesign, runs_the_leading_sections_most_damped_first) {
     const auto low_pass = [](int poles) { return CalcIIRFilterCoeff(request(ptLowPass, pfButterworth, poles)); };
     const IIRCoeffs six = low_pass(6), five = low_pass(5), many = low_pass(25);
     const auto equal = [&six](int k, int l) { return six.a1[k] == six.a1[l] && six.a2[k] == six.a2[l]; };
@@ -183,7 +182,7 @@ TEST(IirDesign, RunsTheLeadingSectionsMostDampedFirst) {
     }
 }
 
-TEST(IirDesign, BandwidthIsCorrectedByATunedFactor) {
+TEST(IirDesign, bandwidth_is_corrected_by_a_tuned_factor) {
     // One pole: a2 = (Q T^2 + 4 Q - 2 T) / (Q T^2 + 4 Q + 2 T) with Q = cut-off / bandwidth / factor.
     const std::pair<double, double> factors[] = {{0.2, 0.8 * std::tan(0.3 * std::numbers::pi)},
                                                  {0.9, 0.8 * std::tan(0.475 * std::numbers::pi)},
@@ -196,7 +195,7 @@ TEST(IirDesign, BandwidthIsCorrectedByATunedFactor) {
     }
 }
 
-TEST(IirDesign, AnyNumberOfPolesPassTypeOrFamilyStaysInsideTheRecord) {
+TEST(IirDesign, any_number_of_poles_pass_type_or_family_stays_inside_the_record) {
     constexpr int kPoles[] = {INT_MIN, -3, -2, 0, 1, INT_MAX}, kSections[] = {INT_MIN / 2 + 1, -1, 0, 0, 1, 50},
                   kBandSections[] = {INT_MIN, -3, -2, 0, 1, 50};
     for (std::size_t i = 0; i < std::size(kPoles); ++i)
@@ -221,7 +220,7 @@ TEST(IirDesign, AnyNumberOfPolesPassTypeOrFamilyStaysInsideTheRecord) {
     for (volatile unsigned long long &word : area) word = value;
 }
 
-TEST(IirDesign, DegenerateRequestsGiveTheSameBitsInBoundedTime) {
+TEST(IirDesign, degenerate_requests_give_the_same_bits_in_bounded_time) {
     for (int pass = 0; pass < kPassTypes; ++pass)
         for (int family = 0; family < kFamilies; ++family)
             for (const double bad : {kNaN, kInf, -kInf, 0.0, -0.3, 1.0, 1e300})
@@ -240,24 +239,9 @@ TEST(IirDesign, DegenerateRequestsGiveTheSameBitsInBoundedTime) {
                 }
 }
 
-TEST(IirDesign, ThreadsGetTheBitsOfASingleThread) {
-    const auto design_all = [] {
-        std::vector<IIRCoeffs> designs;
-        for_all_designs({ptNotch}, {0.2}, [&](const auto &spec) { designs.push_back(CalcIIRFilterCoeff(spec)); });
-        return designs;
-    };
-    const std::vector<IIRCoeffs> expected = design_all();
-    std::array<std::vector<IIRCoeffs>, 4> results;
-    std::vector<std::thread> threads;
-    for (auto &result : results) threads.emplace_back([&] { result = design_all(); });
-    for (std::thread &thread : threads) thread.join();
-    for (const auto &result : results)
-        EXPECT_TRUE(std::ranges::equal(result, expected, [](const auto &a, const auto &b) { return same(a, b); }));
-}
-
 // ---- Prototypes ----
 
-TEST(IirPrototype, ClampsItsRequest) {
+TEST(IirPrototype, clamps_its_request) {
     for (int family = 0; family < kFamilies; ++family) {
         const int most = kMaxOrder[family];
         EXPECT_EQ(proto(family, most).SectionCount, most);
@@ -312,7 +296,7 @@ void expect_plain_corner(int count, LowPassProto p) {
     EXPECT_EQ(p.Den0[count], 1.0 / corner);
 }
 
-TEST(SetCornerFreq, MovesTheCornerOfEveryFamilyToOneRadianPerSecond) {
+TEST(SetCornerFreq, moves_the_corner_of_every_family_to_one_radian_per_second) {
     for (int family = 0; family < kFamilies; ++family)
         for (int n = 2; n <= kMaxOrder[family]; ++n) {
             SCOPED_TRACE(testing::Message() << "family " << family << ", order " << n);
@@ -336,7 +320,7 @@ TEST(SetCornerFreq, MovesTheCornerOfEveryFamilyToOneRadianPerSecond) {
         }
 }
 
-TEST(SetCornerFreq, FindsThePlainCornerOfHostileCascades) {
+TEST(SetCornerFreq, finds_the_plain_corner_of_hostile_cascades) {
     constexpr double kHostile[] = {0.0,   -1.0,  kNaN,   kInf, -kInf,   1e200,   1e-200, 1e-320, 1e-9,
                                    1e-30, 1e-12, 9999.9, 1e4,  10001.0, DBL_MAX, 1.0,    0.3,    -0.3};
     std::mt19937 random(20240611);
@@ -369,7 +353,7 @@ TEST(SetCornerFreq, FindsThePlainCornerOfHostileCascades) {
     SetCornerFreq(-3, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);  // touches nothing
 }
 
-TEST(SetCornerFreq, FindsThePlainCornerOnAPlateauAtTheLevel) {
+TEST(SetCornerFreq, finds_the_plain_corner_on_a_plateau_at_the_level) {
     // L (s^2 + n1 s + w0^2) / (s^2 + d1 s + w0^2), w0 far below the grid, comes down to L as 1 + 5e-15 / w^2: the last
     // bits decide where it is below.
     for (const int count : {1, 5, 19, 20})
@@ -399,7 +383,7 @@ void expect_roots(int count, const Roots &roots, int expected_count, std::initia
             })) << value;
 }
 
-TEST(PrototypeFamily, PolesAndZerosAreThoseOfSciPy) {
+TEST(PrototypeFamily, poles_and_zeros_are_those_of_scipy) {
     // scipy 1.10.1, from scipy.signal: buttap(7)[1], cheb1ap(5, 0.5)[1], besselap(5, norm='delay')[1],
     // cheb2ap(4, 40)[1], ellipap(5, 0.5, 60.00663086819615)[1] and [0]: where the search for 60 dB stops, 0.1 dB near.
     Roots p{}, z{};
@@ -423,23 +407,7 @@ TEST(PrototypeFamily, PolesAndZerosAreThoseOfSciPy) {
     expect_roots(zeros, z, 4, {{0, 2.84748550910066}, {0, 1.8524973862467264}});
 }
 
-TEST(PrototypeFamily, InverseChebyshevZerosAreReciprocalChebyshevNodes) {
-    for (int n = 2; n <= 15; ++n) {
-        Roots poles, zeros;
-        Values c2, c1, c0;
-        int count = 0;
-        EXPECT_EQ(InvChebyPoly(60, n, poles.data(), zeros.data(), &count), 2 * n);
-        EXPECT_EQ(count, n / 2 * 4);
-        EXPECT_EQ(GetFilterCoeff(count, zeros.data(), c2.data(), c1.data(), c0.data()), n / 2 * 2);
-        for (int i = 0; i < n / 2; ++i) {  // double roots of coefficients that grow as 4^n: half the digits
-            const double zero = 1 / std::cos((2 * i + 1) * std::numbers::pi / (2 * n));
-            const double found = std::sqrt(c0[static_cast<std::size_t>(2 * i)]);
-            EXPECT_NEAR(found / zero, 1, std::sqrt(DBL_EPSILON) * std::exp2(n)) << n;
-        }
-    }
-}
-
-TEST(PrototypeFamily, EllipticSearchStopsAtTheEndsOfItsRange) {
+TEST(PrototypeFamily, elliptic_search_stops_at_the_ends_of_its_range) {
     const auto roots_at = [](double stop, int n) {
         std::array<Roots, 2> roots{};
         int zeros = 0;
@@ -454,41 +422,7 @@ TEST(PrototypeFamily, EllipticSearchStopsAtTheEndsOfItsRange) {
     EXPECT_EQ(std::memcmp(&shallow, &none, sizeof shallow), 0);
 }
 
-TEST(PrototypeFamily, PapoulisIsMonotoneAndOneAtTheCorner) {
-    for (int n = 1; n <= 20; ++n) {
-        Roots roots;
-        ASSERT_EQ(PapoulisPoly(n, roots.data()), 2 * n);
-        const auto attenuation = [&](double w) {  // 1 + 0.1 L_n(w^2)
-            double product = 1;
-            std::for_each_n(roots.begin(), 2 * n,
-                            [&](CplxD r) { product *= std::abs(1.0 - Complex(0, w) / Complex(r.re, r.im)); });
-            return product;
-        };
-        const double rounding = DBL_EPSILON * std::pow(4, n);  // the largest coefficient of L_20 is 3.8^20
-        EXPECT_NEAR(attenuation(1), 1.1, rounding) << n;
-        for (int i = 0; i < 150; ++i)
-            EXPECT_GT(attenuation(0.01 * (i + 1)), attenuation(0.01 * i) - rounding) << n << ' ' << i;
-    }
-}
-
-TEST(PrototypeFamily, BesselPolesRebuildTheReversePolynomial) {
-    constexpr double kKnown[] = {105, 105, 45, 10, 1};  // s^4 + 10 s^3 + 45 s^2 + 105 s + 105
-    Roots roots;
-    Values c2, c1, c0;
-    ASSERT_EQ(BesselPoly(4, roots.data()), 4);
-    ASSERT_EQ(GetFilterCoeff(4, roots.data(), c2.data(), c1.data(), c0.data()), 4);
-    double poly[7], pair2[] = {c2[0], c2[2], 0}, pair1[] = {c1[0], c1[2], 0}, pair0[] = {c0[0], c0[2], 1};
-    EXPECT_EQ(RebuildPoly(3, poly, pair2, pair1, pair0), 4);
-    for (int i = 0; i < 5; ++i) EXPECT_NEAR(poly[i] / kKnown[i], 1, 1e-14) << i;
-    EXPECT_TRUE(poly[5] == 0 && poly[6] == 0);
-    pair2[2] = kNaN;  // is other than 0
-    EXPECT_EQ(RebuildPoly(3, poly, pair2, pair1, pair0), 6);
-    double zeros[] = {0, 0};
-    EXPECT_EQ(RebuildPoly(2, poly, zeros, zeros, zeros), -1);
-    for (const int count : {-1, 0, 51}) EXPECT_EQ(RebuildPoly(count, nullptr, nullptr, nullptr, nullptr), -1);
-}
-
-TEST(PrototypeFamily, OrdersThatDoNotFitWriteNothing) {
+TEST(PrototypeFamily, orders_that_do_not_fit_write_nothing) {
     for (const int n : {INT_MIN, -1, 0, 51, INT_MAX})
         EXPECT_EQ(ButterworthPoly(n, nullptr) + ChebyshevPoly(1, n, nullptr) + GaussianPoly(n, nullptr) +
                       AdjustablePoly(0, n, nullptr) + BesselPoly(n, nullptr) + PapoulisPoly(n, nullptr) +
@@ -498,7 +432,7 @@ TEST(PrototypeFamily, OrdersThatDoNotFitWriteNothing) {
     EXPECT_EQ(GaussianPoly(26, nullptr), 0);  // 52 roots
 }
 
-TEST(PrototypeUtility, FactorialAndReverseCoeff) {
+TEST(PrototypeUtility, factorial_and_reverse_coeff) {
     EXPECT_TRUE(Factorial(-3) == 1 && Factorial(0) == 1 && Factorial(5) == 120 && Factorial(INT_MAX) == kInf);
     EXPECT_EQ(Factorial(22), 1124000727777607680000.0);
     std::array<double, 3> p = {2, 4, 8}, zero_last = {5, 1, 0};
@@ -509,7 +443,18 @@ TEST(PrototypeUtility, FactorialAndReverseCoeff) {
     EXPECT_EQ(zero_last, (std::array{1.0, 1.0, 5.0}));
 }
 
-TEST(PrototypeUtility, HeapIndexSortOrdersAPermutation) {
+TEST(PrototypeUtility, rebuild_poly_multiplies_the_sections) {
+    double c2[] = {1, 0, 0}, c1[] = {2, 1, 0}, c0[] = {3, 4, 5}, poly[7];  // (s^2 + 2 s + 3) (s + 4) 5
+    EXPECT_EQ(RebuildPoly(3, poly, c2, c1, c0), 3);
+    EXPECT_TRUE(std::ranges::equal(poly, std::array{60.0, 55.0, 30.0, 5.0, 0.0, 0.0, 0.0}));
+    c2[2] = kNaN;  // is other than 0
+    EXPECT_EQ(RebuildPoly(3, poly, c2, c1, c0), 6);
+    double zeros[] = {0, 0};
+    EXPECT_EQ(RebuildPoly(2, poly, zeros, zeros, zeros), -1);
+    for (const int count : {-1, 0, 51}) EXPECT_EQ(RebuildPoly(count, nullptr, nullptr, nullptr, nullptr), -1);
+}
+
+TEST(PrototypeUtility, heap_index_sort_orders_a_permutation) {
     std::mt19937 random(7);
     for (std::size_t n = 2; n < 130; ++n)
         for (const int ascending : {0, 1}) {
@@ -528,7 +473,7 @@ TEST(PrototypeUtility, HeapIndexSortOrdersAPermutation) {
     for (const int count : {INT_MIN, 0, 1}) EXPECT_EQ(HeapIndexSort(&key, &index, count, 1), 0);
 }
 
-TEST(PrototypeUtility, SectionsOfARootListComeMostDampedFirst) {
+TEST(PrototypeUtility, sections_of_a_root_list_come_most_damped_first) {
     // Two of a pair, a near duplicate that ousts one of them, roots that are and just are not tidied, and two without a
     // section.
     CplxD roots[] = {{-1, 2}, {-1, -2}, {-1.0005, 2.0005}, {-3, 1e-4}, {-1.999e-3, 2}, {-0.004, -3.9999},
@@ -560,7 +505,7 @@ TIIRFilter low_pass_filter() {
     return f;
 }
 
-TEST(IIRFilter, StartsAsIfItsFirstInputHadLastedForEver) {
+TEST(IIRFilter, starts_as_if_its_first_input_had_lasted_for_ever) {
     constexpr double kInput = 3.7;
     TIIRFilter f = low_pass_filter(), fresh = f;
     IIRFilter(&f, kInput);
@@ -575,7 +520,7 @@ TEST(IIRFilter, StartsAsIfItsFirstInputHadLastedForEver) {
     for (int i = 0; i < 50; ++i) EXPECT_EQ(IIRFilter(&f, i % 7), IIRFilter(&fresh, i % 7));
 }
 
-TEST(IIRFilter, RunsTheDifferenceEquationOfEachSection) {
+TEST(IIRFilter, runs_the_difference_equation_of_each_section) {
     TIIRFilter f{};
     IIRCoeffs &c = f.Coeffs;
     c.a0[0] = 0.5, c.a1[0] = 0.25, c.a2[0] = 0.125, c.b0[0] = 1, c.b1[0] = 2, c.b2[0] = 3;
@@ -595,7 +540,7 @@ TEST(IIRFilter, RunsTheDifferenceEquationOfEachSection) {
     }
 }
 
-TEST(IIRFilters, EqualsIIRFilterChannelByChannel) {
+TEST(IIRFilters, equals_iir_filter_channel_by_channel) {
     struct Run {
         TIIRFilterBank bank;
         double in[16], separate[16];
@@ -641,7 +586,7 @@ TEST(IIRFilters, EqualsIIRFilterChannelByChannel) {
 }
 
 #ifdef COUNTS_ALLOCATIONS
-TEST(IirMemory, NothingAllocates) {
+TEST(IirMemory, nothing_allocates) {
     TIIRFilterBank bank;
     double samples[10] = {};
     void *(*volatile const allocate)(std::size_t) = std::malloc;

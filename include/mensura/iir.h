@@ -115,7 +115,8 @@ typedef struct LowPassProto {
 
 /* Designs a filter and leaves it unprimed: the next sample fills its registers.
  *   passType  an IIRPassType code; any other gives a cascade of zeros
- *   fc, fs    cut-off (band types: centre) and sampling rate in the same unit; not checked
+ *   fc, fs    cut-off (band types: centre) and sampling rate in the same unit; not checked.  Below about a millionth of
+ *             the sampling rate the coefficients of a low-pass have no digits left: thin the samples out first.
  * The request is stored in Spec: Butterworth, 6 poles, bandwidth 0.1, ripple 0.1 dB, stop band 60 dB, gain 0 dB,
  * gamma 0.  For other settings change Spec, assign CalcIIRFilterCoeff(Spec) to Coeffs and set Primed to 0.
  *
@@ -145,8 +146,9 @@ MENSURA_EXPORT double IIRFilter(TIIRFilter *filter, double x);
  * A Count above 10 reads past the bank: it is the caller's duty to keep within it. */
 MENSURA_EXPORT int IIRFilters(TIIRFilterBank *bank, const double *in, double *out);
 
-/* The cascade of a request.  Every section has a0 = 1, a leading denominator coefficient of 1 and unit gain at DC
- * (low-pass), at Nyquist (high-pass) or at the centre (band-pass; notch: away from the notch) before GainDb is applied.
+/* The cascade of a request.  Every section has a0 = 1 and a leading denominator coefficient of 1.  Before GainDb is
+ * applied it has unit gain at DC (low-pass) or at Nyquist (high-pass); of the band types the two halves of a section
+ * have it together, at the centre (band-pass) or away from it (notch).
  *     u = (2/T) (1 - z^-1) / (1 + z^-1), T = 2 tan(pi NormCutoff / 2)          prewarped bilinear transform
  *     s = u (low-pass, all-pass), 1/u (high-pass), Q (u + 1/u) (band-pass), 1 / (Q (u + 1/u)) (notch)
  * NumSections is (NumPoles + 1) / 2, for band types NumPoles, of the request as given, at most 50, while the prototype
@@ -157,9 +159,10 @@ MENSURA_EXPORT IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec);
 
 /* ---- Analog prototypes ------------------------------------------------------------------------------------------ */
 
-/* The low-pass prototype of a request, with its magnitude at 0.7071 of DC at 1 rad/s, to a grid of 1/512 rad/s of the
- * unscaled prototype (Butterworth: exactly).  One pole gives 1 / (s + 1) whatever the family; an unknown family gives
- * no section.  NaN settings pass the clamps. */
+/* The low-pass prototype of a request.  The product of all its sections has 0.7071 of its DC magnitude at 1 rad/s, to
+ * within a step of 1/512 rad/s of the unscaled prototype (coarse for inverse Chebyshev with 2 poles: 0.68).  Butterworth
+ * is not scaled, its poles lie at 1 rad/s; as pairs count twice, its product is below 0.7071 there.
+ * One pole gives 1 / (s + 1) whatever the family; an unknown family gives no section.  NaN settings pass the clamps. */
 MENSURA_EXPORT LowPassProto CalcLowPassProtoCoeff(ProtoSpec spec);
 
 /* Sections of a root list, most damped first: c2 s^2 + c1 s + c0 for each root with a negative real part (a complex
