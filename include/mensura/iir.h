@@ -115,8 +115,8 @@ typedef struct LowPassProto {
 
 /* Designs a filter and leaves it unprimed: the next sample fills its registers.
  *   passType  an IIRPassType code; any other gives a cascade of zeros
- *   fc, fs    cut-off (band types: centre) and sampling rate in the same unit; not checked.  Below about a millionth of
- *             the sampling rate the coefficients of a low-pass have no digits left: thin the samples out first.
+ *   fc, fs    cut-off (band types: centre) and sampling rate in the same unit; not checked.  The lower fc, the fewer
+ *             digits the coefficients keep: the gain at DC is off by 1e-5 at fc = 1e-6 fs, and lost at 1e-8 fs
  * The request is stored in Spec: Butterworth, 6 poles, bandwidth 0.1, ripple 0.1 dB, stop band 60 dB, gain 0 dB,
  * gamma 0.  For other settings change Spec, assign CalcIIRFilterCoeff(Spec) to Coeffs and set Primed to 0.
  *
@@ -160,8 +160,8 @@ MENSURA_EXPORT IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec);
 /* ---- Analog prototypes ------------------------------------------------------------------------------------------ */
 
 /* The low-pass prototype of a request.  The product of all its sections has 0.7071 of its DC magnitude at 1 rad/s, to
- * within a step of 1/512 rad/s of the unscaled prototype (coarse for inverse Chebyshev with 2 poles: 0.68).  Butterworth
- * is not scaled, its poles lie at 1 rad/s; as pairs count twice, its product is below 0.7071 there.
+ * within a step of 1/512 rad/s of the unscaled prototype (coarse for inverse Chebyshev with 2 poles: 0.68).
+ * Butterworth is not scaled, its poles lie at 1 rad/s; as pairs count twice, its product is below 0.7071 there.
  * One pole gives 1 / (s + 1) whatever the family; an unknown family gives no section.  NaN settings pass the clamps. */
 MENSURA_EXPORT LowPassProto CalcLowPassProtoCoeff(ProtoSpec spec);
 

@@ -21,8 +21,8 @@
  *   Random coefficients are its strength: for 95 polynomials of 100 every root is within 2e-15 of its true value,
  *   relative to its modulus, at degree 20 and within 6e-13 at degree 100.
  *   A root of multiplicity m is found to about the m-th root of the precision.
- *   Coefficients of very different size cost digits, up to wrong roots.  Roots that are all much smaller than 1 end in a
- *   count of 0, or in zeros where trailing coefficients fall below 1e-30 of their neighbour.  Scale the variable first:
+ *   Coefficients of very different size cost digits, up to wrong roots.  Roots that are all much smaller than 1 end in
+ *   a count of 0, or in zeros where trailing coefficients fall below 1e-30 of their neighbour.  Scale the variable first:
  *   x = s t with s near the roots' geometric mean |P[N]/P[0]|^(1/N).
  *   A few polynomials, cubes of quadratics such as (x^2 + 1.25)^3 among them, come back as a success with huge wrong
  *   roots.  To be sure, evaluate the polynomial at the roots, or multiply the factors out again and compare. */
