@@ -10,9 +10,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 #include "../internal/constants.h"
 
@@ -28,7 +28,10 @@ struct AnalogSection {
 };
 
 // Bit for bit, as the two sections of a conjugate pair are: what one becomes serves the other too.
-bool identical(const AnalogSection &s, const AnalogSection &t) { return std::memcmp(&s, &t, sizeof s) == 0; }
+bool identical(const AnalogSection &s, const AnalogSection &t) {
+    using Bits = std::array<std::uint64_t, 6>;
+    return std::bit_cast<Bits>(s) == std::bit_cast<Bits>(t);
+}
 
 // a0 (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2).
 // Until a split section is normalised, a0 belongs to the denominator.
