@@ -93,8 +93,8 @@ void multiply_by_squares(Batch &products, const Batch &w, std::span<const double
     }
 }
 
-// How many points from `point` on are certain to lie above the corner level.
-int points_clear_of_corner(const Cascade &c, double g, int point) {
+// How many points of the batch at `point` are certain to lie above the corner level.
+int clear_points(const Cascade &c, double g, int point) {
     Batch w, num, den;
     for (Size i = 0; i < kBatch; ++i) w[i] = frequency(point + static_cast<int>(i));
     num.fill(g * g);
@@ -107,16 +107,24 @@ int points_clear_of_corner(const Cascade &c, double g, int point) {
     return static_cast<int>(i);
 }
 
+// The first point from `point` on that may lie below the corner level, or one beyond the last.
+int pass_over_clear_points(const Cascade &c, double g, int point) {
+    while (point <= kLastPoint) {
+        const int clear = clear_points(c, g, point);
+        point += clear;
+        if (clear < static_cast<int>(kBatch)) break;
+    }
+    return point;
+}
+
 double find_corner(const Cascade &c) {
     const double g = c.dc_factor();
     const bool screened = can_screen(c, g);
-    for (int point = 1; point <= kLastPoint; ++point) {
-        if (screened)
-            for (int clear = kBatch; clear == kBatch && point <= kLastPoint; point += clear)
-                clear = points_clear_of_corner(c, g, point);
-        if (point <= kLastPoint && below_corner(c, g, frequency(point))) return frequency(point);
+    for (int point = 1;; ++point) {
+        if (screened) point = pass_over_clear_points(c, g, point);
+        if (point > kLastPoint) return frequency(kLastPoint);
+        if (below_corner(c, g, frequency(point))) return frequency(point);
     }
-    return frequency(kLastPoint);
 }
 
 }  // namespace
