@@ -69,18 +69,22 @@ double half_power(const IIRCoeffs &c, double from, double to) {
 }
 
 double largest_db(const IIRCoeffs &c, double from, double to) {
-    double largest = gain_db(c, to);
-    for (double f = from; f < to; f += kStep) largest = std::max(largest, gain_db(c, f));
+    double largest = gain_db(c, to), f = from;
+    while (f < to) {
+        largest = std::max(largest, gain_db(c, f));
+        f += kStep;
+    }
     return largest;
 }
 
 // The largest rise of the gain on the way up in frequency.
 double ripple_db(const IIRCoeffs &c, double to) {
-    double lowest = gain_db(c, 0), rise = 0;
-    for (double f = kStep; f < to; f += kStep) {
+    double lowest = gain_db(c, 0), rise = 0, f = kStep;
+    while (f < to) {
         const double g = gain_db(c, f);
         rise = std::max(rise, g - lowest);
         lowest = std::min(lowest, g);
+        f += kStep;
     }
     return rise;
 }

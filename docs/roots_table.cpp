@@ -195,7 +195,10 @@ int find_scaled(int N, const double *P, CplxD *z) {
     Coefficients Q(static_cast<std::size_t>(N) + 1);
     double f = 1;
     const double s = std::exp2(std::round(std::log2(std::fabs(P[N] / P[0])) / N));
-    for (std::size_t i = 0; i < Q.size(); ++i, f *= s) Q[i] = P[i] / f;
+    for (std::size_t i = 0; i < Q.size(); ++i) {
+        Q[i] = P[i] / f;
+        f *= s;
+    }
     const int count = FindRoots(N, Q.data(), z);
     for (int k = 0; k < count; ++k) z[k] = CplxDMult_coef(z[k], s);
     return count;
