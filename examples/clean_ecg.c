@@ -1,8 +1,8 @@
 /* Takes the 60 Hz hum out of an electrocardiogram:  clean_ecg [input.csv [cutoff_hz]]
  *
- * The input has two columns, time in s and signal in mV, evenly sampled; lines starting with '#' and one header line
- * are skipped.  Writes ecg_clean.csv into the current directory and prints what the filter did.  The filter is causal:
- * the clean signal lags behind the raw one, by 16 ms with the default cut-off.
+ * The input has two columns, time in s and signal in mV, evenly sampled; blank lines, lines starting with '#' and one
+ * header line are skipped.  Writes ecg_clean.csv into the current directory and prints what the filter did.  The filter
+ * is causal: the clean signal lags behind the raw one, by 16 ms with the default cut-off.
  *
  * Exit status: 0 done, 1 could not write or no memory, 2 bad input or arguments. */
 #include <complex.h>
@@ -13,10 +13,9 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
-#ifndef DEFAULT_INPUT
 #define DEFAULT_INPUT "examples/data/ecg_mitdb_208.csv"
-#endif
 #define OUTPUT "ecg_clean.csv"
 #define PARTIAL OUTPUT ".tmp" /* renamed once complete, so that OUTPUT is never half-written */
 
@@ -75,7 +74,7 @@ static int read_samples(FILE *in, const char *file, Record *record) {
     for (size_t line = 1; fgets(text, sizeof text, in) != NULL; ++line) {
         if (strchr(text, '\n') == NULL && !feof(in))
             return complain(BAD_INPUT, file, line, "not text, or a line longer than 1022 characters");
-        if (text[0] == '#') continue;
+        if (text[0] == '#' || text[strspn(text, " \t\r\n")] == '\0') continue;
         const int header = may_be_header && strchr("+-.0123456789", text[strspn(text, " \t")]) == NULL;
         may_be_header = 0;
         if (header) continue;
@@ -200,6 +199,7 @@ static int print_table(const Record *record, const IIRCoeffs *design, double cut
 
 static int clean_record(const char *file, Record *record, const char *cutoff_text) {
     double fs, cutoff = kDefaultCutoff;
+    unlink(OUTPUT); /* what an earlier run left would pass for this one's */
     if (cutoff_text != NULL && (parse_number(cutoff_text, '\0', &cutoff) == NULL || cutoff <= 0.0))
         return complain(BAD_INPUT, cutoff_text, 0, "the cut-off must be a number of Hz above 0");
     FILE *const in = fopen(file, "r");

@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <array>
 
+#include "proto/family.h"
+
+using namespace mensura::iir;
+
 namespace {
 
 using Roots = std::array<CplxD, MAX_IIR_SECTIONS>;
@@ -27,16 +31,15 @@ double max_chebyshev_ripple(int poles) {
     return poles > 15 ? kFromSixteen[poles - 16] : 1.0;
 }
 
-// std::clamp lets a NaN through.
 ProtoSpec clamped(ProtoSpec spec) {
     spec.NumPoles = std::clamp(spec.NumPoles, 1, max_poles(spec.Family));
-    spec.Gamma = std::clamp(spec.Gamma, -1.0, 1.0);
-    spec.Ripple = std::clamp(spec.Ripple, 0.0001, 1.0);
+    spec.Gamma = limited(spec.Gamma, -1.0, 1.0);
+    spec.Ripple = limited(spec.Ripple, 0.0001, 1.0);
     if (spec.Family == pfChebyshev) {
         const double limit = max_chebyshev_ripple(spec.NumPoles);
         if (spec.Ripple > limit) spec.Ripple = limit;
     }
-    spec.StopBandDb = std::clamp(spec.StopBandDb, 20.0, 120.0);
+    spec.StopBandDb = limited(spec.StopBandDb, 20.0, 120.0);
     return spec;
 }
 

@@ -195,8 +195,10 @@ struct Quadratic {
     double c0, c1, c2;
 };
 
-// The quadratic in z^-1 with the roots r and s and the leading coefficient m; only real parts are kept.
-Quadratic from_roots(CplxD r, CplxD s, double m) { return {CplxDMult(r, s).re * m, -CplxDAdd(r, s).re * m, m}; }
+// The quadratic in z^-1 with a pair of roots and the leading coefficient m; only real parts are kept.
+Quadratic from_roots(CplxD first, CplxD second, double m) {
+    return {CplxDMult(first, second).re * m, -CplxDAdd(first, second).re * m, m};
+}
 
 // Roots 1, 2 and 3, 4 are pairs.  A failed search leaves in `roots` what was there.
 std::array<Quadratic, 2> split(const Quartic &q, QuarticRoots &roots) {

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "roots_internal.h"
 
@@ -35,7 +34,7 @@ void reverse_monic(real *p, int degree) {
     ReversePoly(p, degree);
 }
 
-void finish(int degree, bool reversed, real s, real *re, real *im) {
+void undo_reversal_and_scale(int degree, bool reversed, real s, real *re, real *im) {
     if (reversed) InvertRoots(degree, re, im);
     for (int i = 0; i < degree; ++i) {
         re[i] *= s;
@@ -102,12 +101,13 @@ struct Factors {
     real n, g;
 };
 
-// Whether q counts as 0.  The limit for A0 is relaxed to 0 near coefficients that mirror each other.
+// Whether q counts as 0, so that the quartic is one in z^2.  A tiny A0 is enough, but where |b| and |d| differ and both
+// A0 and A1 are tiny only an A0 of 0 is.
 bool is_biquadratic(const Quartic &f) {
-    const bool strict = std::fabs(std::fabs(f.b) - std::fabs(f.d)) >= kTwoToMinus50 && f.A0 > -kTwoToMinus50 &&
-                        std::fabs(f.A1) < static_cast<real>(1e-5);
-    const real limit = strict ? 0.0L : -kTwoToMinus50;
-    return f.A0 >= limit || std::fabs(f.A0) * static_cast<real>(1e20) <= std::fabs(f.A1);
+    const bool only_zero_counts = std::fabs(std::fabs(f.b) - std::fabs(f.d)) >= kTwoToMinus50 &&
+                                  f.A0 > -kTwoToMinus50 && std::fabs(f.A1) < static_cast<real>(1e-5);
+    const real least = only_zero_counts ? 0.0L : -kTwoToMinus50;
+    return f.A0 >= least || std::fabs(f.A0) * static_cast<real>(1e20) <= std::fabs(f.A1);
 }
 
 Factors split_biquadratic(const Quartic &f) {
@@ -137,19 +137,6 @@ Factors split_by_resolvent(const Quartic &f, real *re, real *im) {
 
 namespace mensura::roots {
 
-int drop_leading_zeros(real *p, int degree) {
-    int zeros = 0;
-    while (zeros < degree && p[zeros] == 0) ++zeros;
-    if (zeros > 0) std::copy(p + zeros, p + degree + 1, p);
-    return degree - zeros;
-}
-
-void make_monic(real *p, int degree) {
-    if (p[0] == 1) return;
-    for (int i = 1; i <= degree; ++i) p[i] /= p[0];
-    p[0] = 1;
-}
-
 void solve_closed_form(real *p, int degree, real *re, real *im) {
     switch (degree) {
         case 4: BiQuadRoots(p, re, im); break;
@@ -160,13 +147,6 @@ void solve_closed_form(real *p, int degree, real *re, real *im) {
 }
 
 }  // namespace mensura::roots
-
-void ReversePoly(long double *P, int N) {
-    if (N < 0) return;
-    for (int i = 0; i <= N / 2; ++i) std::swap(P[i], P[N - i]);
-    if (P[0] == 0) return;
-    for (int i = N; i >= 0; --i) P[i] /= P[0];
-}
 
 void InvertRoots(int N, long double *RealRoot, long double *ImagRoot) {
     for (int i = 0; i < N; ++i) {
@@ -208,7 +188,7 @@ void CubicRoots(long double *P, long double *RealRoot, long double *ImagRoot) {
         cardano(R, Q, D, b3, RealRoot, ImagRoot);
     else
         three_real_roots(R, Q, D, b3, RealRoot, ImagRoot);
-    finish(3, reversed, s, RealRoot, ImagRoot);
+    undo_reversal_and_scale(3, reversed, s, RealRoot, ImagRoot);
 }
 
 void BiQuadRoots(long double *P, long double *RealRoot, long double *ImagRoot) {
@@ -228,7 +208,7 @@ void BiQuadRoots(long double *P, long double *RealRoot, long double *ImagRoot) {
         QuadRoots(upper, RealRoot + 2, ImagRoot + 2);
         for (int i = 0; i < 4; ++i) RealRoot[i] -= h4;
     }
-    finish(4, reversed, s, RealRoot, ImagRoot);
+    undo_reversal_and_scale(4, reversed, s, RealRoot, ImagRoot);
 }
 
 int QuadCubicRoots(long double *P, int N, long double *RealRoot, long double *ImagRoot) {

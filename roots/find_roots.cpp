@@ -6,7 +6,7 @@
 #include <array>
 #include <cmath>
 
-#include "stages.h"
+#include "roots_internal.h"
 
 namespace mensura::roots {
 
@@ -39,10 +39,6 @@ struct Search {
             re[slot()] = im[slot()] = 0;
             --degree;
         }
-    }
-
-    bool all_finite() const {
-        return std::all_of(P.begin(), P.begin() + degree + 1, [](real c) { return std::isfinite(c); });
     }
 };
 
@@ -108,12 +104,13 @@ int PFiftyOne(long double *Coeff, int N, long double *RealRoot, long double *Ima
     if (N < 1 || N > kMaxDegree) return 0;
     std::fill_n(RealRoot, N, 0.0L);
     std::fill_n(ImagRoot, N, 0.0L);
+    const auto is_finite = [](real c) { return std::isfinite(c); };
+    if (N > kClosedFormDegree && !std::all_of(Coeff, Coeff + N + 1, is_finite)) return 0;
     Search search{{}, N, N, RealRoot, ImagRoot};
     std::copy_n(Coeff, N + 1, search.P.begin());
 
     search.take_zero_roots();
     search.degree = drop_leading_zeros(search.P.data(), search.degree);
-    if (search.degree > kClosedFormDegree && !search.all_finite()) return 0;
     make_monic(search.P.data(), search.degree);
     if (search.degree > kClosedFormDegree) reduce(search);
     if (search.degree < 1 || search.degree > kClosedFormDegree) return 0;

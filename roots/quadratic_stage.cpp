@@ -2,7 +2,7 @@
 
 #include <mensura/roots.h>
 
-#include "stages.h"
+#include "roots_internal.h"
 
 namespace mensura::roots {
 
@@ -12,9 +12,6 @@ constexpr int kSteps = 20;
 constexpr int kDampedSteps = 3;
 constexpr real kDamping = 0.75;
 constexpr int kLastEarlyStep = 18;  // the stop tests on the step size wait until here
-
-// The recurrence of every division below: a - u b - v c, from left to right.
-inline real next_term(real a, real u, real b, real v, real c) { return a - u * b - v * c; }
 
 // KQ[j] = new_K(QP[j], QK[j-1]), and at once QK = KQ divided by x^2 + u x + v.  One pass: the division needs each new
 // KQ only once, and the old QK[j] is read just before it is overwritten.
@@ -103,18 +100,6 @@ void newton_step(IterationMemory &memory, int step, const real *P, int N, real *
 
 }  // namespace
 
-void divide_by_quadratic(const real *P, int N, const real *TUV, real *R) {
-    const real u = TUV[1], v = TUV[2];
-    real before = R[0] = P[0];
-    real last = R[1] = P[1] - u * before;
-    for (int j = 2; j <= N; ++j) {
-        const real term = next_term(P[j], u, last, v, before);
-        before = last;
-        last = R[j] = term;
-    }
-    R[N + 1] = before * u + last;
-}
-
 int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, real *KQ, real *QK, int N, real *TUV,
                     int *flag) {
     const real n = N;
@@ -152,10 +137,6 @@ int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, 
 }  // namespace mensura::roots
 
 using namespace mensura::roots;
-
-void QuadSynDiv(long double *P, int N, long double *TUV, long double *R) {
-    if (N >= 1) divide_by_quadratic(P, N, TUV, R);
-}
 
 void UpdateTUV(int Step, long double *P, int N, long double *QP, long double *KQ, long double *QK, long double *TUV,
                int *Flag) {

@@ -2,7 +2,7 @@
 
 #include <mensura/roots.h>
 
-#include "stages.h"
+#include "roots_internal.h"
 
 namespace mensura::roots {
 

@@ -1,16 +1,21 @@
-// Shared by the closed forms and the iterative finder: what both do to a polynomial before and after the hard part.
+// Shared by the files of this family: what is done to polynomials, and the two iterations with the state that they keep
+// between steps made explicit.
 #pragma once
 
 namespace mensura::roots {
 
 using real = long double;
 
-// A trailing coefficient this small beside its neighbour stands for a root at 0.  A double on purpose, as all decimal
-// constants of the root finder: the last bits of the roots hang on them.
-inline constexpr real kNegligible = 1e-30;
+// Decimal constants are doubles on purpose, here and in the files: the last bits of the roots hang on them.
+inline constexpr real kNegligible = 1e-30;  // a trailing coefficient this small beside its neighbour: a root at 0
+inline constexpr real kHuge = 1e200;
 inline constexpr real kTwoToMinus63 = 0x1p-63L;
 
+inline constexpr int kNumAngles = 180;
+
 inline real magnitude(real x) { return __builtin_fabsl(x); }
+
+// ---- polynomials ----
 
 inline bool has_root_at_zero(const real *p, int degree) {
     return magnitude(p[degree]) <= magnitude(p[degree - 1]) * kNegligible;
@@ -22,7 +27,27 @@ inline bool has_root_at_zero(const real *p, int degree) {
 // Divides p[1 .. degree] by p[0] and sets p[0] to 1.
 void make_monic(real *p, int degree);
 
+// The recurrence of a division by x^2 + u x + v, from left to right.
+inline real next_term(real p, real u, real last, real v, real before) { return p - u * last - v * before; }
+
+void divide_by_quadratic(const real *P, int N, const real *TUV, real *R);
+
 // Roots of a monic polynomial of degree 1 to 4; p is scratch afterwards.
 void solve_closed_form(real *p, int degree, real *re, real *im);
+
+// ---- iterations ----
+
+enum Flag { kRunning = 0, kAbandon = 1, kStepNegligible = 2, kNoProgress = 3, kImproved = 4 };
+
+// What the iterations remember from one call to the next.  Each thread has one; a start (Pass 0, Step 0) clears it.
+struct IterationMemory {
+    real previous_value = 0;    // P(s) at the previous step of the real stage
+    int damping_restarted = 0;  // the step of the quadratic stage from which damping counts
+};
+IterationMemory &this_threads_memory();
+
+int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, real *KQ, real *QK, int N, real *TUV,
+                    int *flag);
+int real_stage(IterationMemory &memory, int pass, const real *P, real *QPR, real *KR, real *QK, int N, real *S);
 
 }  // namespace mensura::roots

@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "../internal/constants.h"
-#include "stages.h"
+#include "roots_internal.h"
 
 using namespace mensura::roots;
 
@@ -55,16 +55,6 @@ void start_quadratic(int angle_index, real radius, real *TUV) {
 }
 
 }  // namespace
-
-void DerivOfP(long double *P, int N, long double *D) {
-    if (N < 0) return;
-    real power = N;
-    for (int i = 0; i < N; ++i) {
-        D[i] = power * P[i];
-        power -= 1;
-    }
-    D[N] = 0;
-}
 
 void SetTUVandK(long double *P, int N, long double *TUV, long double *KR, long double *KQ, int AngleIndex,
                 long double Radius, int Mode, long double * /*QP*/, int * /*Flag*/) {

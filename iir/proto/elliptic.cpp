@@ -3,7 +3,6 @@
 // Orfanidis SJ: Lecture Notes on Elliptic Filter Design (2006) derives the recursions.  M is the sequence of the
 // modulus k, K that of the discrimination modulus k1, which together must meet the degree equation.
 
-#include <algorithm>
 #include <cmath>
 
 #include "../../internal/constants.h"
@@ -47,7 +46,7 @@ void descend(Landen &s, int n) {
 Landen find_modulus(double eps, double stopBandDb, int n) {
     Landen s;
     double &modulus = s.M[0];
-    modulus = std::clamp((n - 2) * 0.1605 + 0.016, 0.01, 0.7);
+    modulus = limited((n - 2) * 0.1605 + 0.016, 0.01, 0.7);
     double previous_error = 0, step = 0;
     for (int t = 0; t < kMaxEvaluations; ++t) {
         descend(s, n);
@@ -59,9 +58,9 @@ Landen find_modulus(double eps, double stopBandDb, int n) {
         } else {
             const double slope = (previous_error - error) / step;
             if (slope == 0) break;
-            step = std::clamp(error / slope, -0.1, 0.1);
+            step = limited(error / slope, -0.1, 0.1);
         }
-        modulus = std::clamp(modulus - step, 0.001, 0.99);
+        modulus = limited(modulus - step, 0.001, 0.99);
         previous_error = error;
     }
     return s;
@@ -100,7 +99,7 @@ double ascend_zero(const Landen &s, double x) {
 
 int EllipticPoly(double ripple, double stopBandDb, int n, CplxD *poles, CplxD *zeros, int *zeroCount) {
     if (!order_fits(n, 1)) return 0;
-    const double r = std::clamp(ripple, 0.001, 1.0);
+    const double r = limited(ripple, 0.001, 1.0);
     const double eps = std::sqrt(std::pow(10.0, r / 10) - 1);
     const Landen s = find_modulus(eps, stopBandDb, n);
     const double u = pole_shift(s, eps, n);

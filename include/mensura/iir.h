@@ -13,8 +13,9 @@
  * Threads.  Separate records may be designed and run in separate threads at once; one record belongs to one thread at a
  * time.
  *
- * Errors.  None are reported.  Requests outside the ranges given below are clamped; NaN, infinite and zero frequencies
- * flow into the coefficients as the arithmetic gives them.  Every call returns in bounded time and stays inside its
+ * Errors.  None are reported.  Prototype settings outside the ranges given below are clamped.  Frequencies are not
+ * checked: outside 0 < fc < fs / 2 a design is unstable or meaningless, and NaN, infinite and zero ones flow into the
+ * coefficients as the arithmetic gives them.  Every call returns in bounded time and stays inside its
  * arrays, except where a count is named as the caller's duty. */
 #ifndef MENSURA_IIR_H
 #define MENSURA_IIR_H
@@ -154,13 +155,15 @@ MENSURA_EXPORT int IIRFilters(TIIRFilterBank *bank, const double *in, double *ou
  * NumSections is (NumPoles + 1) / 2, for band types NumPoles, of the request as given, at most 50, while the prototype
  * has no more poles than its family's limit: sections beyond those stay 0 (band types: NaN).  See initTIIRFilter for
  * which sections run.  A NumPoles of 0 or less gives one first-order section and a NumSections of 0 or less, which
- * still runs; band types then give zeros.  A NormBandwidth of 0 gives NaN. */
+ * still runs; band types then give zeros.  A NormBandwidth of 0 gives band types of NaN. */
 MENSURA_EXPORT IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec);
 
 /* ---- Analog prototypes ------------------------------------------------------------------------------------------ */
 
-/* The low-pass prototype of a request.  The product of all its sections has 0.7071 of its DC magnitude at 1 rad/s, to
- * within a step of 1/512 rad/s of the unscaled prototype (coarse for inverse Chebyshev with 2 poles: 0.68).
+/* The low-pass prototype of a request.  The product of all its sections falls to 0.7071 of its DC magnitude at 1 rad/s,
+ * found on a grid of 1/512 rad/s of the unscaled prototype.  Where that falls steeply, or has its corner among the first
+ * points, the magnitude at 1 rad/s can be far lower: 0.05 for elliptic with 14 poles and 1 dB, 0.22 for inverse
+ * Chebyshev with 2 poles and 120 dB.
  * Butterworth is not scaled, its poles lie at 1 rad/s; as pairs count twice, its product is below 0.7071 there.
  * One pole gives 1 / (s + 1) whatever the family; an unknown family gives no section.  NaN settings pass the clamps. */
 MENSURA_EXPORT LowPassProto CalcLowPassProtoCoeff(ProtoSpec spec);

@@ -9,8 +9,8 @@
  *
  * Precision.  Everything except FindRoots works in long double as the platform has it (80 bits on x86-64).
  *
- * Bad input.  Up to degree 4 a NaN coefficient gives NaN roots, and an infinite one what the closed forms make of it;
- * from degree 5 on either gives a count of 0.  Every call returns in bounded time.  Pointers and array lengths are the
+ * Bad input.  Up to N = 4 a NaN coefficient gives NaN roots, and an infinite one what the closed forms make of it;
+ * from N = 5 on either gives a count of 0.  Every call returns in bounded time.  Pointers and array lengths are the
  * caller's duty.
  *
  * Memory and threads.  Nothing here allocates.  Every function may run in several threads at once: the two variables

@@ -8,11 +8,7 @@ unset DESTDIR
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
 configure() { "$cmake" -G "$generator" -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" "$@"; }
-# The prefix in mensura.pc is that of the configuration; these are copies elsewhere.
-package() {
-    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name mensura.pc)") \
-        pkg-config --define-variable=prefix="$prefix" "$@" mensura
-}
+package() { PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name mensura.pc)") pkg-config "$@" mensura; }
 
 prefix=$tmp/shared
 "$cmake" --install "$build" --prefix "$prefix"

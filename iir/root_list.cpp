@@ -1,4 +1,4 @@
-// From a list of roots to second-order sections in a fixed order, and back to one polynomial.
+// From a list of roots to second-order sections in a fixed order, and from sections to one polynomial.
 
 #include <mensura/iir.h>
 
@@ -13,26 +13,26 @@ namespace {
 
 constexpr int kMaxSorted = 99;
 
-// Sinks keys[held] from position i (counted from 1) of the heap order[1 .. size].  `before` is the order sought.
+// Sinks the entry at position i, counted from 1, of the heap index[0 .. size-1].  `before` is the order sought.
 template <typename Before, typename NotBefore>
-void sift_down(const double *keys, int *order, int i, int size, Before before, NotBefore not_before) {
-    const int held = order[i];
+void sift_down(const double *keys, int *index, int i, int size, Before before, NotBefore not_before) {
+    const auto at = [index](int position) -> int & { return index[position - 1]; };
+    const int held = at(i);
     for (int child = 2 * i; child <= size; child = 2 * i) {
-        if (child < size && before(keys[order[child]], keys[order[child + 1]])) ++child;
-        if (not_before(keys[order[child]], keys[held])) break;
-        order[i] = order[child];
+        if (child < size && before(keys[at(child)], keys[at(child + 1)])) ++child;
+        if (not_before(keys[at(child)], keys[held])) break;
+        at(i) = at(child);
         i = child;
     }
-    order[i] = held;
+    at(i) = held;
 }
 
 template <typename Before, typename NotBefore>
 void heap_sort(const double *keys, int *index, int count, Before before, NotBefore not_before) {
-    int *const order = index - 1;  // a heap counts from 1
-    for (int l = count / 2; l >= 1; --l) sift_down(keys, order, l, count, before, not_before);
-    for (int last = count; last > 1; --last) {
-        std::swap(order[1], order[last]);
-        sift_down(keys, order, 1, last - 1, before, not_before);
+    for (int l = count / 2; l >= 1; --l) sift_down(keys, index, l, count, before, not_before);
+    for (int last = count - 1; last > 0; --last) {
+        std::swap(index[0], index[last]);
+        sift_down(keys, index, 1, last, before, not_before);
     }
 }
 
