@@ -178,7 +178,10 @@ TEST(IirDesign, runs_the_leading_sections_most_damped_first) {
         EXPECT_TRUE(c.NumSections == 45 && std::isfinite(c.a1[39]) && std::isnan(c.a1[40]) && std::isnan(c.b0[44]));
         EXPECT_TRUE(c.a0[44] == 1 && c.a4[0] != 0 && c.b4[19] != 0 && c.a4[20] == 0);  // fourth-order forms stay
         for (int k = 0; k < 20; ++k) EXPECT_TRUE(c.a3[k] == 0 && c.b3[k] == 0) << k;   // T = 2: odd powers vanish
+        // T - 2 is 2 pi times the distance from 0.5: -0.00063, 0.00048, 0.00053.
         EXPECT_NE(CalcIIRFilterCoeff(request(pass, pfButterworth, 6, 0.4999)).a3[0], 0.0);
+        EXPECT_EQ(CalcIIRFilterCoeff(request(pass, pfButterworth, 6, 0.500076)).a3[0], 0.0);
+        EXPECT_NE(CalcIIRFilterCoeff(request(pass, pfButterworth, 6, 0.500084)).a3[0], 0.0);
     }
 }
 
@@ -193,6 +196,18 @@ TEST(IirDesign, bandwidth_is_corrected_by_a_tuned_factor) {
         const double T = 2 * std::tan(cutoff * std::numbers::pi / 2), Q = 2 * T * (1 + a2) / ((4 + T * T) * (1 - a2));
         EXPECT_NEAR(cutoff / 0.1 / Q / factor, 1, 1e-13) << cutoff;
     }
+}
+
+TEST(IirDesign, halves_of_a_band_section_multiply_to_its_fourth_order_form) {
+    for_all_designs({ptBandPass, ptNotch}, {0.3}, [](const IIRDesignSpec &spec) {
+        const IIRCoeffs c = CalcIIRFilterCoeff(spec);
+        if (spec.Proto.NumPoles < 2 || spec.Proto.NumPoles % 2 != 0) return;  // section 0 is whole
+        const double whole = c.a4[0] / (c.a2[0] * c.a2[1]);                   // c0, which the halves are divided by
+        const double scale = std::fabs(whole) * 16 * DBL_EPSILON * 6;         // 16 at most in (1 + z^-1)^4
+        EXPECT_NEAR(whole * (c.a1[0] * c.a2[1] + c.a2[0] * c.a1[1]), c.a3[0], scale);
+        EXPECT_NEAR(std::fabs(whole * c.b2[0] * c.b2[1]), std::fabs(c.b4[0]), scale);
+        EXPECT_NEAR(std::fabs(whole * (c.b1[0] * c.b2[1] + c.b2[0] * c.b1[1])), std::fabs(c.b3[0]), scale);
+    });
 }
 
 TEST(IirDesign, any_number_of_poles_pass_type_or_family_stays_inside_the_record) {
@@ -407,6 +422,31 @@ TEST(PrototypeFamily, poles_and_zeros_are_those_of_scipy) {
     expect_roots(zeros, z, 4, {{0, 2.84748550910066}, {0, 1.8524973862467264}});
 }
 
+// mpmath 1.2.1, mp.dps = 40: polyroots(c, maxsteps=300, extraprec=300), c by descending power: (-1)^m / m!, n = 4;
+// 0.1 (-1)^m times L_5 = y - 8 y^2 + 28 y^3 - 40 y^4 + 20 y^5, the integral of its Legendre sum by sympy;
+// (-1)^m (m!)^g with g = 1, n = 4 and g = -0.5, n = 3, imaginary parts times 1.1.
+TEST(PrototypeFamily, poles_of_magnitude_polynomials_are_those_of_mpmath) {
+    Roots p{};
+    expect_roots(GaussianPoly(4, p.data()), p, 8,
+                 {{-1.3553576274667508601, 0.32794826918981345494}, {-1.1810803251149910978, 1.0603749173954646726}});
+    expect_roots(PapoulisPoly(5, p.data()), p, 10,
+                 {{-0.71763889361285774401, 0.0},
+                  {-0.58242364480498337483, 0.67312121641077025204},
+                  {-0.22358669535631318315, 1.0925286866709297145}});
+    expect_roots(
+        AdjustablePoly(0.5, 4, p.data()), p, 8,
+        {{-0.63844152669714946054, 0.25369855881421857469}, {-0.32677406873518685354, 0.63780685165388635123}});
+    expect_roots(AdjustablePoly(-0.5, 3, p.data()), p, 6,
+                 {{-1.139493866694760193, 0.0}, {-0.89170995175085015359, 0.83653851564964354041}});
+}
+
+TEST(PrototypeFamily, chebyshev_ripple_is_capped_at_3_dB) {
+    Roots four{}, ten{};
+    ChebyshevPoly(4, 5, four.data());
+    ChebyshevPoly(10, 5, ten.data());
+    EXPECT_EQ(std::memcmp(&four, &ten, sizeof four), 0);
+}
+
 TEST(PrototypeFamily, elliptic_search_stops_at_the_ends_of_its_range) {
     const auto roots_at = [](double stop, int n) {
         std::array<Roots, 2> roots{};
@@ -420,6 +460,13 @@ TEST(PrototypeFamily, elliptic_search_stops_at_the_ends_of_its_range) {
     EXPECT_NEAR(deep[1][0].im / (std::numbers::sqrt2 / 0.001), 1, 1e-6);
     EXPECT_EQ(std::memcmp(&deep, &deeper, sizeof deep), 0);
     EXPECT_EQ(std::memcmp(&shallow, &none, sizeof shallow), 0);
+
+    // A target out of reach: the fifteenth evaluation is at the least modulus, which then moves to 0.01899 once more.
+    // The zeros, 1 / (modulus cos theta) for moduli this small, lie by the moved one.
+    Roots poles, zeros;
+    int count = 0;
+    EllipticPoly(0.459, 294.557, 6, poles.data(), zeros.data(), &count);
+    EXPECT_NEAR(zeros[0].im * std::cos(std::numbers::pi / 12), 1 / 0.01899, 0.1);
 }
 
 TEST(PrototypeFamily, orders_that_do_not_fit_write_nothing) {
@@ -468,6 +515,12 @@ TEST(PrototypeUtility, heap_index_sort_orders_a_permutation) {
             for (double &key : keys) key *= ascending ? 1 : -1;
             EXPECT_TRUE(std::ranges::is_sorted(index, {}, [&](int i) { return keys[static_cast<std::size_t>(i)]; }));
         }
+    double ties[] = {2, 1, 2, 1, 2, 1, 2, 1};  // expected as a second, independent heap sort left them
+    std::array<int, 8> up = {0, 1, 2, 3, 4, 5, 6, 7}, down = up;
+    HeapIndexSort(ties, up.data(), 8, 1);
+    HeapIndexSort(ties, down.data(), 8, 0);
+    EXPECT_EQ(up, (std::array{7, 5, 3, 1, 2, 6, 4, 0}));
+    EXPECT_EQ(down, (std::array{6, 2, 0, 4, 5, 7, 3, 1}));
     double key = 1;
     int index = 0;
     for (const int count : {INT_MIN, 0, 1}) EXPECT_EQ(HeapIndexSort(&key, &index, count, 1), 0);
