@@ -15,6 +15,7 @@
 #include <numbers>
 #include <numeric>
 #include <random>
+#include <thread>
 #include <vector>
 
 // Every malloc of the process is counted, the library's included; a sanitizer brings its own.
@@ -252,6 +253,21 @@ TEST(IirDesign, degenerate_requests_give_the_same_bits_in_bounded_time) {
                         << pass << ' ' << family << ' ' << bad << ' ' << field;
                     EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC);
                 }
+}
+
+TEST(IirDesign, threads_get_the_bits_of_a_single_thread) {
+    const auto design_all = [] {
+        std::vector<IIRCoeffs> designs;
+        for_all_designs({ptNotch}, {0.2}, [&](const auto &spec) { designs.push_back(CalcIIRFilterCoeff(spec)); });
+        return designs;
+    };
+    const std::vector<IIRCoeffs> expected = design_all();
+    std::array<std::vector<IIRCoeffs>, 4> results;
+    std::vector<std::thread> threads;
+    for (auto &result : results) threads.emplace_back([&] { result = design_all(); });
+    for (std::thread &thread : threads) thread.join();
+    for (const auto &result : results)
+        EXPECT_TRUE(std::ranges::equal(result, expected, [](const auto &a, const auto &b) { return same(a, b); }));
 }
 
 // ---- Prototypes ----
