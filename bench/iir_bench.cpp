@@ -52,12 +52,9 @@ void compare_with_loop(benchmark::State &state, Peer &loop, Run run) {
 
 void IIRFilter_against_loop_over_records(benchmark::State &state) {
     const IIRCoeffs c = default_filter().Coeffs;
-    struct {
-        peer::Section sections[peer::kSections];
-    } loop{};
-    for (Size k = 0; k < peer::kSections; ++k)
-        loop.sections[k] = {c.b0[k], c.b1[k], c.b2[k], c.a1[k], c.a2[k], 0, 0, 0, 0};
-    compare_with_loop(state, loop.sections[0], peer::run_sections);
+    peer::Section loop[peer::kSections];
+    for (Size k = 0; k < peer::kSections; ++k) loop[k] = {c.b0[k], c.b1[k], c.b2[k], c.a1[k], c.a2[k], 0, 0, 0, 0};
+    compare_with_loop(state, loop[0], peer::run_sections);
 }
 MENSURA_COMPARE(IIRFilter_against_loop_over_records, 400);
 

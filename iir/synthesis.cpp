@@ -200,7 +200,8 @@ Quadratic from_roots(CplxD first, CplxD second, double m) {
     return {CplxDMult(first, second).re * m, -CplxDAdd(first, second).re * m, m};
 }
 
-// Roots 1, 2 and 3, 4 are pairs.  A failed search leaves in `roots` what was there.
+// Roots 1, 2 and 3, 4 are pairs.  A failed search leaves in `roots` what was there, which does not show: it takes a form
+// of zeros, so that m is 0.
 std::array<Quadratic, 2> split(const Quartic &q, QuarticRoots &roots) {
     Quartic descending;
     std::ranges::reverse_copy(q, descending.begin());

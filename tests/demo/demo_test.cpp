@@ -45,7 +45,7 @@ class CleanEcg : public testing::Test {
         for (const char *file : {"/ecg_clean.csv", "/ecg_clean.csv.tmp"}) EXPECT_FALSE(is_regular_file(dir_ + file));
     }
 
-    std::string dir_ = (std::filesystem::temp_directory_path() / "clean_ecg_XXXXXX").string(), out_;
+    std::string dir_ = (std::filesystem::temp_directory_path() / "clean_ecg_").string() + std::string(6, 'X'), out_;
 };
 
 // All numbers below the header, row by row.
