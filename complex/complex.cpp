@@ -4,15 +4,13 @@
 
 #include <cmath>
 
+#include "../internal/sincos.h"
+
+using mensura::sincos_of;
+
 namespace {
 
 constexpr double kTiny = 1e-50;  // powers and moduli below this count as zero
-
-struct SinCos {
-    double sin, cos;
-};
-
-SinCos sincos_of(double x) { return {std::sin(x), std::cos(x)}; }
 
 }  // namespace
 

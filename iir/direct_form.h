@@ -20,25 +20,46 @@ inline std::size_t sections_to_run(const IIRCoeffs &c) {
 inline constexpr auto kBitsOfOne = std::bit_cast<std::uint64_t>(1.0);
 inline bool is_one(double a0) { return std::bit_cast<std::uint64_t>(a0) == kBitsOfOne; }
 
-// One sample u through section k; Registers is any record with the four register arrays.
+// The recurrence, for one value or for several side by side:
 //     s = b0 u + b1 x' + b2 x''      y = a0 s - a1 y' - a2 y''
+template <typename V>
+[[gnu::always_inline]] inline V fed_forward(V b0, V b1, V b2, V u, V x1, V x2) {
+    return b0 * u + b1 * x1 + b2 * x2;
+}
+template <typename V>
+[[gnu::always_inline]] inline V fed_back(V scaled, V a1, V a2, V y1, V y2) {
+    return scaled - a1 * y1 - a2 * y2;
+}
+
+struct SectionSums {
+    double s, y;
+};
+
+// One sample u through section k; Registers is any record with the four register arrays.
 template <typename Registers>
-[[gnu::always_inline]] inline double run_section(const IIRCoeffs &c, Registers &r, std::size_t k, double u) {
-    double s = c.b0[k] * u + c.b1[k] * r.RegX1[k] + c.b2[k] * r.RegX2[k];
+[[gnu::always_inline]] inline SectionSums run_section(const IIRCoeffs &c, Registers &r, std::size_t k, double u) {
+    const double s = fed_forward(c.b0[k], c.b1[k], c.b2[k], u, r.RegX1[k], r.RegX2[k]);
+    double scaled = s;
     if (!is_one(c.a0[k])) [[unlikely]]
-        s *= c.a0[k];
-    const double y = s - c.a1[k] * r.RegY1[k] - c.a2[k] * r.RegY2[k];
+        scaled *= c.a0[k];
+    const double y = fed_back(scaled, c.a1[k], c.a2[k], r.RegY1[k], r.RegY2[k]);
     r.RegX2[k] = r.RegX1[k];
     r.RegX1[k] = u;
     r.RegY2[k] = r.RegY1[k];
     r.RegY1[k] = y;
-    return y;
+    return {s, y};
+}
+
+// Registers as if x had been the input for ever and every section had passed it unchanged.
+[[gnu::noinline, gnu::cold]] inline void prime(TIIRFilter &f, double x) {
+    for (double *registers : {f.RegX1, f.RegX2, f.RegY1, f.RegY2}) std::fill_n(registers, MAX_IIR_SECTIONS, x);
+    f.Primed = 1;
 }
 
 // Sections k .. n - 1, one after the other.
 template <typename Registers>
 inline double run_sections(const IIRCoeffs &c, Registers &r, std::size_t k, std::size_t n, double u) {
-    for (; k < n; ++k) u = run_section(c, r, k, u);
+    for (; k < n; ++k) u = run_section(c, r, k, u).y;
     return u;
 }
 

@@ -5,5 +5,6 @@
 #include <mensura/complex.h>
 #include <mensura/iir.h>
 #include <mensura/roots.h>
+#include <mensura/spectral.h>
 
 #endif

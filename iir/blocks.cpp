@@ -1,0 +1,82 @@
+// Filtering by blocks, with registers that belong to the process.
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "direct_form.h"
+#include "pipeline.h"
+
+using namespace mensura::iir;
+
+namespace {
+
+constexpr double kBlowUp = 1e20;  // a sum beyond this wipes the registers
+constexpr double kRest = 1e-12;   // MaxRegVal after a wipe
+constexpr std::size_t kPiece = 512;  // samples tried at once
+
+struct Registers {
+    double RegX1[MAX_IIR_SECTIONS], RegX2[MAX_IIR_SECTIONS];
+    double RegY1[MAX_IIR_SECTIONS], RegY2[MAX_IIR_SECTIONS];
+    double MaxRegVal;  // largest feed-forward sum or output since the last wipe
+    int MessageShown;  // 1 after the first blow-up
+};
+constinit Registers block{};
+
+void wipe() {
+    for (double *registers : {block.RegX1, block.RegX2, block.RegY1, block.RegY2})
+        std::fill_n(registers, MAX_IIR_SECTIONS, 0.0);
+    block.MaxRegVal = kRest;
+}
+
+void start_section(bool start_of_block) {
+    const bool blown_up = block.MaxRegVal > kBlowUp;
+    if (blown_up) block.MessageShown = 1;
+    if (blown_up || start_of_block) wipe();
+}
+
+double run_guarded(const IIRCoeffs &c, std::size_t k, double x) {
+    const auto [s, y] = run_section(c, block, k, x);
+    for (const double sum : {s, y})
+        if (std::fabs(sum) > block.MaxRegVal) block.MaxRegVal = std::fabs(sum);
+    return y;
+}
+
+// Every section call looks whether the call before blew up.
+void run_piece_guarded(const IIRCoeffs &c, const double *in, double *out, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        double u = in[i];
+        for (std::size_t k = 0; k < sections_to_run(c); ++k) {
+            start_section(false);
+            u = run_guarded(c, k, u);
+        }
+        out[i] = u;
+    }
+}
+
+// The same where nothing blows up, which only shows afterwards; then the piece has to be run again.
+void run_piece(const IIRCoeffs &c, const double *in, double *out, std::size_t n) {
+    const Registers before = block;
+    double input[kPiece];
+    std::copy_n(in, n, input);
+    const double peak = run_samples(c, arrays_of(block), in, out, n, 1);
+    block.MaxRegVal = std::max(block.MaxRegVal, peak);
+    if (block.MaxRegVal <= kBlowUp) return;
+    block = before;
+    run_piece_guarded(c, input, out, n);
+}
+
+}  // namespace
+
+double SectCalc(double x, int k, int j, IIRCoeffs coeffs) {
+    if (j < 0 || j >= MAX_IIR_SECTIONS) return x;
+    start_section(k == 0 && j == 0);
+    return run_guarded(coeffs, static_cast<std::size_t>(j), x);
+}
+
+void FilterWithIIR(const double *in, double *out, int n, IIRCoeffs coeffs) {
+    if (n < 1) return;
+    start_section(true);
+    const auto size = static_cast<std::size_t>(n);
+    for (std::size_t i = 0; i < size; i += kPiece) run_piece(coeffs, in + i, out + i, std::min(kPiece, size - i));
+}

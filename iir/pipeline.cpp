@@ -1,0 +1,120 @@
+// Sections in lanes.  A section waits for its own last output, so one after the other they leave the processor idle.  Here
+// four sections run in one step, each on an earlier sample than the section that feeds it:
+//
+//     section 0: sample t,  section 1: sample t - kLag,  section 2: sample t - 2 kLag,  section 3: sample t - 3 kLag
+//
+// Each still sees its own samples in order.
+
+#include "pipeline.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "../internal/lanes.h"
+#include "../internal/target.h"
+#include "direct_form.h"
+
+using mensura::all, mensura::kLanes, mensura::Lanes;
+
+namespace mensura::iir {
+namespace {
+
+// Samples between neighbouring sections: an output then has the time of three feedback loops to become the next input.
+constexpr std::size_t kLag = 3;
+
+using Mask = long long __attribute__((vector_size(32)));
+
+LANES_INLINE Lanes magnitude(Lanes v) {
+    const Lanes sign = all(-0.0);
+    return std::bit_cast<Lanes>(std::bit_cast<Mask>(v) & ~std::bit_cast<Mask>(sign));
+}
+LANES_INLINE Lanes larger(Lanes v, Lanes than) { return v > than ? v : than; }
+
+// Sections first .. first + count - 1 over n samples; returns their peak.
+template <std::size_t count>
+LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::size_t first, const double *in,
+                             double *out, std::size_t n, std::ptrdiff_t step) {
+    const auto gathered = [first](const double *values) {
+        Lanes v{};
+        for (std::size_t i = 0; i < count; ++i) v[i] = values[first + i];
+        return v;
+    };
+    const auto scatter = [first](Lanes v, double *values) {
+        for (std::size_t i = 0; i < count; ++i) values[first + i] = v[i];
+    };
+    const Lanes a0 = gathered(c.a0), a1 = gathered(c.a1), a2 = gathered(c.a2);
+    const Lanes b0 = gathered(c.b0), b1 = gathered(c.b1), b2 = gathered(c.b2);
+    Lanes x1 = gathered(r.RegX1), x2 = gathered(r.RegX2), y1 = gathered(r.RegY1), y2 = gathered(r.RegY2);
+    Lanes peak{}, outputs[kLag] = {};  // of the last steps
+
+    // One step; keep(now, before) chooses what the lanes go on with.
+    const auto advance = [&](double input, auto keep) {
+        const Lanes u = __builtin_shufflevector(all(input), outputs[kLag - 1], 0, 4, 5, 6);
+        const Lanes s = fed_forward(b0, b1, b2, u, x1, x2);
+        const Lanes y = fed_back(a0 * s, a1, a2, y1, y2);
+        x2 = keep(x1, x2);
+        x1 = keep(u, x1);
+        y2 = keep(y1, y2);
+        y1 = keep(y, y1);
+        peak = keep(larger(magnitude(y), larger(magnitude(s), peak)), peak);
+        for (std::size_t i = kLag - 1; i > 0; --i) outputs[i] = outputs[i - 1];
+        outputs[0] = y;
+        return y[count - 1];
+    };
+
+    // Before every section has its first sample, and after the first one had its last, the registers of the others stay.
+    constexpr std::size_t lead = kLag * (count - 1);
+    const auto at = [step](std::size_t i) { return static_cast<std::ptrdiff_t>(i) * step; };
+    const auto advance_some = [&](std::size_t t) {
+        Mask active{};
+        for (std::size_t i = 0; i < count; ++i) active[i] = t >= i * kLag && t < n + i * kLag ? -1 : 0;
+        const double y = advance(t < n ? in[at(t)] : 0.0, [&](Lanes now, Lanes before) { return active ? now : before; });
+        if (t >= lead) out[at(t - lead)] = y;
+    };
+    std::size_t t = 0;
+    for (; t < lead; ++t) advance_some(t);
+    for (; t < n; ++t) out[at(t - lead)] = advance(in[at(t)], [](Lanes now, Lanes) { return now; });
+    for (; t < n + lead; ++t) advance_some(t);
+
+    scatter(x1, r.RegX1);
+    scatter(x2, r.RegX2);
+    scatter(y1, r.RegY1);
+    scatter(y2, r.RegY2);
+    return peak;
+}
+
+LANES_INLINE double run_cascade(const IIRCoeffs &c, const RegisterArrays &r, const double *in, double *out,
+                                std::size_t n, std::ptrdiff_t step) {
+    const std::size_t sections = sections_to_run(c);
+    Lanes peak{};
+    for (std::size_t first = 0; first < sections; first += kLanes) {
+        Lanes group{};
+        switch (std::min(kLanes, sections - first)) {
+            case 1: group = run_group<1>(c, r, first, in, out, n, step); break;
+            case 2: group = run_group<2>(c, r, first, in, out, n, step); break;
+            case 3: group = run_group<3>(c, r, first, in, out, n, step); break;
+            default: group = run_group<4>(c, r, first, in, out, n, step);
+        }
+        peak = larger(group, peak);
+        in = out;
+    }
+    return std::max({peak[0], peak[1], peak[2], peak[3]});
+}
+
+double run_base(const IIRCoeffs &c, const RegisterArrays &r, const double *in, double *out, std::size_t n,
+                std::ptrdiff_t step) {
+    return run_cascade(c, r, in, out, n, step);
+}
+TARGET_AVX2 double run_avx2(const IIRCoeffs &c, const RegisterArrays &r, const double *in, double *out, std::size_t n,
+                            std::ptrdiff_t step) {
+    return run_cascade(c, r, in, out, n, step);
+}
+
+}  // namespace
+
+double run_samples(const IIRCoeffs &c, const RegisterArrays &r, const double *in, double *out, std::size_t n,
+                   std::ptrdiff_t step) {
+    return (has_avx2() ? run_avx2 : run_base)(c, r, in, out, n, step);
+}
+
+}  // namespace mensura::iir

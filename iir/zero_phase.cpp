@@ -1,0 +1,81 @@
+// Filtering whole records without a phase shift.
+
+#include <mensura/spectral.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <optional>
+
+#include "../internal/scratch.h"
+#include "direct_form.h"
+#include "pipeline.h"
+
+using namespace mensura::iir;
+
+namespace {
+
+constexpr double kSafety = 15.0;  // cut-off over the highest frequency that counts as signal
+
+constexpr std::ptrdiff_t kForwards = 1, kBackwards = -1;
+
+// As IIRFilter, sample by sample; in pieces, so that all sections of a long cascade find their input in the cache.
+void run_record(TIIRFilter &f, const double *in, double *out, std::size_t n, std::ptrdiff_t step) {
+    constexpr std::size_t kPiece = 512;
+    if (f.Primed == 0) prime(f, *in);
+    for (std::size_t left = n; left > 0;) {
+        const std::size_t piece = std::min(left, kPiece);
+        run_samples(f.Coeffs, arrays_of(f), in, out, piece, step);
+        in += static_cast<std::ptrdiff_t>(piece) * step;
+        out += static_cast<std::ptrdiff_t>(piece) * step;
+        left -= piece;
+    }
+}
+
+// The cut-off that the spectrum of a record suggests; prints how it came about.  Nothing when there is no memory.
+std::optional<double> find_cutoff(const double *data, int n, double fs, double ratio) {
+    const int half = n / 2;
+    const auto points = static_cast<std::size_t>(std::max(n, 1)), bins = static_cast<std::size_t>(std::max(half, 1));
+    const auto re = mensura::scratch<double>(points), im = mensura::scratch<double>(points);
+    const auto magnitude = mensura::scratch<double>(bins);
+    if (!re || !im || !magnitude) return std::nullopt;
+    std::copy_n(data, std::max(n, 0), re.get());
+    std::fill_n(im.get(), points, 0.0);
+    DFT(re.get(), im.get(), n, 1);  // not divided by n: only ratios matter
+
+    int peak = 0;
+    double largest = 0.0;
+    for (int i = 0; i < half; ++i) {
+        const auto k = static_cast<std::size_t>(i);
+        magnitude[k] = CplxDCabs({re[k], im[k]});
+        if (i == 0 || !(magnitude[k] > largest)) continue;  // DC is no signal
+        largest = magnitude[k];
+        peak = i;
+    }
+    int last = half - 1;
+    while (last >= peak && magnitude[static_cast<std::size_t>(last)] <= ratio * largest) --last;
+    std::printf("%f,%d,%d,%d\n", fs, last, n, peak);
+    return last * fs / (n - 1.0) * kSafety;
+}
+
+}  // namespace
+
+double *IIRFilterZeroPhase(TIIRFilter *filter, double *in, double *out, int n) {
+    double *const y = out != nullptr ? out : in;
+    if (n > 0) run_record(*filter, in, y, static_cast<std::size_t>(n), kForwards);
+    filter->Primed = 0;
+    if (n > 0) run_record(*filter, y + n - 1, y + n - 1, static_cast<std::size_t>(n), kBackwards);
+    return y;
+}
+
+void dataZeroPhaseFilter(double *data, int n, double dt, double ratio, double fc) {
+    const double fs = 1.0 / dt;
+    if (fc <= 0.0) {
+        const std::optional<double> found = find_cutoff(data, n, fs, ratio);
+        if (!found) return;
+        fc = *found;
+    }
+    TIIRFilter filter;
+    initTIIRFilter(&filter, ptLowPass, fs * 0.5 < fc ? fs * 0.5 : fc, fs);
+    IIRFilterZeroPhase(&filter, data, data, n);
+}
