@@ -8,7 +8,6 @@
 #include "pipeline.h"
 
 #include <algorithm>
-#include <bit>
 
 #include "../internal/lanes.h"
 #include "../internal/target.h"
@@ -25,8 +24,7 @@ constexpr std::size_t kLag = 3;
 using Mask = long long __attribute__((vector_size(32)));
 
 LANES_INLINE Lanes magnitude(Lanes v) {
-    const Lanes sign = all(-0.0);
-    return std::bit_cast<Lanes>(std::bit_cast<Mask>(v) & ~std::bit_cast<Mask>(sign));
+    return reinterpret_cast<Lanes>(reinterpret_cast<Mask>(v) & ~reinterpret_cast<Mask>(all(-0.0)));
 }
 LANES_INLINE Lanes larger(Lanes v, Lanes than) { return v > than ? v : than; }
 
@@ -34,12 +32,12 @@ LANES_INLINE Lanes larger(Lanes v, Lanes than) { return v > than ? v : than; }
 template <std::size_t count>
 LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::size_t first, const double *in,
                              double *out, std::size_t n, std::ptrdiff_t step) {
-    const auto gathered = [first](const double *values) {
+    const auto gathered = [first](const double *values) LANES_LAMBDA {
         Lanes v{};
         for (std::size_t i = 0; i < count; ++i) v[i] = values[first + i];
         return v;
     };
-    const auto scatter = [first](Lanes v, double *values) {
+    const auto scatter = [first](Lanes v, double *values) LANES_LAMBDA {
         for (std::size_t i = 0; i < count; ++i) values[first + i] = v[i];
     };
     const Lanes a0 = gathered(c.a0), a1 = gathered(c.a1), a2 = gathered(c.a2);
@@ -48,7 +46,7 @@ LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::s
     Lanes peak{}, outputs[kLag] = {};  // of the last steps
 
     // One step; keep(now, before) chooses what the lanes go on with.
-    const auto advance = [&](double input, auto keep) {
+    const auto advance = [&](double input, auto keep) LANES_LAMBDA {
         const Lanes u = __builtin_shufflevector(all(input), outputs[kLag - 1], 0, 4, 5, 6);
         const Lanes s = fed_forward(b0, b1, b2, u, x1, x2);
         const Lanes y = fed_back(a0 * s, a1, a2, y1, y2);
@@ -65,15 +63,15 @@ LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::s
     // Before every section has its first sample, and after the first one had its last, the registers of the others stay.
     constexpr std::size_t lead = kLag * (count - 1);
     const auto at = [step](std::size_t i) { return static_cast<std::ptrdiff_t>(i) * step; };
-    const auto advance_some = [&](std::size_t t) {
+    const auto advance_some = [&](std::size_t t) LANES_LAMBDA {
         Mask active{};
         for (std::size_t i = 0; i < count; ++i) active[i] = t >= i * kLag && t < n + i * kLag ? -1 : 0;
-        const double y = advance(t < n ? in[at(t)] : 0.0, [&](Lanes now, Lanes before) { return active ? now : before; });
+        const double y = advance(t < n ? in[at(t)] : 0.0, [&](Lanes now, Lanes before) LANES_LAMBDA { return active ? now : before; });
         if (t >= lead) out[at(t - lead)] = y;
     };
     std::size_t t = 0;
     for (; t < lead; ++t) advance_some(t);
-    for (; t < n; ++t) out[at(t - lead)] = advance(in[at(t)], [](Lanes now, Lanes) { return now; });
+    for (; t < n; ++t) out[at(t - lead)] = advance(in[at(t)], [](Lanes now, Lanes) LANES_LAMBDA { return now; });
     for (; t < n + lead; ++t) advance_some(t);
 
     scatter(x1, r.RegX1);

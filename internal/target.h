@@ -2,7 +2,7 @@
 // time, without initialisation.  Where the compiler or processor cannot, MENSURA_AVX2 is 0 and the baseline is alone.
 #pragma once
 
-#if defined(__x86_64__) && defined(__GNUC__)
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(MENSURA_BASELINE_ONLY)
 #define MENSURA_AVX2 1
 #define TARGET_AVX2 [[gnu::target("avx2")]]
 #else

@@ -154,7 +154,7 @@ LANES_INLINE void join_pairs(const Plan &plan, Bins *x, Size count) {
 // Joins blocks i, i + q, i + 2q, i + 3q for i < q; put(i, x) takes the four results.
 template <typename Put>
 LANES_INLINE void join_quarters(const Bins *x, Size q, const Bins *factors, Put put) {
-    const auto join = [&](Size i, const Bins &once, const Bins &twice) {
+    const auto join = [&](Size i, const Bins &once, const Bins &twice) LANES_LAMBDA {
         Bins legs[4] = {x[i], x[i + q], x[i + 2 * q], x[i + 3 * q]};
         two_stages(legs, once, twice);
         put(i, legs);
@@ -168,7 +168,7 @@ LANES_INLINE void join_quarters(const Bins *x, Size q, const Bins *factors, Put 
 }
 
 LANES_INLINE void join_in_place(const Plan &plan, Bins *x, Size q) {
-    join_quarters(x, q, plan.factors_of(q), [&](Size i, const Bins(&legs)[4]) {
+    join_quarters(x, q, plan.factors_of(q), [&](Size i, const Bins(&legs)[4]) LANES_LAMBDA {
         for (Size leg = 0; leg < 4; ++leg) x[i + leg * q] = legs[leg];
     });
 }
@@ -193,7 +193,7 @@ LANES_INLINE void transform(const Plan &plan, double *re, double *im, double sca
     gather(plan, re, im);
     transform_quarters(plan);
     const Size quarter = plan.count() / 4;
-    join_quarters(plan.blocks, quarter, plan.factors_of(quarter), [&](Size i, const Bins(&legs)[4]) {
+    join_quarters(plan.blocks, quarter, plan.factors_of(quarter), [&](Size i, const Bins(&legs)[4]) LANES_LAMBDA {
         for (Size leg = 0; leg < 4; ++leg) {
             store(re + (i + leg * quarter) * kLanes, legs[leg].re * all(scale));
             store(im + (i + leg * quarter) * kLanes, legs[leg].im * all(scale));
