@@ -4,8 +4,9 @@
 #include <cmath>
 #include <cstddef>
 
+#include "../internal/target.h"
 #include "direct_form.h"
-#include "pipeline.h"
+#include "pipeline_kernel.h"
 
 using namespace mensura::iir;
 
@@ -59,7 +60,7 @@ void run_piece(const IIRCoeffs &c, const double *in, double *out, std::size_t n)
     const Registers before = block;
     double input[kPiece];
     std::copy_n(in, n, input);
-    const double peak = run_samples(c, arrays_of(block), in, out, n, 1);
+    const double peak = MENSURA_DISPATCH(run_samples)(c, sections_to_run(c), arrays_of(block), in, out, n, 1);
     block.MaxRegVal = std::max(block.MaxRegVal, peak);
     if (block.MaxRegVal <= kBlowUp) return;
     block = before;

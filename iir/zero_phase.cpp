@@ -8,8 +8,9 @@
 #include <optional>
 
 #include "../internal/scratch.h"
+#include "../internal/target.h"
 #include "direct_form.h"
-#include "pipeline.h"
+#include "pipeline_kernel.h"
 
 using namespace mensura::iir;
 
@@ -25,7 +26,7 @@ void run_record(TIIRFilter &f, const double *in, double *out, std::size_t n, std
     if (f.Primed == 0) prime(f, *in);
     for (std::size_t left = n; left > 0;) {
         const std::size_t piece = std::min(left, kPiece);
-        run_samples(f.Coeffs, arrays_of(f), in, out, piece, step);
+        MENSURA_DISPATCH(run_samples)(f.Coeffs, sections_to_run(f.Coeffs), arrays_of(f), in, out, piece, step);
         in += static_cast<std::ptrdiff_t>(piece) * step;
         out += static_cast<std::ptrdiff_t>(piece) * step;
         left -= piece;

@@ -5,8 +5,7 @@
 #include <cstddef>
 #include <cstring>
 
-// Whatever takes or returns lanes is inlined into the function of a target, lambdas too: called across targets, each side
-// would expect them in other registers.
+// What takes or returns lanes is always inlined, lambdas too: see target.h.
 #define LANES_INLINE [[gnu::always_inline]] inline
 #define LANES_LAMBDA __attribute__((always_inline))
 

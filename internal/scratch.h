@@ -19,9 +19,8 @@ using Scratch = std::unique_ptr<T[], Free>;
 template <typename T>
 Scratch<T> scratch(std::size_t count) {
     if (count > SIZE_MAX / sizeof(T)) return nullptr;
-    void *const room = alignof(T) > alignof(std::max_align_t) ? std::aligned_alloc(alignof(T), count * sizeof(T))
-                                                              : std::malloc(count * sizeof(T));
-    return Scratch<T>(static_cast<T *>(room));
+    static_assert(alignof(T) <= alignof(std::max_align_t));
+    return Scratch<T>(static_cast<T *>(std::malloc(count * sizeof(T))));
 }
 
 }  // namespace mensura

@@ -2,7 +2,7 @@
 
 #include <mensura/spectral.h>
 
-#include <cmath>
+#include <bit>
 #include <cstddef>
 #include <utility>
 
@@ -42,7 +42,7 @@ int RequiredFFTSize(int n) {
 
 int IsValidFFTSize(int n) {
     const bool valid = n >= kSmallest && n <= kLargest && is_power_of_two(n);
-    return valid ? static_cast<int>(std::log(n) / 0.6931471805599453 + 0.5) : 0;
+    return valid ? std::countr_zero(static_cast<unsigned>(n)) : 0;
 }
 
 void ReArrangeInput(const double *inRe, const double *inIm, double *outRe, double *outIm, int *index, int n) {

@@ -5,9 +5,7 @@
 //
 // Each still sees its own samples in order.
 
-#include "pipeline.h"
-
-#include <algorithm>
+#include "pipeline_kernel.h"
 
 #include "../internal/lanes.h"
 #include "../internal/target.h"
@@ -15,7 +13,7 @@
 
 using mensura::all, mensura::kLanes, mensura::Lanes;
 
-namespace mensura::iir {
+namespace mensura::iir::MENSURA_TARGET {
 namespace {
 
 // Samples between neighbouring sections: an output then has the time of three feedback loops to become the next input.
@@ -81,13 +79,14 @@ LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::s
     return peak;
 }
 
-LANES_INLINE double run_cascade(const IIRCoeffs &c, const RegisterArrays &r, const double *in, double *out,
-                                std::size_t n, std::ptrdiff_t step) {
-    const std::size_t sections = sections_to_run(c);
+}  // namespace
+
+double run_samples(const IIRCoeffs &c, std::size_t sections, const RegisterArrays &r, const double *in, double *out,
+                   std::size_t n, std::ptrdiff_t step) {
     Lanes peak{};
     for (std::size_t first = 0; first < sections; first += kLanes) {
         Lanes group{};
-        switch (std::min(kLanes, sections - first)) {
+        switch (sections - first) {
             case 1: group = run_group<1>(c, r, first, in, out, n, step); break;
             case 2: group = run_group<2>(c, r, first, in, out, n, step); break;
             case 3: group = run_group<3>(c, r, first, in, out, n, step); break;
@@ -96,23 +95,9 @@ LANES_INLINE double run_cascade(const IIRCoeffs &c, const RegisterArrays &r, con
         peak = larger(group, peak);
         in = out;
     }
-    return std::max({peak[0], peak[1], peak[2], peak[3]});
+    double largest = 0.0;
+    for (std::size_t i = 0; i < kLanes; ++i) largest = peak[i] > largest ? peak[i] : largest;
+    return largest;
 }
 
-double run_base(const IIRCoeffs &c, const RegisterArrays &r, const double *in, double *out, std::size_t n,
-                std::ptrdiff_t step) {
-    return run_cascade(c, r, in, out, n, step);
-}
-TARGET_AVX2 double run_avx2(const IIRCoeffs &c, const RegisterArrays &r, const double *in, double *out, std::size_t n,
-                            std::ptrdiff_t step) {
-    return run_cascade(c, r, in, out, n, step);
-}
-
-}  // namespace
-
-double run_samples(const IIRCoeffs &c, const RegisterArrays &r, const double *in, double *out, std::size_t n,
-                   std::ptrdiff_t step) {
-    return (has_avx2() ? run_avx2 : run_base)(c, r, in, out, n, step);
-}
-
-}  // namespace mensura::iir
+}  // namespace mensura::iir::MENSURA_TARGET

@@ -1,0 +1,38 @@
+// The fast transform on blocks of four bins.
+#pragma once
+
+#include <cstddef>
+
+#include "../internal/lanes.h"
+
+namespace mensura::spectral {
+
+using Bins = ComplexLanes;  // four neighbouring bins, or twiddle factors
+
+// What two stages need at four neighbouring bins k of sub-transforms of m: exp(-2 pi i k / 2m) and exp(-2 pi i k / 4m).
+struct Factors {
+    Bins once, twice;
+};
+
+// One transform of n >= 16 points.
+struct Plan {
+    std::size_t n;
+    Bins *blocks;      // n / 4
+    Factors *factors;  // of the passes that join 4 q blocks, q each: q = 1, 4, 16, ... or 2, 8, 32, ..., up to n / 16;
+                       // the caller fills `twice` of the last one
+    double zero;       // imaginary part of the factor 1: -0 in the inverse
+
+    [[nodiscard]] std::size_t count() const { return n / kLanes; }
+    [[nodiscard]] Factors *factors_of(std::size_t q) const { return factors + (q - 1) / 3; }
+};
+
+// The forward transform of re and im, times scale, in place.
+using TransformPlan = void(const Plan &plan, double *re, double *im, double scale);
+namespace baseline {
+TransformPlan transform;
+}
+namespace avx2 {
+TransformPlan transform;
+}
+
+}  // namespace mensura::spectral
