@@ -12,8 +12,8 @@ using namespace mensura::iir;
 
 namespace {
 
-constexpr double kBlowUp = 1e20;  // a sum beyond this wipes the registers
-constexpr double kRest = 1e-12;   // MaxRegVal after a wipe
+constexpr double kBlowUp = 1e20;     // a sum beyond this wipes the registers
+constexpr double kRest = 1e-12;      // MaxRegVal after a wipe
 constexpr std::size_t kPiece = 512;  // samples tried at once
 
 struct Registers {

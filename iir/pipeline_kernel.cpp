@@ -64,7 +64,8 @@ LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::s
     const auto advance_some = [&](std::size_t t) LANES_LAMBDA {
         Mask active{};
         for (std::size_t i = 0; i < count; ++i) active[i] = t >= i * kLag && t < n + i * kLag ? -1 : 0;
-        const double y = advance(t < n ? in[at(t)] : 0.0, [&](Lanes now, Lanes before) LANES_LAMBDA { return active ? now : before; });
+        const double y = advance(t < n ? in[at(t)] : 0.0,
+                                 [&](Lanes now, Lanes before) LANES_LAMBDA { return active ? now : before; });
         if (t >= lead) out[at(t - lead)] = y;
     };
     std::size_t t = 0;

@@ -5,6 +5,10 @@
 #include <cstddef>
 #include <cstring>
 
+#ifdef __AVX__
+#include <immintrin.h>
+#endif
+
 // What takes or returns lanes is always inlined, lambdas too: see target.h.
 #define LANES_INLINE [[gnu::always_inline]] inline
 #define LANES_LAMBDA __attribute__((always_inline))
@@ -21,6 +25,15 @@ LANES_INLINE Lanes load(const double *p) {
 }
 
 LANES_INLINE void store(double *p, Lanes v) { std::memcpy(p, &v, sizeof v); }
+
+// The same past the caches, for what outgrows them before it is read again; p is aligned to its 32 bytes.
+LANES_INLINE void stream(double *p, Lanes v) {
+#ifdef __AVX__
+    _mm256_stream_pd(p, v);
+#else
+    store(p, v);
+#endif
+}
 
 LANES_INLINE Lanes all(double x) { return Lanes{x, x, x, x}; }
 

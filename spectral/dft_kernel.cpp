@@ -12,7 +12,7 @@ namespace {
 
 using Size = std::size_t;
 
-constexpr Size kBins = 8;                                       // side by side
+constexpr Size kBins = 8;                                        // side by side
 using Indices = std::uint32_t __attribute__((vector_size(32)));  // one per bin
 using PairOfBins = Lanes;                                        // re, im of one bin, re, im of the next
 

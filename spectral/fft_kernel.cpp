@@ -55,9 +55,10 @@ constexpr std::uint32_t reversed(std::uint32_t v) {
 }
 
 // A tile of the input is some columns of several distant rows: the rows' blocks become neighbours.
-constexpr Size kTileRows = 8, kNarrow = 8, kWide = 32;    // columns: one cache line, four
-constexpr Size kTiledBlocks = 1024, kLongRow = 2048;      // from which tiles, and wide ones, pay
-constexpr Size kCachedBlocks = 256;                       // a quarter of this size is finished before the next
+constexpr Size kTileRows = 8, kNarrow = 8, kWide = 32;  // columns: one cache line, four
+constexpr Size kTiledBlocks = 1024, kLongRow = 2048;    // from which tiles, and wide ones, pay
+constexpr Size kCachedBlocks = 256;                     // a quarter of this size is finished before the next
+constexpr Size kFarBlocks = 131072;                     // 8 MB, from which the blocks go straight to memory
 
 // Every other point of a circle belongs to one twice as coarse: `twice` of the last pass gives its `once`, that gives `twice`
 // of the pass before, and so on.
@@ -75,6 +76,7 @@ LANES_INLINE void fill_factors(const Plan &plan) {
 }
 
 // The transforms of x[i], x[i + n/4], x[i + n/2], x[i + 3n/4] for four neighbouring i, each into its block.
+template <bool far>
 LANES_INLINE void gather_four(const Plan &plan, const double *re, const double *im, Size i, Size place) {
     const Size quarter = plan.n / 4;
     const auto input = [&](Size at) LANES_LAMBDA { return Bins{load(re + at), load(im + at)}; };
@@ -83,14 +85,22 @@ LANES_INLINE void gather_four(const Plan &plan, const double *re, const double *
     two_stages(x, {one, one});
     transpose(x.a.re, x.b.re, x.c.re, x.d.re);
     transpose(x.a.im, x.b.im, x.c.im, x.d.im);
-    Bins *const block = plan.blocks + place;
     const Size next = plan.count() / 4;
-    block[0] = x.a;
-    block[2 * next] = x.b;
-    block[next] = x.c;
-    block[3 * next] = x.d;
+    const auto output = [&](Size at, const Bins &bins) LANES_LAMBDA {
+        if constexpr (far) {
+            stream(reinterpret_cast<double *>(&plan.blocks[at].re), bins.re);
+            stream(reinterpret_cast<double *>(&plan.blocks[at].im), bins.im);
+        } else {
+            plan.blocks[at] = bins;
+        }
+    };
+    output(place, x.a);
+    output(place + 2 * next, x.b);
+    output(place + next, x.c);
+    output(place + 3 * next, x.d);
 }
 
+template <bool far>
 LANES_INLINE void gather(const Plan &plan, const double *re, const double *im) {
     const Size count = plan.count(), rows = count >= kTiledBlocks ? kTileRows : 1, row = count / rows;
     const Size column = row < kNarrow ? row : row < kLongRow ? kNarrow : kWide;
@@ -98,7 +108,7 @@ LANES_INLINE void gather(const Plan &plan, const double *re, const double *im) {
     for (Size first = 0; first < row; first += column)
         for (Size i = first; i < count; i += row)
             for (Size j = i; j < i + column; j += kLanes)
-                gather_four(plan, re, im, j, reversed(static_cast<std::uint32_t>(j)) >> unused_bits);
+                gather_four<far>(plan, re, im, j, reversed(static_cast<std::uint32_t>(j)) >> unused_bits);
 }
 
 // Joins pairs of neighbouring blocks, before the pass of q = 2.
@@ -146,7 +156,10 @@ LANES_INLINE void transform_quarters(const Plan &plan) {
 
 void transform(const Plan &plan, double *re, double *im, double scale) {
     fill_factors(plan);
-    gather(plan, re, im);
+    if (plan.count() < kFarBlocks)
+        gather<false>(plan, re, im);
+    else
+        gather<true>(plan, re, im);
     transform_quarters(plan);
     join_quarters(plan, plan.blocks, plan.count() / 4, [&](Size i, const Bins &bins) LANES_LAMBDA {
         store(re + i * kLanes, bins.re * all(scale));

@@ -90,15 +90,15 @@ MENSURA_EXPORT double Goertzel(const double *x, int n, double f);
 
 /* Windows by code.  j = 1 .. L counts the points of the taper, D = L + 1, t = 2 pi j / D. */
 enum WindowKind {
-    wkNone = 0,           /* data as they were, and for every code not listed */
-    wkRectangle = 1,      /* data as they were */
-    wkKaiser = 2,         /* I0(beta sqrt(1 - x^2)) / I0(beta), x = (2j - D) / D; alpha counts as 0 */
-    wkSinc = 3,           /* (sin(v) / v)^beta, v = pi (2j - D) / D */
-    wkHanning = 4,        /* 0.5 - 0.5 cos t */
-    wkHamming = 5,        /* 0.54 - 0.46 cos t */
-    wkBlackman = 6,       /* 0.42 - 0.5 cos t + 0.08 cos 2t */
-    wkFlatTop = 7,        /* 1 - 1.93293 cos t + 1.28350 cos 2t - 0.38131 cos 3t + 0.02930 cos 4t; alpha counts as 0 */
-    wkBlackmanHarris = 8, /* 0.35875 - 0.48829 cos t + 0.14128 cos 2t - 0.01168 cos 3t */
+    wkNone = 0,            /* data as they were, and for every code not listed */
+    wkRectangle = 1,       /* data as they were */
+    wkKaiser = 2,          /* I0(beta sqrt(1 - x^2)) / I0(beta), x = (2j - D) / D; alpha counts as 0 */
+    wkSinc = 3,            /* (sin(v) / v)^beta, v = pi (2j - D) / D */
+    wkHanning = 4,         /* 0.5 - 0.5 cos t */
+    wkHamming = 5,         /* 0.54 - 0.46 cos t */
+    wkBlackman = 6,        /* 0.42 - 0.5 cos t + 0.08 cos 2t */
+    wkFlatTop = 7,         /* 1 - 1.93293 cos t + 1.28350 cos 2t - 0.38131 cos 3t + 0.02930 cos 4t; alpha counts as 0 */
+    wkBlackmanHarris = 8,  /* 0.35875 - 0.48829 cos t + 0.14128 cos 2t - 0.01168 cos 3t */
     wkBlackmanNuttall = 9, /* 0.3535819 - 0.4891775 cos t + 0.1365995 cos 2t - 0.0106411 cos 3t; the first constant is
                               0.01 lower than usual, so that the ends lie at -0.01 */
     wkNuttall = 10,        /* 0.355768 - 0.487396 cos t + 0.144232 cos 2t - 0.012604 cos 3t */
