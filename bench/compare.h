@@ -19,13 +19,20 @@ double seconds(F &&f) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// One iteration of the benchmark is one round; each callable does `items` items of work.
-template <typename Ours, typename Peer>
-void compare(benchmark::State &state, double items, Ours &&ours, Peer &&peer) {
+struct Nothing {
+    void operator()() const {}
+};
+
+// One iteration of the benchmark is one round; each callable does `items` items of work.  `prepare` runs before either,
+// untimed: work in place needs its data back.
+template <typename Ours, typename Peer, typename Prepare = Nothing>
+void compare(benchmark::State &state, double items, Ours &&ours, Peer &&peer, Prepare &&prepare = {}) {
     double best_ours = std::numeric_limits<double>::infinity(), best_peer = best_ours;
     for (auto _ : state) {
+        prepare();
         const double t = seconds(ours);
         best_ours = std::min(best_ours, t);
+        prepare();
         best_peer = std::min(best_peer, seconds(peer));
         state.SetIterationTime(t);
     }

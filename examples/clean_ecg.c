@@ -1,13 +1,20 @@
 /* Takes the 60 Hz hum out of an electrocardiogram:  clean_ecg [input.csv [cutoff_hz]]
  *
  * The input has two columns, time in s and signal in mV, evenly sampled; blank lines, lines starting with '#' and one
- * header line are skipped.  Writes ecg_clean.csv into the current directory and prints what the filter did.  The filter
- * is causal: the clean signal lags behind the raw one, by 16 ms with the default cut-off.
+ * header line are skipped.  The same low-pass is run one way, as it would be while measuring, and both ways, for which
+ * the record must be complete: one way the signal lags behind the raw one, by 16 ms with the default cut-off; both ways
+ * it has zero phase, and the filter counts twice.
  *
- * Exit status: 0 done, 1 could not write or no memory, 2 bad input or arguments: then no file has been written, and the
- * ecg_clean.csv of an earlier run is as it was. */
+ * Prints what the filter did, and writes into the current directory
+ *     ecg_clean.csv     time_s,raw_mV,clean_mV,zero_phase_mV         the signals; clean_mV is the one-way signal
+ *     ecg_spectrum.csv  frequency_Hz,raw_mV,clean_mV,zero_phase_mV   amplitudes: a sine of 1 mV shows as 1 mV
+ *
+ * Exit status: 0 done, 1 could not write or no memory, 2 bad input or arguments.  The files of an earlier run stay as
+ * they were until both new ones are complete; only when the printing fails, which is status 1, have they been replaced.
+ */
 #include <complex.h>
 #include <errno.h>
+#include <limits.h>
 #include <math.h>
 #include <mensura/mensura.h>
 #include <stdint.h>
@@ -16,8 +23,9 @@
 #include <string.h>
 
 #define DEFAULT_INPUT "examples/data/ecg_mitdb_208.csv"
-#define OUTPUT "ecg_clean.csv"
-#define PARTIAL OUTPUT ".tmp" /* renamed once complete, so that OUTPUT is never half-written */
+#define CLEAN "ecg_clean.csv"
+#define SPECTRUM "ecg_spectrum.csv"
+#define PARTIAL ".tmp" /* appended until a file is complete */
 
 /* The -3 dB point lies near half of the cut-off asked for (iir.h).  50 Hz puts it at 23.6 Hz, leaves a tenth of the hum
  * and about four fifths of an R peak; 40 Hz leaves a thirtieth of the hum but three quarters of the peaks, 60 Hz a
@@ -26,16 +34,34 @@ static const double kDefaultCutoff = 50.0;
 static const double kHumLow = 58.0, kHumHigh = 62.0; /* Hz */
 static const double kPi = 3.14159265358979323846;
 enum { DONE = 0, FAILED = 1, BAD_INPUT = 2 };
+enum { RAW, ONE_WAY, ZERO_PHASE, SIGNALS };
 
 typedef struct Sample {
-    double time, raw, clean; /* s, mV, mV */
-    size_t line;             /* in the input */
+    double time, raw; /* s, mV */
+    size_t line;      /* in the input */
 } Sample;
 
 typedef struct Record {
     Sample *samples;
     size_t count, capacity;
 } Record;
+
+/* What an output file holds: time or frequency, and the signals or their spectra. */
+typedef struct Table {
+    double *x, *y[SIGNALS]; /* one block of memory, owned by x */
+    size_t rows;
+} Table;
+
+typedef struct Peaks {
+    size_t *at; /* samples, ascending */
+    size_t count;
+    double sign; /* 1: they point upwards, -1: downwards */
+} Peaks;
+
+typedef struct Results {
+    size_t peaks;
+    double rms_uv[SIGNALS], shift_ms[SIGNALS]; /* shift: NaN if not to be measured */
+} Results;
 
 /* One line on stderr; line 0 stands for the file as a whole. */
 static int complain(int status, const char *file, size_t line, const char *what) {
@@ -96,6 +122,7 @@ static int find_rate(const char *file, const Record *record, double *rate) {
     const Sample *const s = record->samples;
     const size_t n = record->count;
     *rate = n < 2 ? HUGE_VAL : (double)(n - 1) / (s[n - 1].time - s[0].time);
+    if (n > INT_MAX) return complain(BAD_INPUT, file, 0, "too many samples");
     if (n < 2 || (double)n * (kHumHigh - kHumLow) < *rate)
         return complain(BAD_INPUT, file, 0, "too few samples: a quarter of a second at least is needed");
     size_t worst = 0;
@@ -133,25 +160,176 @@ static double half_power_point(const IIRCoeffs *c, double fs) {
     return low;
 }
 
-/* rms[0] of the raw, rms[1] of the clean signal from 58 to 62 Hz: sqrt(sum of 2 |X_k|^2) / n over the bins in that
- * band. Longer records are cut into parts of n samples, a minute at most, and the squares averaged: summing every bin
- * over the whole would take a time that grows with the square of its length. */
-static void hum_rms(const Record *record, double fs, double rms[2]) {
-    const size_t parts = (size_t)((double)record->count / (60.0 * fs)) + 1, n = record->count / parts;
-    const size_t first = (size_t)ceil(kHumLow * (double)n / fs), last = (size_t)(kHumHigh * (double)n / fs);
-    rms[0] = rms[1] = 0.0;
-    for (const Sample *part = record->samples; part < record->samples + parts * n; part += n)
-        for (size_t k = first; k <= last; ++k) {
-            const double complex step = turn_back(2.0 * kPi * (double)k / (double)n);
-            double complex turn = 1.0, raw = 0.0, clean = 0.0;
-            for (size_t i = 0; i < n; ++i, turn *= step) {
-                raw += part[i].raw * turn;
-                clean += part[i].clean * turn;
-            }
-            rms[0] += 2.0 * creal(raw * conj(raw));
-            rms[1] += 2.0 * creal(clean * conj(clean));
-        }
-    for (int i = 0; i < 2; ++i) rms[i] = sqrt(rms[i] / (double)parts) / (double)n;
+static int allocate(Table *table, size_t rows) {
+    table->x = calloc(rows, (1 + SIGNALS) * sizeof(double));
+    for (size_t s = 0; s < SIGNALS && table->x != NULL; ++s) table->y[s] = table->x + (s + 1) * rows;
+    table->rows = rows;
+    return table->x != NULL;
+}
+
+static int make_signals(const Record *record, TIIRFilter *filter, Table *signals) {
+    if (!allocate(signals, record->count)) return 0;
+    for (size_t i = 0; i < record->count; ++i) {
+        signals->x[i] = record->samples[i].time;
+        signals->y[RAW][i] = record->samples[i].raw;
+        signals->y[ONE_WAY][i] = IIRFilter(filter, record->samples[i].raw);
+    }
+    filter->Primed = 0;
+    IIRFilterZeroPhase(filter, signals->y[RAW], signals->y[ZERO_PHASE], (int)record->count);
+    return 1;
+}
+
+/* A Hann window of mean 1.  Without memory WindowData leaves the data as they were, and all of them are 1. */
+static int make_window(double *window, int n) {
+    for (int i = 0; i < n; ++i) window[i] = 1.0;
+    WindowData(window, n, wkHanning, 0.0, 0.0, 1);
+    return n < 3 || window[0] < 1.0;
+}
+
+static double energy(const double *re, const double *im, int size) {
+    double sum = 0.0;
+    for (int i = 0; i < size; ++i) sum += re[i] * re[i] + im[i] * im[i];
+    return sum;
+}
+
+/* Adds |X_k|^2 of n samples, without their mean, windowed and zero-padded to `size`.  Without memory FFT leaves the
+ * data as they were, otherwise it divides their energy by `size`: returns 0 if it has not. */
+static int add_power(const double *signal, const double *window, int n, double *re, double *im, int size,
+                     double *power) {
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i) sum += signal[i];
+    for (int i = 0; i < size; ++i) {
+        re[i] = i < n ? (signal[i] - sum / n) * window[i] : 0.0;
+        im[i] = 0.0;
+    }
+    const double before = energy(re, im, size);
+    FFT(re, im, size, 0);
+    for (int k = 0; k <= size / 2; ++k) power[k] += re[k] * re[k] + im[k] * im[k];
+    return !(energy(re, im, size) > 0.5 * before);
+}
+
+/* Samples in one transform.  A record too long for FFT is cut into equal parts and the powers averaged. */
+static int part_length(size_t samples) {
+    const size_t longest = 1048576, parts = (samples - 1) / longest + 1;
+    return (int)(samples / parts);
+}
+
+/* Amplitudes from 0 to fs / 2.  FFT divides by its size, of which n samples are signal; the bins in between share their
+ * sine with the mirrored bin. */
+static int make_spectra(const Table *signals, double fs, Table *spectra) {
+    const int n = part_length(signals->rows), size = RequiredFFTSize(n);
+    const size_t parts = signals->rows / (size_t)n;
+    double *const re = calloc((size_t)size, sizeof *re), *const im = calloc((size_t)size, sizeof *im);
+    double *const window = calloc((size_t)size, sizeof *window);
+    int enough =
+        re != NULL && im != NULL && window != NULL && allocate(spectra, (size_t)size / 2 + 1) && make_window(window, n);
+    for (int s = 0; s < SIGNALS; ++s)
+        for (size_t part = 0; part < parts && enough; ++part)
+            enough = add_power(signals->y[s] + part * (size_t)n, window, n, re, im, size, spectra->y[s]);
+    free(re);
+    free(im);
+    free(window);
+    for (int k = 0; k <= size / 2 && enough; ++k) {
+        const double scale = (k == 0 || k == size / 2 ? 1.0 : 2.0) * size / n;
+        spectra->x[k] = k * fs / size;
+        for (int s = 0; s < SIGNALS; ++s) spectra->y[s][k] = scale * sqrt(spectra->y[s][k] / (double)parts);
+    }
+    return enough;
+}
+
+/* The rms from 58 to 62 Hz, in mV.  A sine of amplitude A puts A^2 times 3 size / (2 (n + 1)) into the squares around
+ * its bin: that is the noise bandwidth of the window, 1.5 n / (n + 1) bins of n samples, in bins of the padded size. */
+static double hum_rms(const Table *spectra, int s, int n) {
+    const double size = 2.0 * (double)(spectra->rows - 1);
+    double sum = 0.0;
+    for (size_t k = 0; k < spectra->rows; ++k)
+        if (spectra->x[k] >= kHumLow && spectra->x[k] <= kHumHigh) sum += spectra->y[s][k] * spectra->y[s][k];
+    return sqrt(sum * (n + 1) / (3.0 * size));
+}
+
+static int ascending(const void *a, const void *b) {
+    const double x = *(const double *)a, y = *(const double *)b;
+    return (x > y) - (x < y);
+}
+
+/* How far sample i stands out above both samples at a distance of `reach`: a drifting baseline does not count. */
+static double height(const double *x, size_t i, size_t reach, double sign) {
+    return fmin(sign * (x[i] - x[i - reach]), sign * (x[i] - x[i + reach]));
+}
+
+/* Half the height of the R peaks, which only the top half per cent of the samples reach; 0 if nothing stands out.  Of
+ * the heights of white noise half a per cent exceed 1.9 times the lower quartile, of a sine 1.4 times, of the record
+ * that comes with this program 6.7 times. */
+static double height_threshold(const double *x, size_t n, size_t reach, double sign, double *heights) {
+    const size_t count = n - 2 * reach;
+    for (size_t i = 0; i < count; ++i) heights[i] = height(x, i + reach, reach, sign);
+    qsort(heights, count, sizeof *heights, ascending);
+    const double top = heights[(size_t)(0.995 * (double)count)];
+    return top > -3.0 * heights[count / 4] ? 0.5 * top : 0.0;
+}
+
+static int is_summit(const double *x, size_t i, size_t reach, double sign) {
+    for (size_t k = i - reach; k <= i + reach; ++k)
+        if (sign * x[k] > sign * x[i]) return 0;
+    return 1;
+}
+
+/* R peaks, the sharp ones of a heart beat: the highest of 60 ms to either side, a quarter of a second apart at least.
+ * They point to the side on which the signal stands out further.  scratch has room for n numbers. */
+static void find_r_peaks(const double *x, size_t n, double fs, double *scratch, Peaks *peaks) {
+    const size_t reach = (size_t)ceil(0.06 * fs);
+    peaks->count = 0;
+    if (n <= 2 * reach) return;
+    const double upwards = height_threshold(x, n, reach, 1.0, scratch);
+    const double downwards = height_threshold(x, n, reach, -1.0, scratch), threshold = fmax(upwards, downwards);
+    peaks->sign = downwards > upwards ? -1.0 : 1.0;
+    if (threshold <= 0.0) return;
+    for (size_t i = reach; i < n - reach; ++i) {
+        if (height(x, i, reach, peaks->sign) < threshold || !is_summit(x, i, reach, peaks->sign)) continue;
+        peaks->at[peaks->count++] = i;
+        i += (size_t)(0.25 * fs);
+    }
+}
+
+/* Where the signal is largest from sample `first` to `last`: the vertex of the parabola through three samples.  NaN if
+ * that is at either end, where it may still rise. */
+static double summit(const double *x, size_t first, size_t last, double sign) {
+    size_t top = first;
+    for (size_t i = first; i <= last; ++i)
+        if (sign * x[i] > sign * x[top]) top = i;
+    if (top == first || top == last) return nan("");
+    return (double)top + 0.5 * (x[top - 1] - x[top + 1]) / (x[top - 1] - 2.0 * x[top] + x[top + 1]);
+}
+
+/* The median, in samples, of how far the peaks lie behind those of the raw signal; NaN if most have none within reach.
+ * They are looked for from 40 ms before to 40 ms + 1 / cut-off after, as the filter delays by 0.84 / cut-off at most,
+ * but never among the peaks of the next beat. */
+static double median_shift(const Table *signals, int s, const Peaks *peaks, double fs, double cutoff, double *shifts) {
+    const size_t before = (size_t)ceil(0.04 * fs), after = (size_t)ceil(fmin(0.04 + 1.0 / cutoff, 0.25) * fs);
+    size_t inside = 0, count = 0;
+    for (const size_t *at = peaks->at; at < peaks->at + peaks->count && *at + after < signals->rows; ++at, ++inside) {
+        shifts[count] = summit(signals->y[s], *at - before, *at + after, peaks->sign) -
+                        summit(signals->y[RAW], *at - 1, *at + 1, peaks->sign);
+        if (!isnan(shifts[count])) ++count;
+    }
+    if (count == 0 || 2 * count < inside) return nan("");
+    qsort(shifts, count, sizeof *shifts, ascending);
+    return 0.5 * (shifts[(count - 1) / 2] + shifts[count / 2]);
+}
+
+static int measure(const Table *signals, const Table *spectra, double fs, double cutoff, Results *results) {
+    double *const scratch = calloc(signals->rows, sizeof *scratch);
+    Peaks peaks = {.at = calloc(signals->rows, sizeof *peaks.at), .count = 0};
+    const int enough = scratch != NULL && peaks.at != NULL;
+    if (enough) find_r_peaks(signals->y[RAW], signals->rows, fs, scratch, &peaks);
+    for (int s = 0; s < SIGNALS && enough; ++s) {
+        results->rms_uv[s] = 1e3 * hum_rms(spectra, s, part_length(signals->rows));
+        results->shift_ms[s] = 1e3 / fs * median_shift(signals, s, &peaks, fs, cutoff, scratch);
+    }
+    results->peaks = peaks.count;
+    free(scratch);
+    free(peaks.at);
+    return enough;
 }
 
 /* In 15 to 17 digits, the fewest that read back as the same number; then the character `end`. */
@@ -163,38 +341,85 @@ static void print_number(FILE *out, double value, char end) {
     fprintf(out, "%s%c", text, end);
 }
 
-static int write_record(const Record *record) {
-    FILE *const out = fopen(PARTIAL, "w");
-    if (out == NULL) return complain(FAILED, PARTIAL, 0, strerror(errno));
-    fputs("time_s,raw_mV,clean_mV\n", out);
-    for (size_t i = 0; i < record->count && !ferror(out); ++i) {
-        print_number(out, record->samples[i].time, ',');
-        print_number(out, record->samples[i].raw, ',');
-        print_number(out, record->samples[i].clean, '\n');
+static int write_table(const char *file, const char *header, const Table *table) {
+    FILE *const out = fopen(file, "w");
+    if (out == NULL) return complain(FAILED, file, 0, strerror(errno));
+    fputs(header, out);
+    for (size_t i = 0; i < table->rows && !ferror(out); ++i) {
+        print_number(out, table->x[i], ',');
+        for (int s = 0; s < SIGNALS; ++s) print_number(out, table->y[s][i], s + 1 < SIGNALS ? ',' : '\n');
     }
     const int broken = ferror(out);
-    if (fclose(out) == 0 && !broken && rename(PARTIAL, OUTPUT) == 0) return DONE;
-    complain(FAILED, OUTPUT, 0, strerror(errno));
-    remove(PARTIAL);
+    if (fclose(out) == 0 && !broken) return DONE;
+    complain(FAILED, file, 0, strerror(errno));
+    remove(file);
     return FAILED;
 }
 
-static int print_table(const Record *record, const IIRCoeffs *design, double cutoff, double fs) {
-    printf("samples                  %10zu     (%.6g s)\n", record->count, (double)record->count / fs);
+/* The one thing likely to let a rename fail after both files could be written: then it is too late for the first. */
+static int is_directory(const char *file) {
+    FILE *const in = fopen(file, "r+");
+    if (in != NULL) fclose(in);
+    return in == NULL && errno == EISDIR;
+}
+
+static int write_files(const Table *signals, const Table *spectra) {
+    if (is_directory(CLEAN)) return complain(FAILED, CLEAN, 0, strerror(EISDIR));
+    if (is_directory(SPECTRUM)) return complain(FAILED, SPECTRUM, 0, strerror(EISDIR));
+    if (write_table(CLEAN PARTIAL, "time_s,raw_mV,clean_mV,zero_phase_mV\n", signals) != DONE) return FAILED;
+    const int status = write_table(SPECTRUM PARTIAL, "frequency_Hz,raw_mV,clean_mV,zero_phase_mV\n", spectra);
+    if (status == DONE && rename(CLEAN PARTIAL, CLEAN) == 0 && rename(SPECTRUM PARTIAL, SPECTRUM) == 0) return DONE;
+    if (status == DONE) {
+        complain(FAILED, CLEAN ", " SPECTRUM, 0, strerror(errno));
+        remove(SPECTRUM PARTIAL);
+    }
+    remove(CLEAN PARTIAL);
+    return FAILED;
+}
+
+/* One row of the table: three numbers, or the reason why there are none. */
+static void print_row(const char *label, const double values[SIGNALS], int decimals, const char *reason) {
+    const double unit = pow(10.0, decimals);
+    printf("%-26s%s", label, reason != NULL ? reason : "");
+    for (int s = 0; s < SIGNALS && reason == NULL; ++s) {
+        const int width = s == 0 ? 9 : 12;
+        if (isnan(values[s]))
+            printf("%*s", width, "-");
+        else
+            printf("%*.*f", width, decimals, round(values[s] * unit) / unit + 0.0); /* + 0.0: no "-0.00" */
+    }
+    putchar('\n');
+}
+
+static int print_results(const Results *results, size_t samples, const IIRCoeffs *design, double cutoff, double fs) {
+    const int hum_in_band = kHumHigh < 0.5 * fs;
+    printf("samples                  %10zu     (%.6g s)\n", samples, (double)samples / fs);
     printf("sampling rate            %10.6g Hz\n", fs);
     printf("cut-off, requested       %10.6g Hz\n", cutoff);
     printf("-3 dB point, measured    %10.6g Hz\n", half_power_point(design, fs));
-    if (kHumHigh < 0.5 * fs) {
-        double rms[2];
-        hum_rms(record, fs, rms);
-        printf("gain at 60 Hz, measured  %10.1f dB\n", 20.0 * log10(magnitude(design, 60.0, fs)));
-        printf("rms 58-62 Hz, raw        %10.3f uV\n", 1e3 * rms[0]);
-        printf("rms 58-62 Hz, clean      %10.3f uV\n", 1e3 * rms[1]);
-    } else {
-        printf("rms 58-62 Hz             not measured: beyond half the sampling rate\n");
-    }
-    printf("clean signal in          %s\n", OUTPUT);
+    if (hum_in_band) printf("gain at 60 Hz, measured  %10.1f dB\n", 20.0 * log10(magnitude(design, 60.0, fs)));
+    printf("R peaks                  %10zu\n\n", results->peaks);
+    printf("%35s%12s%12s\n", "raw", "one-way", "zero-phase");
+    print_row("rms 58-62 Hz (uV)", results->rms_uv, 3,
+              hum_in_band ? NULL : "not measured: beyond half the sampling rate");
+    print_row("shift of the R peaks (ms)", results->shift_ms, 2, results->peaks > 0 ? NULL : "no R peaks found");
+    if (results->peaks > 0)
+        puts("  (smoothing moves the top of a peak towards its slower flank, even with zero phase)");
+    printf("\nsignals in               %s\nspectra in               %s\n", CLEAN, SPECTRUM);
     return fflush(stdout) == 0 && !ferror(stdout) ? DONE : complain(FAILED, "standard output", 0, strerror(errno));
+}
+
+static int process(const char *file, const Record *record, double cutoff, double fs, Table *signals, Table *spectra) {
+    TIIRFilter filter;
+    Results results;
+    initTIIRFilter(&filter, ptLowPass, cutoff, fs);
+    if (!(fabs(magnitude(&filter.Coeffs, 0.0, fs) - 1.0) < 1e-3)) /* its coefficients round to nonsense */
+        return complain(BAD_INPUT, file, 0, "the cut-off is too far below the sampling rate");
+    if (!make_signals(record, &filter, signals) || !make_spectra(signals, fs, spectra) ||
+        !measure(signals, spectra, fs, cutoff, &results))
+        return complain(FAILED, file, 0, "out of memory");
+    const int status = write_files(signals, spectra);
+    return status != DONE ? status : print_results(&results, record->count, &filter.Coeffs, cutoff, fs);
 }
 
 static int clean_record(const char *file, Record *record, const char *cutoff_text) {
@@ -202,20 +427,17 @@ static int clean_record(const char *file, Record *record, const char *cutoff_tex
     if (cutoff_text != NULL && (parse_number(cutoff_text, '\0', &cutoff) == NULL || cutoff <= 0.0))
         return complain(BAD_INPUT, cutoff_text, 0, "the cut-off must be a number of Hz above 0");
     FILE *const in = fopen(file, "r");
-    if (in == NULL) return complain(BAD_INPUT, file, 0, strerror(errno));
+    if (in == NULL) return complain(errno == ENOMEM ? FAILED : BAD_INPUT, file, 0, strerror(errno));
     int status = read_samples(in, file, record);
     fclose(in);
     if (status == DONE) status = find_rate(file, record, &fs);
     if (status != DONE) return status;
     if (cutoff >= 0.5 * fs) return complain(BAD_INPUT, file, 0, "the cut-off must be below half the sampling rate");
-
-    TIIRFilter filter;
-    initTIIRFilter(&filter, ptLowPass, cutoff, fs);
-    if (!(fabs(magnitude(&filter.Coeffs, 0.0, fs) - 1.0) < 1e-3)) /* its coefficients round to nonsense */
-        return complain(BAD_INPUT, file, 0, "the cut-off is too far below the sampling rate");
-    for (size_t i = 0; i < record->count; ++i) record->samples[i].clean = IIRFilter(&filter, record->samples[i].raw);
-    status = write_record(record);
-    return status != DONE ? status : print_table(record, &filter.Coeffs, cutoff, fs);
+    Table signals = {.x = NULL}, spectra = {.x = NULL};
+    status = process(file, record, cutoff, fs, &signals, &spectra);
+    free(signals.x);
+    free(spectra.x);
+    return status;
 }
 
 int main(int argc, char **argv) {

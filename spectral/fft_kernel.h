@@ -22,8 +22,8 @@ struct Plan {
                        // the caller fills `twice` of the last one
     double zero;       // imaginary part of the factor 1: -0 in the inverse
 
-    [[nodiscard]] std::size_t count() const { return n / kLanes; }
-    [[nodiscard]] Factors *factors_of(std::size_t q) const { return factors + (q - 1) / 3; }
+    [[nodiscard]] LANES_INLINE std::size_t count() const { return n / kLanes; }
+    [[nodiscard]] LANES_INLINE Factors *factors_of(std::size_t q) const { return factors + (q - 1) / 3; }
 };
 
 // The forward transform of re and im, times scale, in place.

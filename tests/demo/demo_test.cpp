@@ -33,16 +33,19 @@ class CleanEcg : public testing::Test {
         out_ = contents(dir_ + "/out");
         return WIFEXITED(result) ? WEXITSTATUS(result) : -1;
     }
-    double printed(const std::string &label) const {
+    double printed(const std::string &label, std::size_t column = 0) const {
         const std::size_t at = out_.find(label);
-        return at == std::string::npos ? std::nan("") : std::stod(out_.substr(at + label.size()));
+        std::istringstream in(at == std::string::npos ? "" : out_.substr(at + label.size()));
+        const std::vector<double> row{std::istream_iterator<double>(in), {}};
+        return column < row.size() ? row[column] : std::nan("");
     }
     void expect_one_line_and_no_output(const std::string &complaint) const {
         const std::string err = contents(dir_ + "/err");
         EXPECT_NE(err.find(complaint), std::string::npos) << err;
         EXPECT_EQ(err.find('\n') + 1, err.size()) << err;
         EXPECT_EQ(out_, "");
-        for (const char *file : {"/ecg_clean.csv", "/ecg_clean.csv.tmp"}) EXPECT_FALSE(is_regular_file(dir_ + file));
+        for (const char *file : {"/ecg_clean.csv", "/ecg_clean.csv.tmp", "/ecg_spectrum.csv", "/ecg_spectrum.csv.tmp"})
+            EXPECT_FALSE(is_regular_file(dir_ + file)) << file;
     }
 
     std::string dir_ = (std::filesystem::temp_directory_path() / "clean_ecg_").string() + std::string(6, 'X'), out_;
@@ -69,16 +72,16 @@ double gain_db(const IIRCoeffs &c, double f) {
     return db;
 }
 
-// In uV, from 58 to 62 Hz: bins 1740 to 1860 of 30 s, the phase reduced in integers.
-double hum_rms(const std::vector<double> &x) {
-    double sum = 0;
-    for (std::size_t k = 1740; k <= 1860; ++k) {
-        std::complex<double> bin;
-        for (std::size_t i = 0; i < 10800; ++i)
-            bin += x[i] * std::polar(1.0, -2 * pi * static_cast<double>(i * k % 10800) / 10800);
-        sum += 2 * std::norm(bin);
-    }
-    return 1e3 * std::sqrt(sum) / 10800;
+// At DC the filter lags by the sum of 2 zeta, here 4 cos 15 deg + 2 cos 45 deg, over 2 fs tan(pi fc / fs).
+double lag_ms(double cutoff) { return 5.27792 / 0.72 / std::tan(pi * cutoff / 360); }
+
+// Amplitude in bin k of 16384 of 30 s under a Hann window, the phase reduced in integers.
+double amplitude(const std::vector<double> &x, std::size_t k) {
+    std::complex<double> bin;
+    for (std::size_t i = 0; i < 10800; ++i)
+        bin += x[i] * (1 - std::cos(2 * pi * static_cast<double>(i + 1) / 10801)) *
+               std::polar(2.0 / 10801, -2 * pi * static_cast<double>(i * k % 16384) / 16384);
+    return std::abs(bin);
 }
 
 TEST_F(CleanEcg, prints_what_the_filter_did_and_writes_what_it_gave) {
@@ -90,12 +93,14 @@ TEST_F(CleanEcg, prints_what_the_filter_did_and_writes_what_it_gave) {
 
         TIIRFilter filter;
         initTIIRFilter(&filter, ptLowPass, cutoff, 360.0);
-        std::vector<double> raw, clean, rows;
-        for (std::size_t i = 0; i < input.size(); i += 2) {
-            raw.push_back(input[i + 1]);
-            clean.push_back(IIRFilter(&filter, input[i + 1]));
-            rows.insert(rows.end(), {input[i], raw.back(), clean.back()});
-        }
+        std::vector<double> signals[3], rows;
+        for (std::size_t i = 1; i < input.size(); i += 2) signals[0].push_back(input[i]);
+        for (const double x : signals[0]) signals[1].push_back(IIRFilter(&filter, x));
+        filter.Primed = 0;
+        signals[2] = signals[0];
+        IIRFilterZeroPhase(&filter, signals[2].data(), nullptr, 10800);
+        for (std::size_t i = 0; i < 10800; ++i)
+            rows.insert(rows.end(), {input[2 * i], signals[0][i], signals[1][i], signals[2][i]});
         EXPECT_TRUE(numbers_in(dir_ + "/ecg_clean.csv") == rows) << "every bit reads back";
 
         const IIRCoeffs design = CalcIIRFilterCoeff(filter.Spec);
@@ -106,22 +111,48 @@ TEST_F(CleanEcg, prints_what_the_filter_did_and_writes_what_it_gave) {
         EXPECT_GT(gain_db(design, corner - 6e-5), 10 * std::log10(0.5));  // printed to 1e-4 Hz
         EXPECT_LT(gain_db(design, corner + 6e-5), 10 * std::log10(0.5));
         EXPECT_NEAR(printed("60 Hz, measured"), gain_db(design, 60), 0.051);  // printed to 0.1 dB
-        EXPECT_NEAR(printed("raw"), hum_rms(raw), 6e-4);                      // printed to 1e-3 uV
-        EXPECT_NEAR(printed("clean"), hum_rms(clean), 6e-4);
-        // The record's ends differ; at 60 Hz that puts jump / (2 sin(pi 60 / 360)) = jump into each of the 121 bins.
-        const double leak_uv = 1e3 * std::fabs(clean.back() - clean.front()) * std::sqrt(2.0 * 121) / 10800;
-        EXPECT_NEAR(printed("clean"), printed("raw") * std::pow(10.0, gain_db(design, 60) / 20), leak_uv);
+
+        const std::vector<double> spectrum = numbers_in(dir_ + "/ecg_spectrum.csv");
+        ASSERT_EQ(spectrum.size(), 4 * 8193U);
+        EXPECT_LT(spectrum[1], 0.01);  // the mean, -0.27 mV, does not count
+        for (std::size_t k = 0; k <= 8192; ++k) ASSERT_EQ(spectrum[4 * k], static_cast<double>(k) * 360 / 16384);
+        for (std::size_t s = 0; s < 3; ++s) {
+            double sum = 0;  // 58 to 62 Hz are bins 2640 to 2821; the window has a noise bandwidth of 1.5 / 30 s
+            for (std::size_t k = 2640; k <= 2821; ++k) {
+                ASSERT_NEAR(spectrum[4 * k + 1 + s], amplitude(signals[s], k), 1e-10);  // mV; the mean leaks 2e-11
+                sum += std::pow(spectrum[4 * k + 1 + s], 2) / 2 * 10801 / 1.5 / 16384;
+            }
+            EXPECT_NEAR(printed("rms 58-62 Hz (uV)", s), 1e3 * std::sqrt(sum), 6e-4);  // printed to 1e-3 uV
+        }
+        EXPECT_LT(std::fabs(printed("R peaks (ms)", 2)), 1e3 / 360);  // the flanks differ, which moves the tops
+        EXPECT_NEAR(printed("R peaks (ms)", 1) - printed("R peaks (ms)", 2), lag_ms(cutoff), 0.5e3 / 360);
     }
 }
 
-TEST_F(CleanEcg, measures_a_long_record_in_parts) {
-    std::ostringstream sine;  // 1 mV at 60 Hz: an rms of 1 / sqrt(2) mV, here over three parts of 50 s
-    for (int i = 0; i < 150 * 250; ++i) sine << i / 250.0 << ',' << std::sin(2 * pi * 0.24 * i) << "\r\n";
+TEST_F(CleanEcg, finds_beats_of_either_sign_and_how_far_they_move) {
+    for (const double sign : {1.0, -1.0}) {
+        std::ostringstream record;  // symmetric beats, one a second, on a drifting baseline
+        for (int i = 0; i < 20 * 360; ++i) {
+            const double beat = std::exp(-1e3 * std::pow(std::remainder(i / 360.0 - 0.3, 1), 2));
+            record << i / 360.0 << ',' << 2 * std::sin(i / 1800.0) + sign * beat << '\n';
+        }
+        write_input(record.str());
+        EXPECT_EQ(run("in.csv"), 0);
+        EXPECT_EQ(printed("R peaks  "), 20);
+        EXPECT_NEAR(printed("R peaks (ms)", 1), lag_ms(50), 0.1);
+        EXPECT_NEAR(printed("R peaks (ms)", 2), 0, 0.02);
+    }
+}
+
+TEST_F(CleanEcg, shows_the_amplitude_and_rms_of_a_sine) {
+    std::ostringstream sine;  // 1 mV in bin 15729 of 65536, at 60.0014 Hz
+    for (int i = 0; i < 150 * 250; ++i) sine << i / 250.0 << ',' << std::sin(2 * pi * 15729 / 65536 * i) << "\r\n";
     write_input(sine.str());
     EXPECT_EQ(run("in.csv 100"), 0);
-    EXPECT_EQ(printed("samples"), 37500);
     EXPECT_EQ(printed("sampling rate"), 250);
-    EXPECT_NEAR(printed("raw"), 1e3 / std::numbers::sqrt2, 0.01);  // six digits in, three decimals out
+    EXPECT_NEAR(printed("rms 58-62 Hz (uV)"), 1e3 / std::numbers::sqrt2, 0.01);
+    EXPECT_NE(out_.find("no R peaks found"), std::string::npos);
+    EXPECT_NEAR(numbers_in(dir_ + "/ecg_spectrum.csv").at(4 * 15729 + 1), 1, 1e-5);  // six digits in
 }
 
 TEST_F(CleanEcg, complains_in_one_line_and_leaves_no_output) {
@@ -153,9 +184,11 @@ TEST_F(CleanEcg, complains_in_one_line_and_leaves_no_output) {
         expect_one_line_and_no_output(complaint);
     }
 
-    std::filesystem::create_directory(dir_ + "/ecg_clean.csv");
-    EXPECT_EQ(run("'" RECORD "'"), 1);
-    expect_one_line_and_no_output(": ecg_clean.csv: ");  // complete, but not to be renamed
+    for (const std::string file : {"ecg_spectrum.csv.tmp", "ecg_spectrum.csv", "ecg_clean.csv"}) {
+        std::filesystem::create_directory(dir_ + '/' + file);
+        EXPECT_EQ(run("'" RECORD "'"), 1);
+        expect_one_line_and_no_output(": " + file + ": ");
+    }
 }
 
 }  // namespace
