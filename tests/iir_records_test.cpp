@@ -5,6 +5,7 @@
 #include <cmath>
 #include <complex>
 #include <cstring>
+#include <numbers>
 #include <random>
 #include <vector>
 
@@ -22,7 +23,8 @@ double random_value() { return static_cast<double>(source()) * 0x1p-32 - 0.5; }
 // registers of its own: after a sum beyond 1e20 the next section finds all of them at rest.
 void expect_guarded_filter(const IIRCoeffs &c, const std::vector<double> &x, int n) {
     std::vector out = x;
-    FilterWithIIR((n + c.NumSections) % 2 == 0 ? x.data() : out.data(), out.data(), n > 0 ? n : -1, c);
+    const bool in_place = (n + c.NumSections) % 2 != 0;
+    FilterWithIIR(in_place ? out.data() : x.data(), out.data(), n > 0 ? n : -1, c);
     TIIRFilter r{};
     double s = 0, y = 0;
     for (int i = 0; i < n + 20; ++i) {
@@ -33,7 +35,11 @@ void expect_guarded_filter(const IIRCoeffs &c, const std::vector<double> &x, int
             y = c.a0[k] * s - c.a1[k] * r.RegY1[k] - c.a2[k] * r.RegY2[k];
             // The inner call has no such section: it gives back its input and changes nothing.
             EXPECT_TRUE(i < n || same(SectCalc(SectCalc(u, 0, k % 2 == 0 ? -1 : 50, c), i, k, c), y)) << i << ' ' << k;
-            r.RegX2[k] = r.RegX1[k], r.RegX1[k] = u, r.RegY2[k] = r.RegY1[k], r.RegY1[k] = u = y;
+            r.RegX2[k] = r.RegX1[k];
+            r.RegX1[k] = u;
+            r.RegY2[k] = r.RegY1[k];
+            r.RegY1[k] = y;
+            u = y;
         }
         EXPECT_TRUE(same(out.data()[i], i < n ? y : x.data()[i])) << i;
     }
@@ -44,12 +50,16 @@ void expect_zero_phase(const IIRCoeffs &c, const std::vector<double> &x, int n) 
     for (double *r : {looped.RegX1, looped.RegX2, looped.RegY1, looped.RegY2}) std::generate_n(r, 50, random_value);
     TIIRFilter f = looped;
     std::vector in = x, out = x, y = x;
-    double *const to = (n + c.NumSections) % 2 == 0 ? out.data() : nullptr;
-    EXPECT_EQ(IIRFilterZeroPhase(&f, in.data(), to, n > 0 ? n : std::min(-c.NumSections, 0)), to ? to : in.data());
+    const bool in_place = (n + c.NumSections) % 2 != 0;
+    double *const result =
+        IIRFilterZeroPhase(&f, in.data(), in_place ? nullptr : out.data(), n > 0 ? n : std::min(-c.NumSections, 0));
+    EXPECT_EQ(result, in_place ? in.data() : out.data());
     for (int i = 0; i < n; ++i) y.data()[i] = IIRFilter(&looped, y.data()[i]);
     looped.Primed = 0;
     for (int i = n; i-- > 0;) y.data()[i] = IIRFilter(&looped, y.data()[i]);
-    EXPECT_TRUE(in == (to ? x : y) && out == (to ? y : x) && std::memcmp(&f, &looped, sizeof f) == 0);
+    EXPECT_EQ(in, in_place ? y : x);
+    EXPECT_EQ(out, in_place ? x : y);
+    EXPECT_EQ(std::memcmp(&f, &looped, sizeof f), 0);
 }
 
 // Sections that fill their groups of four lanes and do not; fewer samples than the lanes lag behind, and the border of
@@ -62,10 +72,17 @@ TEST(IirRecords, have_the_bits_of_loops_over_samples) {
                 SCOPED_TRACE(testing::Message() << sections << " sections, " << n << " samples, spike of " << spike);
                 IIRCoeffs c{};
                 for (double *v : {c.a1, c.a2, c.b1, c.b2}) std::generate_n(v, 50, random_value);
-                for (int k = 0; k < 50; ++k) c.a0[k] = 1 + k / 64.0, c.b0[k] = 1 / c.a0[k];
+                for (int k = 0; k < 50; ++k) {
+                    c.a0[k] = 1 + k / 64.0;
+                    c.b0[k] = 1 / c.a0[k];
+                }
+                c.NumSections = sections;
                 const int last = std::clamp(sections, 1, 50) - 1, places[] = {0, n / 2, 511, 512, n - 1};
-                c.NumSections = sections, c.a2[last] += spike == 1 ? 16 : 0;
-                if (spike == 1e12) c.a0[last] = 1e-12, c.b0[last] = 1e12;
+                if (spike == 1) c.a2[last] += 16;
+                if (spike == 1e12) {
+                    c.a0[last] = 1e-12;
+                    c.b0[last] = 1e12;
+                }
                 std::vector<double> x(static_cast<std::size_t>(n) + 20);
                 std::ranges::generate(x, random_value);
                 x.data()[std::clamp(places[source() % 5], 0, n)] = spike;
@@ -82,26 +99,37 @@ TEST(IIRFreqResponse, is_the_product_of_the_sections_and_squared_the_gain_of_zer
         for (const int points : {1, 3, 4, 5, 7, 100}) {
             TIIRFilter f{};
             IIRCoeffs &c = f.Coeffs = CalcIIRFilterCoeff({design % 5, 0.3, 0.2, 0, {design / 5, 7, 0.1, 60, 0}});
-            re[points] = im[points] = 7, c.NumSections = 3;
-            IIRFreqResponse(c, 3, re, im, points), IIRFreqResponse(c, 3, nullptr, nullptr, -points);
-            EXPECT_TRUE(re[points] == 7 && im[points] == 7 && (design % 5 > 0 || std::fabs(re[0] - 1) < 1e-12));
+            c.NumSections = 3;
+            re[points] = im[points] = 7;
+            IIRFreqResponse(c, 3, re, im, points);
+            IIRFreqResponse(c, 3, nullptr, nullptr, -points);
+            EXPECT_TRUE(re[points] == 7 && im[points] == 7);
+            EXPECT_TRUE(design % 5 != ptLowPass || std::fabs(re[0] - 1) < 1e-12);
             for (int i = 0; i < points && !HasFailure(); ++i) {
-                const double w = i * M_PI / points;
+                const double w = i * std::numbers::pi / points;
                 std::complex<Long> h = 1, z = std::polar(1.0L, -Long(w));
                 const auto at = [&z](double p, double q, double r) { return Long(p) + z * (Long(q) + z * Long(r)); };
                 for (int k = 0; k < 3; ++k) h *= at(c.b0[k], c.b1[k], c.b2[k]) / at(1, c.a1[k], c.a2[k]);
                 EXPECT_LT(std::abs(h - std::complex<Long>(Long(re[i]), Long(im[i]))), 1e-12);
                 for (int t = -1000; t <= 1000; ++t) x[1000 + t] = std::cos(w * t);
-                IIRFilterZeroPhase(&f, x, nullptr, 2001), f.Primed = 0;
+                f.Primed = 0;
+                IIRFilterZeroPhase(&f, x, nullptr, 2001);
                 for (int t = -100; t <= (design % 5 == ptLowPass && i == 0 ? 1000 : 100); ++t)
                     EXPECT_NEAR(x[1000 + t], (re[i] * re[i] + im[i] * im[i]) * std::cos(w * t), 1e-12);
             }
         }
     IIRCoeffs c{};
     // The first denominator is 0 and counts as 1e-12, the others are 1.8e-12.
-    for (int k = 0; k < 50; ++k) c.a0[k] = 0x1p-38, c.b0[k] = 1, c.a1[k] = -2, c.a2[k] = k == 0 ? 1 : 1 + 0x1p-39;
-    IIRFreqResponse(c, 60, re, im, 1), IIRFreqResponse(c, -5, re + 1, im + 1, 1);
-    EXPECT_DOUBLE_EQ(re[0], 1e12 * 0x1p11 * re[1]);
+    for (int k = 0; k < 50; ++k) {
+        c.a0[k] = 0x1p-38;
+        c.b0[k] = 1;
+        c.a1[k] = -2;
+        c.a2[k] = k == 0 ? 1 : 1 + 0x1p-39;
+    }
+    IIRFreqResponse(c, 60, re, im, 1);
+    EXPECT_DOUBLE_EQ(re[0], 1e12 * 0x1p11);
+    IIRFreqResponse(c, -5, re, im, 1);  // no section
+    EXPECT_TRUE(re[0] == 1 && im[0] == 0);
 }
 
 TEST(dataZeroPhaseFilter, prints_and_uses_the_cutoff_of_the_formula) {
@@ -112,7 +140,8 @@ TEST(dataZeroPhaseFilter, prints_and_uses_the_cutoff_of_the_formula) {
                                {-5, 100, 0.4, 0, -3},  {200, 100, 0.4, 10, 0}, {200, 100, 0.4, nan, 0}};
     for (const auto &[n, fs, ratio, fc, k] : cases) {
         double x[200], y[200];
-        for (int t = 0; t < 200; ++t) x[t] = y[t] = 3 + std::cos(t * M_PI / 50) + std::cos(t * M_PI / 25) / 2;
+        for (int t = 0; t < 200; ++t)
+            x[t] = y[t] = 3 + std::cos(t * std::numbers::pi / 50) + std::cos(t * std::numbers::pi / 25) / 2;
         TIIRFilter f{};
         initTIIRFilter(&f, ptLowPass, std::min(fc <= 0 ? k * fs / (n - 1) * 15 : fc, fs / 2), fs);
         IIRFilterZeroPhase(&f, y, nullptr, static_cast<int>(n));
