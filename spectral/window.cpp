@@ -123,10 +123,10 @@ void WindowData(double *data, int n, int kind, double alpha, double beta, int un
 
     const auto work = mensura::scratch<double>(half + 1);
     if (!work) return;
-    const std::span computed(work.get(), half + (has_own_centre ? 1 : 0));
+    const std::span computed(work.get(), half + (has_own_centre ? size % 2 : 0));
     fill_taper(computed, kind, points, std::clamp(beta, 0.0, 10.0));
 
-    Window window{computed.first(half), has_own_centre ? computed[half] : 1.0, size - 2 * half};
+    Window window{computed.first(half), computed.size() > half ? computed[half] : 1.0, size - 2 * half};
     if (unityGain != 0) {
         const double gain = mean(window);
         if (gain != 0.0) divide(window, gain);
