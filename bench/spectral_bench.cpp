@@ -93,7 +93,7 @@ void compare_transforms(benchmark::State &state, Signal &signal, Peer transform)
 
 #ifdef MENSURA_HAVE_FFTW
 
-// In place, split arrays, the best plan that FFTW finds by trying; kept.
+// In place, split arrays, a plan that FFTW has measured; kept.
 void FFT_against_FFTW(benchmark::State &state) {
     Signal signal(size_of(state));
     double *const re = signal.re.data(), *const im = signal.im.data();

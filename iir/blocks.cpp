@@ -12,9 +12,8 @@ using namespace mensura::iir;
 
 namespace {
 
-constexpr double kBlowUp = 1e20;     // a sum beyond this wipes the registers
-constexpr double kRest = 1e-12;      // MaxRegVal after a wipe
-constexpr std::size_t kPiece = 512;  // samples tried at once
+constexpr double kBlowUp = 1e20;  // a sum beyond this wipes the registers
+constexpr double kRest = 1e-12;   // MaxRegVal after a wipe
 
 struct Registers {
     double RegX1[MAX_IIR_SECTIONS], RegX2[MAX_IIR_SECTIONS];
@@ -22,24 +21,24 @@ struct Registers {
     double MaxRegVal;  // largest feed-forward sum or output since the last wipe
     int MessageShown;  // 1 after the first blow-up
 };
-constinit Registers block{};
+constinit Registers shared{};
 
 void wipe() {
-    for (double *registers : {block.RegX1, block.RegX2, block.RegY1, block.RegY2})
+    for (double *registers : {shared.RegX1, shared.RegX2, shared.RegY1, shared.RegY2})
         std::fill_n(registers, MAX_IIR_SECTIONS, 0.0);
-    block.MaxRegVal = kRest;
+    shared.MaxRegVal = kRest;
 }
 
 void start_section(bool start_of_block) {
-    const bool blown_up = block.MaxRegVal > kBlowUp;
-    if (blown_up) block.MessageShown = 1;
+    const bool blown_up = shared.MaxRegVal > kBlowUp;
+    if (blown_up) shared.MessageShown = 1;
     if (blown_up || start_of_block) wipe();
 }
 
 double run_guarded(const IIRCoeffs &c, std::size_t k, double x) {
-    const auto [s, y] = run_section(c, block, k, x);
+    const auto [s, y] = run_section(c, shared, k, x);
     for (const double sum : {s, y})
-        if (std::fabs(sum) > block.MaxRegVal) block.MaxRegVal = std::fabs(sum);
+        if (std::fabs(sum) > shared.MaxRegVal) shared.MaxRegVal = std::fabs(sum);
     return y;
 }
 
@@ -57,13 +56,13 @@ void run_piece_guarded(const IIRCoeffs &c, const double *in, double *out, std::s
 
 // The same where nothing blows up, which only shows afterwards; then the piece has to be run again.
 void run_piece(const IIRCoeffs &c, const double *in, double *out, std::size_t n) {
-    const Registers before = block;
+    const Registers before = shared;
     double input[kPiece];
     std::copy_n(in, n, input);
-    const double peak = MENSURA_DISPATCH(run_samples)(c, sections_to_run(c), arrays_of(block), in, out, n, 1);
-    block.MaxRegVal = std::max(block.MaxRegVal, peak);
-    if (block.MaxRegVal <= kBlowUp) return;
-    block = before;
+    const double peak = MENSURA_DISPATCH(run_samples)(c, sections_to_run(c), arrays_of(shared), in, out, n, 1);
+    shared.MaxRegVal = std::max(shared.MaxRegVal, peak);
+    if (shared.MaxRegVal <= kBlowUp) return;
+    shared = before;
     run_piece_guarded(c, input, out, n);
 }
 

@@ -1,5 +1,5 @@
-// Sections in lanes.  A section waits for its own last output, so one after the other they leave the processor idle.  Here
-// four sections run in one step, each on an earlier sample than the section that feeds it:
+// Sections in lanes.  A section waits for its own last output, so one after the other they leave the processor idle.
+// Here four sections run in one step, each on an earlier sample than the section that feeds it:
 //
 //     section 0: sample t,  section 1: sample t - kLag,  section 2: sample t - 2 kLag,  section 3: sample t - 3 kLag
 //
@@ -58,7 +58,7 @@ LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::s
         return y[count - 1];
     };
 
-    // Before every section has its first sample, and after the first one had its last, the registers of the others stay.
+    // Before every section has its first sample, and after the first had its last, the registers of the others stay.
     constexpr std::size_t lead = kLag * (count - 1);
     const auto at = [step](std::size_t i) { return static_cast<std::ptrdiff_t>(i) * step; };
     const auto advance_some = [&](std::size_t t) LANES_LAMBDA {

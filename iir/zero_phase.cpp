@@ -1,6 +1,6 @@
 // Filtering whole records without a phase shift.
 
-#include <mensura/spectral.h>
+#include <mensura/iir.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -9,6 +9,7 @@
 
 #include "../internal/scratch.h"
 #include "../internal/target.h"
+#include "../spectral/dft.h"
 #include "direct_form.h"
 #include "pipeline_kernel.h"
 
@@ -22,14 +23,11 @@ constexpr std::ptrdiff_t kForwards = 1, kBackwards = -1;
 
 // As IIRFilter, sample by sample; in pieces, so that all sections of a long cascade find their input in the cache.
 void run_record(TIIRFilter &f, const double *in, double *out, std::size_t n, std::ptrdiff_t step) {
-    constexpr std::size_t kPiece = 512;
     if (f.Primed == 0) prime(f, *in);
-    for (std::size_t left = n; left > 0;) {
-        const std::size_t piece = std::min(left, kPiece);
-        MENSURA_DISPATCH(run_samples)(f.Coeffs, sections_to_run(f.Coeffs), arrays_of(f), in, out, piece, step);
-        in += static_cast<std::ptrdiff_t>(piece) * step;
-        out += static_cast<std::ptrdiff_t>(piece) * step;
-        left -= piece;
+    for (std::size_t i = 0; i < n; i += kPiece) {
+        const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(i) * step;
+        MENSURA_DISPATCH(run_samples)
+        (f.Coeffs, sections_to_run(f.Coeffs), arrays_of(f), in + at, out + at, std::min(kPiece, n - i), step);
     }
 }
 
@@ -42,7 +40,7 @@ std::optional<double> find_cutoff(const double *data, int n, double fs, double r
     if (!re || !im || !magnitude) return std::nullopt;
     std::copy_n(data, std::max(n, 0), re.get());
     std::fill_n(im.get(), points, 0.0);
-    DFT(re.get(), im.get(), n, 1);  // not divided by n: only ratios matter
+    if (!mensura::spectral::dft(re.get(), im.get(), n, 1)) return std::nullopt;  // not divided by n: only ratios matter
 
     int peak = 0;
     double largest = 0.0;

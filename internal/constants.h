@@ -4,6 +4,7 @@
 namespace mensura {
 
 inline constexpr double kPi = 3.141592653589793;
+inline constexpr double kTwoPi = 6.283185307179586;
 inline constexpr double kHalfPi = 1.5707963267948966;
 inline constexpr double kQuarterPi = 0.7853981633974483;
 

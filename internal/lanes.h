@@ -1,5 +1,5 @@
-// Four doubles side by side, each rounded as if alone.  Lanes run over independent results, so a kernel written with them
-// has the same bits on every target; the compiler splits them where the processor's registers are shorter.
+// Four doubles side by side, each rounded as if alone.  Lanes run over independent results, so a kernel written with
+// them has the same bits on every target; the compiler splits them where the processor's registers are shorter.
 #pragma once
 
 #include <cstddef>

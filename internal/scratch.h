@@ -1,4 +1,5 @@
-// Scratch memory of one call: from malloc, because no exception may cross the C interface; freed at the end of its scope.
+// Scratch memory of one call: from malloc, because no exception may cross the C interface; freed at the end of its
+// scope.
 #pragma once
 
 #include <cstddef>

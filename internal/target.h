@@ -2,8 +2,10 @@
 // MENSURA_TARGET `baseline`, and once with -mavx2 and MENSURA_TARGET `avx2`, the namespace of its functions;
 // MENSURA_DISPATCH(f) is the one to call, chosen at run time without initialisation.  Elsewhere the baseline is alone.
 //
-// A kernel's file calls nothing inline from other headers that is not always inlined: the linker keeps one copy of such a
-// function, and it may be the one that only AVX2 can run.
+// Where the two differ in their code, as in iir/bank.cpp, TARGET_AVX2 marks the one function.
+//
+// A kernel's file calls nothing inline from other headers that is not always inlined: the linker keeps one copy of such
+// a function, and it may be the one that only AVX2 can run.
 #pragma once
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(MENSURA_BASELINE_ONLY)

@@ -1,14 +1,16 @@
 // Transforms of any length, term by term.
 
-#include "dft_kernel.h"
+#include "dft.h"
 
 #include <mensura/spectral.h>
 
 #include <cstddef>
 
+#include "../internal/constants.h"
 #include "../internal/scratch.h"
 #include "../internal/sincos.h"
 #include "../internal/target.h"
+#include "dft_kernel.h"
 
 using namespace mensura::spectral;
 
@@ -21,7 +23,7 @@ mensura::Scratch<Complex> unit_circle(Size n, double sign) {
     auto circle = mensura::scratch<Complex>(n);
     if (!circle) return circle;
     for (Size k = 0; k < n; ++k) {
-        const double angle = static_cast<double>(k) * 6.283185307179586 / static_cast<double>(n);
+        const double angle = static_cast<double>(k) * mensura::kTwoPi / static_cast<double>(n);
         const auto [sin, cos] = mensura::sincos_of(angle);
         circle[k] = Complex{cos, sign * sin};
     }
@@ -30,12 +32,13 @@ mensura::Scratch<Complex> unit_circle(Size n, double sign) {
 
 }  // namespace
 
-void DFT(double *re, double *im, int n, int dir) {
-    if (n < 1 || dir < 0 || dir > 1) return;
+bool mensura::spectral::dft(double *re, double *im, int n, int dir) {
+    if (dir < 0 || dir > 1) return false;
+    if (n < 1) return true;
     const auto size = static_cast<Size>(n);
     const auto circle = unit_circle(size, dir == 0 ? -1.0 : 1.0);
     const auto sums = mensura::scratch<Complex>(size);
-    if (!circle || !sums) return;
+    if (!circle || !sums) return false;
 
     MENSURA_DISPATCH(sum_bins)(re, im, size, circle.get(), sums.get(), size);
     const double divisor = dir == 0 ? n : 1.0;
@@ -43,7 +46,10 @@ void DFT(double *re, double *im, int n, int dir) {
         re[k] = sums[k][0] / divisor;
         im[k] = sums[k][1] / divisor;
     }
+    return true;
 }
+
+void DFT(double *re, double *im, int n, int dir) { static_cast<void>(dft(re, im, n, dir)); }
 
 void RealSigDFT(const double *x, double *outRe, double *outIm, int n) {
     if (n < 1) return;

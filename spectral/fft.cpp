@@ -8,7 +8,8 @@
 //      the cache while it is worked on
 //   3. the last two stages, scaled, into the caller's arrays
 //
-// The inverse is the forward transform with re and im exchanged: swapped, the butterflies of one are those of the other.
+// The inverse is the forward transform with re and im exchanged: swapped, the butterflies of one are those of the
+// other.
 
 #include "fft_kernel.h"
 
@@ -30,13 +31,13 @@ namespace {
 using Size = std::size_t;
 
 constexpr Size kLine = alignof(Bins);
-constexpr int kNear = 256;  // points up to which the stack has room
+constexpr Size kNearBlocks = 64;  // up to 256 points the blocks lie on the stack: malloc serves the rest faster
 
-// For the blocks, and the factors of n / 16 + n / 64 + ... blocks, down to a pass of one or two.
-constexpr Size bytes_for(Size n) { return n / kLanes * sizeof(Bins) + (n / 12 + 1) * sizeof(Factors); }
+// Factors of n / 16 + n / 64 + ... blocks, down to a pass of one or two.
+constexpr Size factor_count(Size n) { return n / 12 + 1; }
 
-// The first quarter of the circle, as the last pass wants it.  In scalar stores: to change one lane of a vector would mean to
-// read the others back while they are still on their way to memory.
+// The first quarter of the circle, as the last pass wants it.  In scalar stores: to change one lane of a vector would
+// mean to read the others back while they are still on their way to memory.
 void fill_circle(const Plan &plan) {
     auto *const table = reinterpret_cast<double *>(plan.factors_of(plan.count() / 4));
     constexpr Size kStride = sizeof(Factors) / sizeof(double), kTwice = offsetof(Factors, twice) / sizeof(double);
@@ -52,18 +53,13 @@ void fill_circle(const Plan &plan) {
     put(0, 1.0, plan.zero);
 }
 
-void transform_in(std::byte *memory, Size n, double *re, double *im, int dir, double scale) {
-    auto *const blocks = reinterpret_cast<Bins *>(memory);
-    const Plan plan{n, blocks, reinterpret_cast<Factors *>(blocks + n / kLanes), dir == 0 ? 0.0 : -0.0};
-    fill_circle(plan);
-    if (dir == 1) std::swap(re, im);
-    MENSURA_DISPATCH(transform)(plan, re, im, scale);
-}
-
 // Eight points do not fill the blocks.
 void transform_eight(double *re, double *im, int dir, double scale) {
     constexpr int kPoints = 8;
-    double scratch_re[kPoints], scratch_im[kPoints], twiddle_re[kPoints / 2], twiddle_im[kPoints / 2];
+    const auto memory = mensura::scratch<double>(3 * kPoints);
+    if (!memory) return;
+    double *const scratch_re = memory.get(), *const scratch_im = scratch_re + kPoints;
+    double *const twiddle_re = scratch_im + kPoints, *const twiddle_im = twiddle_re + kPoints / 2;
     int index[kPoints];
     ReArrangeInput(re, im, scratch_re, scratch_im, index, kPoints);
     FillTwiddleArray(twiddle_re, twiddle_im, kPoints, dir);
@@ -74,20 +70,26 @@ void transform_eight(double *re, double *im, int dir, double scale) {
     }
 }
 
+void transform_blocks(double *re, double *im, Size n, int dir, double scale) {
+    Bins near[kNearBlocks];
+    const Size count = n / kLanes, far = count > kNearBlocks ? count : 0;
+    const auto memory = mensura::scratch<std::byte>(far * sizeof(Bins) + factor_count(n) * sizeof(Factors) + kLine);
+    if (!memory) return;
+    const auto last_of_line = reinterpret_cast<std::uintptr_t>(memory.get()) | (kLine - 1);
+    auto *const aligned = reinterpret_cast<Bins *>(last_of_line + 1);
+    const Plan plan{n, far > 0 ? aligned : near, reinterpret_cast<Factors *>(aligned + far), dir == 0 ? 0.0 : -0.0};
+    fill_circle(plan);
+    if (dir == 1) std::swap(re, im);
+    MENSURA_DISPATCH(transform)(plan, re, im, scale);
+}
+
 }  // namespace
 
 void FFT(double *re, double *im, int n, int dir) {
     if (IsValidFFTSize(n) == 0 || dir < 0 || dir > 1) return;
     const double scale = dir == 0 ? 1.0 / n : 1.0;
-    if (n == 8) return transform_eight(re, im, dir, scale);
-
-    const auto points = static_cast<Size>(n);
-    if (n <= kNear) {
-        alignas(kLine) std::byte memory[bytes_for(kNear)];
-        return transform_in(memory, points, re, im, dir, scale);
-    }
-    const auto memory = mensura::scratch<std::byte>(bytes_for(points) + kLine);
-    if (!memory) return;
-    const auto last_of_line = reinterpret_cast<std::uintptr_t>(memory.get()) | (kLine - 1);
-    transform_in(reinterpret_cast<std::byte *>(last_of_line + 1), points, re, im, dir, scale);
+    if (n == 8)
+        transform_eight(re, im, dir, scale);
+    else
+        transform_blocks(re, im, static_cast<Size>(n), dir, scale);
 }

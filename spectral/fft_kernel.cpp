@@ -60,8 +60,8 @@ constexpr Size kTiledBlocks = 1024, kLongRow = 2048;    // from which tiles, and
 constexpr Size kCachedBlocks = 256;                     // a quarter of this size is finished before the next
 constexpr Size kFarBlocks = 131072;                     // 8 MB, from which the blocks go straight to memory
 
-// Every other point of a circle belongs to one twice as coarse: `twice` of the last pass gives its `once`, that gives `twice`
-// of the pass before, and so on.
+// Every other point of a circle belongs to one twice as coarse: `twice` of the last pass gives its `once`, that gives
+// `twice` of the pass before, and so on.
 LANES_INLINE void fill_factors(const Plan &plan) {
     Size q = plan.count() / 4;
     for (; q > 1; q /= 4) {
@@ -147,6 +147,7 @@ LANES_INLINE void transform_quarters(const Plan &plan) {
         if (pairs) join_pairs(plan, x, cached);
         for (Size q = pairs ? 2 : 1; q < cached; q *= 4)
             for (Size i = 0; i < cached; i += 4 * q) join_in_place(plan, x + i, q);
+        // Then the larger groups that these blocks have just completed.
         for (Size q = cached; q < quarter && (done + cached) % (4 * q) == 0; q *= 4)
             join_in_place(plan, x + cached - 4 * q, q);
     }
@@ -155,11 +156,11 @@ LANES_INLINE void transform_quarters(const Plan &plan) {
 }  // namespace
 
 void transform(const Plan &plan, double *re, double *im, double scale) {
-    fill_factors(plan);
     if (plan.count() < kFarBlocks)
         gather<false>(plan, re, im);
     else
         gather<true>(plan, re, im);
+    fill_factors(plan);  // not earlier: the circle is still on its way to memory
     transform_quarters(plan);
     join_quarters(plan, plan.blocks, plan.count() / 4, [&](Size i, const Bins &bins) LANES_LAMBDA {
         store(re + i * kLanes, bins.re * all(scale));

@@ -18,8 +18,8 @@ struct Factors {
 struct Plan {
     std::size_t n;
     Bins *blocks;      // n / 4
-    Factors *factors;  // of the passes that join 4 q blocks, q each: q = 1, 4, 16, ... or 2, 8, 32, ..., up to n / 16;
-                       // the caller fills `twice` of the last one
+    Factors *factors;  // a table for every pass that joins four groups of q blocks, of q entries: q = 1, 4, 16, ... or
+                       // 2, 8, 32, ..., up to n / 16; the caller fills `twice` of the last one
     double zero;       // imaginary part of the factor 1: -0 in the inverse
 
     [[nodiscard]] LANES_INLINE std::size_t count() const { return n / kLanes; }

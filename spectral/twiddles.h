@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "../internal/constants.h"
 #include "../internal/sincos.h"
 
 namespace mensura::spectral {
@@ -12,7 +13,7 @@ namespace mensura::spectral {
 template <typename Entry>
 void for_first_eighth(std::size_t n, Entry entry) {
     constexpr double kSqrtHalf = 0.7071067811865476;
-    const double step = 6.283185307179586 / static_cast<double>(n);
+    const double step = kTwoPi / static_cast<double>(n);
     for (std::size_t i = 1; i < n / 8; ++i) {
         const auto [sin, cos] = sincos_of(static_cast<double>(i) * step);
         entry(i, cos, sin);

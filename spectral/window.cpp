@@ -15,9 +15,8 @@
 
 namespace {
 
-using mensura::kPi;
+using mensura::kPi, mensura::kTwoPi;
 
-constexpr double kTwoPi = 6.283185307179586;
 constexpr double kFactorial[] = {1.0, 2.0, 6.0, 24.0, 120.0, 720.0, 5040.0, 40320.0, 362880.0};
 
 // cos(m t) times the m-th value, summed over m.
@@ -118,7 +117,8 @@ void multiply(double *data, const Window &w) {
 void WindowData(double *data, int n, int kind, double alpha, double beta, int unityGain) {
     if (n < 1 || kind < wkKaiser || kind > wkSine) return;
     const auto size = static_cast<std::size_t>(n);
-    const bool has_own_centre = kind == wkKaiser || kind == wkFlatTop;  // and no flat middle
+    // No flat middle, and an odd n's centre computed: the flat top's peak; Kaiser's 1 unless beta is NaN.
+    const bool has_own_centre = kind == wkKaiser || kind == wkFlatTop;
     const std::size_t points = size - (has_own_centre ? 0 : flat_points(size, alpha)), half = points / 2;
 
     const auto work = mensura::scratch<double>(half + 1);

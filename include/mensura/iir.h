@@ -8,8 +8,8 @@
  * Ripple, attenuation and gain are in dB.  Analog prototypes have their corner at 1 rad/s.
  *
  * Memory.  Records are plain, of fixed capacity and owned by the caller.  Nothing here allocates except
- * dataZeroPhaseFilter when it has to find its cut-off.  IIRCoeffs takes 4 KB, TIIRFilter 5.7 KB and TIIRFilterBank 56 KB:
- * mind small stacks.
+ * dataZeroPhaseFilter when it has to find its cut-off.  IIRCoeffs takes 4 KB, TIIRFilter 5.7 KB and TIIRFilterBank
+ * 56 KB: mind small stacks.
  *
  * Threads.  Separate records may be designed and run in separate threads at once; one record belongs to one thread at a
  * time.  FilterWithIIR and SectCalc have registers that the whole process shares: one thread at a time.
@@ -162,43 +162,45 @@ MENSURA_EXPORT IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec);
 /* ---- Whole records ---------------------------------------------------------------------------------------------- */
 
 /* Filters a record forwards and then backwards: no phase shift, and the magnitude response counts twice (a -3 dB point
- * becomes a -6 dB point).
+ * becomes a -6 dB point).  docs/spectral.md shows both, and what the ends of a record suffer.
  *   in   n samples; read only when out is given
  *   out  n samples, or null to filter in place; may be in, and must not otherwise overlap in or the filter
- * Returns the array that holds the result.  The forward pass continues from the filter's state (an unprimed filter primes
- * itself); the backward pass primes itself with the last forward output and leaves its state in the filter.  A constant
- * comes back unchanged from a low-pass of unit gain.  n < 1 filters nothing and leaves the filter unprimed. */
+ * Returns the array that holds the result.  The forward pass continues from the filter's state (an unprimed filter
+ * primes itself); the backward pass primes itself with the last forward output and leaves its state in the filter.  A
+ * constant comes back, to rounding, from a low-pass of unit gain.  n < 1 filters nothing and leaves the filter
+ * unprimed. */
 MENSURA_EXPORT double *IIRFilterZeroPhase(TIIRFilter *filter, double *in, double *out, int n);
 
 /* Zero-phase low-pass of a record, in place, with the default design of initTIIRFilter.
  *   data   n samples           dt  sampling interval, not checked; fs = 1 / dt
  *   fc     cut-off in the unit of 1 / dt, held below fs / 2 or at it; 0 or less: found from the spectrum
  *   ratio  for a cut-off found from the spectrum: the fraction of the spectral peak that still counts as signal
- * The automatic cut-off is 15 k fs / (n - 1), k being the last bin below n / 2 whose magnitude exceeds ratio times that of
- * the largest bin p, DC left out; one line "fs,k,n,p" goes to standard output.  It takes a time proportional to n squared
- * (DFT) and 20 n bytes, 36 n more during the transform; where there is no memory, nothing is done.  Nothing is allocated
- * when fc is given.  n = 1 with an automatic cut-off, and a cut-off far below fs (see initTIIRFilter), give meaningless
- * filters. */
+ * The automatic cut-off is 15 k fs / (n - 1), k being the last bin below n / 2 whose magnitude exceeds ratio times that
+ * of the largest bin p, DC left out; one line "fs,k,n,p" goes to standard output.  When no bin exceeds that (ratio of 1
+ * or more, or all bins 0) k is p - 1.  It takes a time proportional to n squared (DFT) and 20 n bytes, 32 n more during
+ * the transform; where there is no memory, nothing is done.  Nothing is allocated when fc is given.
+ * n < 4, a k of 0 or less, and a cut-off far below fs (see initTIIRFilter) give meaningless filters: the record may
+ * come back as zeros.  n < 1 only prints. */
 MENSURA_EXPORT void dataZeroPhaseFilter(double *data, int n, double dt, double ratio, double fc);
 
 /* Filters a block that starts from rest: every register is 0 before in[0], and nothing is kept from call to call.
  *   in, out  n samples each; out may be in and must not otherwise overlap it; n < 1 touches nothing
  *   coeffs   section 0 always runs, also when NumSections < 2; above 50 sections, 50 run
- * When a feed-forward sum or an output of any section has exceeded 1e20, the next section to run first sets all registers
- * of all sections to 0, and the filter goes on from there: an unstable filter gives bursts instead of infinities.  NaN does
- * not trigger that, and stays in the registers until the end of the block.
+ * When a feed-forward sum or an output of any section has exceeded 1e20 in magnitude, the next section to run first
+ * sets all registers of all sections to 0, and the filter goes on from there: an unstable filter gives bursts instead
+ * of infinities.  NaN does not trigger that, and stays in the registers until the end of the block.
  * THE REGISTERS BELONG TO THE PROCESS: no two calls of FilterWithIIR or SectCalc may run at once. */
 MENSURA_EXPORT void FilterWithIIR(const double *in, double *out, int n, IIRCoeffs coeffs);
 
 /* One section of that filter for one sample; returns its output.
  *   x  the section's input          k  index of the sample in its block          j  section, 0 .. 49
- * k = 0 with j = 0 starts a block.  Any other j returns x and changes nothing. */
+ * k = 0 with j = 0 starts a block.  A j outside 0 .. 49 returns x and changes nothing. */
 MENSURA_EXPORT double SectCalc(double x, int k, int j, IIRCoeffs coeffs);
 
-/* The frequency response of the first numSections sections, whatever coeffs.NumSections says (0 or less: H = 1; above 50:
- * 50 sections):
- *     H(w) = product of a0 (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2),  z^-1 = exp(-i w),  w = i pi / numPoints
- *   re, im  numPoints values each, for i = 0 .. numPoints - 1: from DC up to, not including, the Nyquist frequency
+/* The frequency response of the first numSections sections (0 or less: H = 1; above 50: 50), whatever
+ * coeffs.NumSections says, at w = i pi / numPoints:
+ *     H(w) = product of a0 (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2),  z^-1 = exp(-j w)
+ *   re, im  numPoints values each, not overlapping, for i = 0 .. numPoints - 1: from DC up to, not including, Nyquist
  * A denominator below 1e-12 in magnitude counts as 1e-12, so that a pole on the unit circle gives a large number instead
  * of infinity.  numPoints < 1 writes nothing. */
 MENSURA_EXPORT void IIRFreqResponse(IIRCoeffs coeffs, int numSections, double *re, double *im, int numPoints);

@@ -1,5 +1,5 @@
-# Fails if an object file compiled for AVX2 defines a function that the linker may take for the whole library: one that is
-# inline in a header and was not inlined.  Older processors would run it too.
+# Fails if an object file compiled for AVX2 defines a function that the linker may take for the whole library: one that
+# is inline in a header and was not inlined.  Older processors would run it too.
 # Usage: kernels.sh nm objects...
 set -eu
 nm=$1
