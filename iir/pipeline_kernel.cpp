@@ -11,8 +11,6 @@
 #include "../internal/target.h"
 #include "direct_form.h"
 
-using mensura::all, mensura::kLanes, mensura::Lanes;
-
 namespace mensura::iir::MENSURA_TARGET {
 namespace {
 

@@ -60,11 +60,11 @@ std::optional<double> find_cutoff(const double *data, int n, double fs, double r
 }  // namespace
 
 double *IIRFilterZeroPhase(TIIRFilter *filter, double *in, double *out, int n) {
-    double *const y = out != nullptr ? out : in;
-    if (n > 0) run_record(*filter, in, y, static_cast<std::size_t>(n), kForwards);
+    if (out == nullptr) out = in;
+    if (n > 0) run_record(*filter, in, out, static_cast<std::size_t>(n), kForwards);
     filter->Primed = 0;
-    if (n > 0) run_record(*filter, y + n - 1, y + n - 1, static_cast<std::size_t>(n), kBackwards);
-    return y;
+    if (n > 0) run_record(*filter, out + n - 1, out + n - 1, static_cast<std::size_t>(n), kBackwards);
+    return out;
 }
 
 void dataZeroPhaseFilter(double *data, int n, double dt, double ratio, double fc) {
@@ -76,5 +76,5 @@ void dataZeroPhaseFilter(double *data, int n, double dt, double ratio, double fc
     }
     TIIRFilter filter;
     initTIIRFilter(&filter, ptLowPass, fs * 0.5 < fc ? fs * 0.5 : fc, fs);
-    IIRFilterZeroPhase(&filter, data, data, n);
+    IIRFilterZeroPhase(&filter, data, nullptr, n);
 }

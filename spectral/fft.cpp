@@ -16,7 +16,7 @@
 #include <mensura/spectral.h>
 
 #include <cstddef>
-#include <cstdint>
+#include <memory>
 #include <utility>
 
 #include "../internal/scratch.h"
@@ -30,7 +30,6 @@ namespace {
 
 using Size = std::size_t;
 
-constexpr Size kLine = alignof(Bins);
 constexpr Size kNearBlocks = 64;  // up to 256 points the blocks lie on the stack: malloc serves the rest faster
 
 // Factors of n / 16 + n / 64 + ... blocks, down to a pass of one or two.
@@ -73,10 +72,12 @@ void transform_eight(double *re, double *im, int dir, double scale) {
 void transform_blocks(double *re, double *im, Size n, int dir, double scale) {
     Bins near[kNearBlocks];
     const Size count = n / kLanes, far = count > kNearBlocks ? count : 0;
-    const auto memory = mensura::scratch<std::byte>(far * sizeof(Bins) + factor_count(n) * sizeof(Factors) + kLine);
+    const Size bytes = far * sizeof(Bins) + factor_count(n) * sizeof(Factors);
+    Size room = bytes + alignof(Bins);
+    const auto memory = mensura::scratch<std::byte>(room);
     if (!memory) return;
-    const auto last_of_line = reinterpret_cast<std::uintptr_t>(memory.get()) | (kLine - 1);
-    auto *const aligned = reinterpret_cast<Bins *>(last_of_line + 1);
+    void *start = memory.get();
+    auto *const aligned = static_cast<Bins *>(std::align(alignof(Bins), bytes, start, room));
     const Plan plan{n, far > 0 ? aligned : near, reinterpret_cast<Factors *>(aligned + far), dir == 0 ? 0.0 : -0.0};
     fill_circle(plan);
     if (dir == 1) std::swap(re, im);

@@ -65,8 +65,8 @@ void fill_taper(std::span<double> w, int kind, std::size_t points, double beta) 
         case wkNuttall: return fill_cosines(kNuttall);
         case wkKaiserBessel: return fill_cosines(kKaiserBessel);
         case wkTriangle: {
-            const auto steps = static_cast<double>((points + 1) / 2);
-            return fill([=](double j) { return j / steps; });
+            const std::size_t steps = (points + 1) / 2;
+            return fill([=](double j) { return j / static_cast<double>(steps); });
         }
         case wkGauss:
             return fill([=](double j) {

@@ -126,7 +126,7 @@ TEST(Transforms, are_linear_turn_shifts_into_phases_and_undo_each_other) {
             Signal impulse(n), mixed(n);
             const Signal x = noise(n), y(x.rbegin(), x.rend());
             Signal later = x;
-            std::ranges::rotate(later, later.end() - 3);
+            std::rotate(later.begin(), later.end() - 3, later.end());
             impulse[0] = static_cast<double>(n);
             for (Size t = 0; t < n; ++t) mixed[t] = a * x[t] + b * y[t];
             const Signal bins = run(transform, x, 1, 0), of_y = run(transform, y, 1, 0),
