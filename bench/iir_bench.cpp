@@ -3,7 +3,6 @@
 #include <mensura/iir.h>
 
 #include <array>
-#include <random>
 #include <vector>
 
 #include "compare.h"
@@ -18,14 +17,6 @@ using Size = std::size_t;
 
 constexpr Size kSamples = 10000;
 
-std::vector<double> noise(Size n) {
-    std::mt19937_64 bits(1);
-    std::uniform_real_distribution<double> uniform(-1, 1);
-    std::vector<double> samples(n);
-    for (double &x : samples) x = uniform(bits);
-    return samples;
-}
-
 TIIRFilter default_filter() {
     TIIRFilter f;
     initTIIRFilter(&f, ptLowPass, 40.0, 360.0);
@@ -36,7 +27,7 @@ TIIRFilter default_filter() {
 template <typename Peer, typename Run>
 void compare_with_loop(benchmark::State &state, Peer &loop, Run run) {
     TIIRFilter f = default_filter();
-    const std::vector<double> in = noise(kSamples);
+    const std::vector<double> in = bench::noise(kSamples);
     std::vector<double> out(kSamples);
     int sections = f.Coeffs.NumSections;
     benchmark::DoNotOptimize(sections);
@@ -78,7 +69,7 @@ void IIRFilters_ten_channels_against_IIRFilter(benchmark::State &state) {
     TIIRFilter one = default_filter();
     TIIRFilterBank bank;
     initTIIRFilters(&bank, ptLowPass, kChannels, 40.0, 360.0);
-    const std::vector<double> in = noise(kChannels * kInstants);
+    const std::vector<double> in = bench::noise(kChannels * kInstants);
     std::vector<double> out(in.size());
     bench::compare(
         state, static_cast<double>(in.size()),

@@ -7,7 +7,6 @@
 #include <complex>
 #include <memory>
 #include <numbers>
-#include <random>
 #include <vector>
 
 #include "compare.h"
@@ -20,17 +19,10 @@
 
 namespace {
 
+using bench::noise;
 using Size = std::size_t;
 using Samples = std::vector<double>;
 using Spectrum = std::vector<std::complex<double>>;
-
-Samples noise(Size n, unsigned seed) {
-    std::mt19937_64 bits(seed);
-    std::uniform_real_distribution<double> uniform(-1, 1);
-    Samples samples(n);
-    for (double &x : samples) x = uniform(bits);
-    return samples;
-}
 
 // Complex noise in two arrays, which stay where they are.
 struct Signal {

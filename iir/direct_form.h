@@ -51,7 +51,8 @@ template <typename Registers>
     return {s, y};
 }
 
-// Registers as if x had been the input for ever and every section had passed it unchanged.
+// Registers as if x had been the input for ever and every section had passed it unchanged.  Static, so that a caller
+// knows which processor registers survive the call.
 [[gnu::noinline, gnu::cold]] static inline void prime(TIIRFilter &f, double x) {
     for (double *registers : {f.RegX1, f.RegX2, f.RegY1, f.RegY2}) std::fill_n(registers, MAX_IIR_SECTIONS, x);
     f.Primed = 1;

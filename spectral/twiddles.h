@@ -1,7 +1,6 @@
 // The twiddle factors exp(2 pi i k / n): the eighth that comes from libm, the other entries being its mirror images.
 #pragma once
 
-#include <cmath>
 #include <cstddef>
 
 #include "../internal/constants.h"
