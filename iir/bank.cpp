@@ -158,9 +158,9 @@ int run_pairs(TIIRFilterBank &, const double *, double *) { return 0; }
 
 }  // namespace
 
-int IIRFilters(TIIRFilterBank *bank, const double *in, double *out) {
+int IIRFilters(TIIRFilterBank *bank, const double *x, double *out) {
     if (bank->Count < 1) return bank->Count;
-    int i = mensura::has_avx2() ? run_pairs(*bank, in, out) : 0;
-    for (; i < bank->Count; ++i) out[i] = IIRFilter(&bank->Filters[i], in[i]);
+    int i = mensura::has_avx2() ? run_pairs(*bank, x, out) : 0;
+    for (; i < bank->Count; ++i) out[i] = IIRFilter(&bank->Filters[i], x[i]);
     return bank->Count;
 }

@@ -74,9 +74,9 @@ double SectCalc(double x, int k, int j, IIRCoeffs coeffs) {
     return run_guarded(coeffs, static_cast<std::size_t>(j), x);
 }
 
-void FilterWithIIR(const double *in, double *out, int n, IIRCoeffs coeffs) {
+void FilterWithIIR(const double *x, double *out, int n, IIRCoeffs coeffs) {
     if (n < 1) return;
     start_section(true);
     const auto size = static_cast<std::size_t>(n);
-    for (std::size_t i = 0; i < size; i += kPiece) run_piece(coeffs, in + i, out + i, std::min(kPiece, size - i));
+    for (std::size_t i = 0; i < size; i += kPiece) run_piece(coeffs, x + i, out + i, std::min(kPiece, size - i));
 }

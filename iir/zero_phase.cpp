@@ -59,9 +59,9 @@ std::optional<double> find_cutoff(const double *data, int n, double fs, double r
 
 }  // namespace
 
-double *IIRFilterZeroPhase(TIIRFilter *filter, double *in, double *out, int n) {
-    if (out == nullptr) out = in;
-    if (n > 0) run_record(*filter, in, out, static_cast<std::size_t>(n), kForwards);
+double *IIRFilterZeroPhase(TIIRFilter *filter, double *x, double *out, int n) {
+    if (out == nullptr) out = x;
+    if (n > 0) run_record(*filter, x, out, static_cast<std::size_t>(n), kForwards);
     filter->Primed = 0;
     if (n > 0) run_record(*filter, out + n - 1, out + n - 1, static_cast<std::size_t>(n), kBackwards);
     return out;

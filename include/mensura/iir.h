@@ -143,10 +143,10 @@ MENSURA_EXPORT void initTIIRFilters(TIIRFilterBank *bank, int passType, int coun
  * filter is restarted. */
 MENSURA_EXPORT double IIRFilter(TIIRFilter *filter, double x);
 
-/* One sample instant of a bank: out[i] = IIRFilter(&bank->Filters[i], in[i]) for i < Count, with identical bits.
- * Reads in[0 .. Count-1], writes out[0 .. Count-1]; out may be in.  Returns Count; a Count < 1 runs nothing.
+/* One sample instant of a bank: out[i] = IIRFilter(&bank->Filters[i], x[i]) for i < Count, with identical bits.
+ * Reads x[0 .. Count-1], writes out[0 .. Count-1]; out may be x.  Returns Count; a Count < 1 runs nothing.
  * A Count above 10 reads past the bank: it is the caller's duty to keep within it. */
-MENSURA_EXPORT int IIRFilters(TIIRFilterBank *bank, const double *in, double *out);
+MENSURA_EXPORT int IIRFilters(TIIRFilterBank *bank, const double *x, double *out);
 
 /* The cascade of a request.  Every section has a0 = 1 and a leading denominator coefficient of 1.  Before GainDb is
  * applied it has unit gain at DC (low-pass) or at Nyquist (high-pass); of the band types the two halves of a section
@@ -163,13 +163,13 @@ MENSURA_EXPORT IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec);
 
 /* Filters a record forwards and then backwards: no phase shift, and the magnitude response counts twice (a -3 dB point
  * becomes a -6 dB point).  docs/spectral.md shows both, and what the ends of a record suffer.
- *   in   n samples; read only when out is given
- *   out  n samples, or null to filter in place; may be in, and must not otherwise overlap in or the filter
+ *   x    n samples; read only when out is given
+ *   out  n samples, or null to filter in place; may be x, and must not otherwise overlap x or the filter
  * Returns the array that holds the result.  The forward pass continues from the filter's state (an unprimed filter
  * primes itself); the backward pass primes itself with the last forward output and leaves its state in the filter.  A
  * constant comes back, to rounding, from a low-pass of unit gain.  n < 1 filters nothing and leaves the filter
  * unprimed. */
-MENSURA_EXPORT double *IIRFilterZeroPhase(TIIRFilter *filter, double *in, double *out, int n);
+MENSURA_EXPORT double *IIRFilterZeroPhase(TIIRFilter *filter, double *x, double *out, int n);
 
 /* Zero-phase low-pass of a record, in place, with the default design of initTIIRFilter.
  *   data   n samples           dt  sampling interval, not checked; fs = 1 / dt
@@ -183,14 +183,14 @@ MENSURA_EXPORT double *IIRFilterZeroPhase(TIIRFilter *filter, double *in, double
  * come back as zeros.  n < 1 only prints. */
 MENSURA_EXPORT void dataZeroPhaseFilter(double *data, int n, double dt, double ratio, double fc);
 
-/* Filters a block that starts from rest: every register is 0 before in[0], and nothing is kept from call to call.
- *   in, out  n samples each; out may be in and must not otherwise overlap it; n < 1 touches nothing
+/* Filters a block that starts from rest: every register is 0 before x[0], and nothing is kept from call to call.
+ *   x, out   n samples each; out may be x and must not otherwise overlap it; n < 1 touches nothing
  *   coeffs   section 0 always runs, also when NumSections < 2; above 50 sections, 50 run
  * When a feed-forward sum or an output of any section has exceeded 1e20 in magnitude, the next section to run first
  * sets all registers of all sections to 0, and the filter goes on from there: an unstable filter gives bursts instead
  * of infinities.  NaN does not trigger that, and stays in the registers until the end of the block.
  * THE REGISTERS BELONG TO THE PROCESS: no two calls of FilterWithIIR or SectCalc may run at once. */
-MENSURA_EXPORT void FilterWithIIR(const double *in, double *out, int n, IIRCoeffs coeffs);
+MENSURA_EXPORT void FilterWithIIR(const double *x, double *out, int n, IIRCoeffs coeffs);
 
 /* One section of that filter for one sample; returns its output.
  *   x  the section's input          k  index of the sample in its block          j  section, 0 .. 49

@@ -4,7 +4,12 @@
 
 #include <mensura/complex.h>
 #include <mensura/iir.h>
+#include <mensura/kalman.h>
+#include <mensura/matrix.h>
+#include <mensura/ode.h>
+#include <mensura/online.h>
 #include <mensura/roots.h>
+#include <mensura/smooth.h>
 #include <mensura/spectral.h>
 
 #endif

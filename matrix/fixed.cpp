@@ -1,0 +1,134 @@
+// Matrices of fixed capacity; their by-value forms are in by_value.cpp.
+
+#include <mensura/matrix.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "../internal/target.h"
+#include "inverse_kernel.h"
+#include "product_kernel.h"
+
+using namespace mensura::matrix;
+using Size = std::size_t;
+
+namespace {
+
+Strided<const double> rows_of(const RMATRIX *m) { return {m->data, RMATRIX_CAPACITY}; }
+Strided<double> rows_of(RMATRIX *m) { return {m->data, RMATRIX_CAPACITY}; }
+
+// The part of the corner that lies in the record: sizes are stored unchecked.
+Size within(int size) { return static_cast<Size>(std::clamp(size, 0, static_cast<int>(RMATRIX_CAPACITY))); }
+
+bool fits(int size) { return size >= 1 && size <= RMATRIX_CAPACITY; }
+bool is_operand(const RMATRIX *m) { return m != nullptr && fits(m->rows) && fits(m->cols); }
+
+void set_size(RMATRIX *m, int rows, int cols) {
+    m->rows = rows;
+    m->cols = cols;
+}
+
+RMATRIX *fail(RMATRIX *out) {
+    if (out != nullptr) set_size(out, 0, 0);
+    return nullptr;
+}
+
+// Row i comes from row_of(i).
+template <typename RowOf>
+void copy_rows(RMATRIX *out, RowOf row_of) {
+    const Size cols = within(out->cols), rows = cols == 0 ? 0 : within(out->rows);
+    for (Size i = 0; i < rows; ++i) std::copy_n(row_of(i), cols, rows_of(out).row(i));
+}
+
+template <typename RowOf>
+RMATRIX *set(bool given, int rows, int cols, RMATRIX *out, RowOf row_of) {
+    const bool empty = rows < 1 || cols < 1;
+    if (out == nullptr || rows > RMATRIX_CAPACITY || cols > RMATRIX_CAPACITY || !(given || empty)) return fail(out);
+    set_size(out, rows, cols);
+    if (!empty) copy_rows(out, row_of);
+    return out;
+}
+
+template <typename Operation>
+RMATRIX *element_wise(const RMATRIX *a, const RMATRIX *b, RMATRIX *out, Operation operation) {
+    if (!is_operand(a) || !is_operand(b) || out == nullptr || a->rows != b->rows || a->cols != b->cols)
+        return fail(out);
+    set_size(out, a->rows, a->cols);
+    for (Size i = 0; i < within(out->rows); ++i) {
+        const double *x = rows_of(a).row(i);
+        std::transform(x, x + out->cols, rows_of(b).row(i), rows_of(out).row(i), operation);
+    }
+    return out;
+}
+
+}  // namespace
+
+void initRMATRIX(RMATRIX *m, int rows, int cols) {
+    if (m == nullptr) return;
+    set_size(m, rows, cols);
+    for (Size i = 0; i < within(rows); ++i) std::fill_n(rows_of(m).row(i), within(cols), 0.0);
+}
+
+void initRMATRIX_identity(RMATRIX *m, int rows, int cols) {
+    if (m == nullptr) return;
+    initRMATRIX(m, rows, cols);
+    for (Size i = 0; i < within(std::min(rows, cols)); ++i) rows_of(m).row(i)[i] = 1.0;
+}
+
+void copyRMATRIX(const RMATRIX *src, RMATRIX *dst) {
+    if (src == nullptr || dst == nullptr || src == dst) return;
+    set_size(dst, src->rows, src->cols);
+    copy_rows(dst, [&](Size i) { return rows_of(src).row(i); });
+}
+
+int isEmptyRMATRIX(const RMATRIX *m) { return m == nullptr || m->rows < 1 || m->cols < 1; }
+
+RMATRIX *setRMATRIX_ptr(const double *a, int rows, int cols, RMATRIX *out) {
+    return set(a != nullptr, rows, cols, out, [&](Size i) { return a + i * static_cast<Size>(cols); });
+}
+
+RMATRIX *setRMATRIX1_ptr(const double *const *a, int rows, int cols, RMATRIX *out) {
+    return set(a != nullptr, rows, cols, out, [&](Size i) { return a[i]; });
+}
+
+RMATRIX *rmatrix_add_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
+    return element_wise(a, b, out, std::plus<>{});
+}
+
+RMATRIX *rmatrix_sub_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
+    return element_wise(a, b, out, std::minus<>{});
+}
+
+RMATRIX *rmatrix_multi_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
+    if (!is_operand(a) || !is_operand(b) || out == nullptr || a->cols != b->rows) return fail(out);
+    set_size(out, a->rows, b->cols);
+    MENSURA_DISPATCH(multiply)
+    (rows_of(a), rows_of(b), rows_of(out), {within(a->rows), within(a->cols), within(b->cols)});
+    return out;
+}
+
+RMATRIX *rmatrix_transpose_ptr(const RMATRIX *a, RMATRIX *out) {
+    if (!is_operand(a) || out == nullptr) return fail(out);
+    set_size(out, a->cols, a->rows);
+    for (Size i = 0; i < within(a->rows); ++i)
+        for (Size j = 0; j < within(a->cols); ++j) rows_of(out).row(j)[i] = rows_of(a).row(i)[j];
+    return out;
+}
+
+RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out) {
+    if (!is_operand(a) || out == nullptr || a->rows != a->cols) return fail(out);
+    const int n = a->rows;
+    if (!MENSURA_DISPATCH(invert)(rows_of(a), rows_of(out), within(n))) return fail(out);
+    set_size(out, n, n);
+    return out;
+}
+
+double *rmatrix_to_vector(RMATRIX *m, double *vec) {
+    if (m == nullptr || m->rows < 1 || m->cols < 1 || (m->rows > 1 && m->cols > 1)) return nullptr;
+    if (vec == nullptr) vec = m->data;  // a column is packed upwards, a row lies there already
+    if (m->cols == 1)
+        for (Size i = 0; i < within(m->rows); ++i) vec[i] = rows_of(m).row(i)[0];
+    else if (vec != m->data)
+        std::copy_n(m->data, within(m->cols), vec);
+    return vec;
+}

@@ -1,0 +1,20 @@
+// Inversion by Gauss-Jordan elimination with complete pivoting.
+#pragma once
+
+#include <cstddef>
+
+#include "product_kernel.h"
+
+namespace mensura::matrix {
+
+// The inverse of the n x n matrix a, 1 <= n <= RMATRIX_CAPACITY, into out, which may be a; false, with out untouched,
+// when a is singular.
+using Invert = bool(Strided<const double> a, Strided<double> out, std::size_t n);
+namespace baseline {
+Invert invert;
+}
+namespace avx2 {
+Invert invert;
+}
+
+}  // namespace mensura::matrix

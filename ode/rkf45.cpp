@@ -1,0 +1,120 @@
+// Runge-Kutta-Fehlberg 4(5) with a step that mostly shrinks.
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "state.h"
+
+using namespace mensura::ode;
+
+namespace {
+
+constexpr double kTooBig = 1e15;
+constexpr double kTinyError = 1e-8;
+constexpr double kNoFactor = 1e15;
+constexpr int kMostSteps = 20000;       // accepted
+constexpr int kMostRejections = 20000;  // in a row: such an attempt repeats itself
+
+// One attempt over h; k holds h f of the six stages.
+struct Attempt {
+    State k[6], y4, error;
+    double largest_error;
+};
+
+// Stage s, of the earlier ones with these coefficients.  False on overflow.
+template <typename... Coefficients>
+bool stage(Attempt &a, const System &f, double t, double h, const double *y, Coefficients... c) {
+    constexpr Size s = sizeof...(c);
+    State at;
+    [&]<Size... j>(std::index_sequence<j...>) {
+        for (Size i = 0; i < f.n; ++i) at[i] = (y[i] + ... + (c * a.k[j][i]));
+    }
+    (std::index_sequence_for<Coefficients...>{});
+    if (largest(at, f.n) > kTooBig) return false;
+    f(t, at, a.k[s]);
+    for (Size i = 0; i < f.n; ++i) a.k[s][i] *= h;
+    return true;
+}
+
+// Fehlberg's table to 15 digits.  False on overflow.
+bool attempt(Attempt &a, const System &f, double t, double h, const double *y) {
+    f(t, y, a.k[0]);
+    for (Size i = 0; i < f.n; ++i) a.k[0][i] *= h;
+    if (!stage(a, f, t + 0.25 * h, h, y, 0.25) || !stage(a, f, t + 0.375 * h, h, y, 0.09375, 0.28125) ||
+        !stage(a, f, t + 0.923076923076923 * h, h, y, 0.87938097405553, -3.277196176604461, 3.320892125625854) ||
+        !stage(a, f, t + h, h, y, 2.032407407407407, -8.0, 7.173489278752436, -0.205896686159844) ||
+        !stage(a, f, t + 0.5 * h, h, y, -0.296296296296296, 2.0, -1.381676413255361, 0.452972709551657, -0.275))
+        return false;
+    const State &k1 = a.k[0], &k3 = a.k[2], &k4 = a.k[3], &k5 = a.k[4], &k6 = a.k[5];
+    for (Size i = 0; i < f.n; ++i) {
+        a.y4[i] =
+            y[i] + 0.115740740740741 * k1[i] + 0.548927875243665 * k3[i] + 0.535331384015595 * k4[i] - 0.2 * k5[i];
+        a.error[i] = 0.002777777777778 * k1[i] - 0.029941520467836 * k3[i] - 0.029199893673578 * k4[i] + 0.02 * k5[i] +
+                     0.036363636363636 * k6[i];
+    }
+    a.largest_error = largest(a.error, f.n);
+    return true;
+}
+
+// The running minimum of 0.84 (tol h / |error|)^(1/4) over the components and steps of a call.
+class StepFactor {
+  public:
+    [[nodiscard]] double value() const { return s_; }
+
+    void take(const Attempt &a, Size n, double tol, double h) {
+        if (a.largest_error < kTinyError) return lower(0.0);
+        for (Size i = 0; i < n; ++i) {
+            const double error = std::fabs(a.error[i]);
+            const double ratio = tol * h / error;
+            if (error < kTinyError || ratio > enough_) continue;
+            const double s = 0.84 * std::pow(ratio, 0.25);
+            if (s < s_) lower(s);
+        }
+    }
+
+  private:
+    void lower(double s) {
+        s_ = s;
+        const double root = s / 0.84;
+        enough_ = root * root * (root * root) * (1 + 1e-9);
+    }
+
+    double s_ = kNoFactor;
+    double enough_ = HUGE_VAL;  // a ratio above this cannot lower s, whatever the rounding of pow
+};
+
+}  // namespace
+
+int rkf45(double t0, double t1, double divisions, double tol, OdeFunction function, const double *y0, int n,
+          void *param, double *y) {
+    if (t1 < t0) return report(kTimeError);
+    if (n > static_cast<int>(kCapacity)) return kTimeError;
+    if (n < 1) return kDone;
+    const System f{function, param, static_cast<Size>(n)};
+    std::copy_n(y0, n, y);
+
+    double h = (t1 - t0) / divisions;
+    const double h_min = h * 0.015625, h_max = h * 64.0;
+    const double t_end = t1 - std::fabs(t1) * 1e-05;
+    StepFactor factor;
+    Attempt a;
+    int steps = 0, rejections = 0;
+    for (double t = t0; t < t1;) {
+        if (t_end < t + h) h = t1 - t;
+        if (!attempt(a, f, t, h, y)) return report(kOverflow);
+        if (a.largest_error < tol || h < 2 * h_min) {
+            std::copy_n(a.y4, n, y);
+            t = t_end < t + h ? t1 : t + h;
+            ++steps;
+            rejections = 0;
+        } else {
+            ++rejections;
+        }
+        factor.take(a, f.n, tol, h);
+        if (factor.value() < 0.75 && !(h <= 2 * h_min)) h = h / 2;
+        if (factor.value() > 1.5 && !(2 * h >= h_max)) h = 2 * h;
+        if (steps == kMostSteps || rejections == kMostRejections) return report(kStepLimit);
+    }
+    return kDone;
+}

@@ -1,0 +1,38 @@
+// What both integrators share.
+#pragma once
+
+#include <mensura/ode.h>
+
+#include <cmath>
+#include <cstddef>
+
+namespace mensura::ode {
+
+using Size = std::size_t;
+
+inline constexpr Size kCapacity = 20;
+
+using State = double[kCapacity];
+
+// dy = f(t, y) of n components.
+struct System {
+    OdeFunction function;
+    void *param;
+    Size n;
+
+    void operator()(double t, const double *y, double *dy) const { function(t, y, param, dy); }
+};
+
+// max |y|; NaN does not count.
+inline double largest(const double *y, Size n) {
+    double size = 0.0;
+    for (Size i = 0; i < n; ++i) size = std::fabs(y[i]) > size ? std::fabs(y[i]) : size;
+    return size;
+}
+
+enum Result : int { kDone = 0, kTimeError = -1, kOverflow = -2, kStepLimit = -3 };
+
+// Prints the line of a failure and returns it.
+int report(Result result);
+
+}  // namespace mensura::ode
