@@ -3,22 +3,25 @@
 #include <mensura/matrix.h>
 
 #include <algorithm>
-#include <functional>
 
+#include "../internal/lanes.h"
 #include "../internal/target.h"
 #include "inverse_kernel.h"
 #include "product_kernel.h"
 
+using namespace mensura;
 using namespace mensura::matrix;
 using Size = std::size_t;
 
 namespace {
 
-Strided<const double> rows_of(const RMATRIX *m) { return {m->data, RMATRIX_CAPACITY}; }
-Strided<double> rows_of(RMATRIX *m) { return {m->data, RMATRIX_CAPACITY}; }
+RecordRows<const double> rows_of(const RMATRIX *m) { return {m->data}; }
+RecordRows<double> rows_of(RMATRIX *m) { return {m->data}; }
 
 // The part of the corner that lies in the record: sizes are stored unchecked.
 Size within(int size) { return static_cast<Size>(std::clamp(size, 0, static_cast<int>(RMATRIX_CAPACITY))); }
+
+Size size(int checked) { return static_cast<Size>(checked); }
 
 bool fits(int size) { return size >= 1 && size <= RMATRIX_CAPACITY; }
 bool is_operand(const RMATRIX *m) { return m != nullptr && fits(m->rows) && fits(m->cols); }
@@ -33,11 +36,17 @@ RMATRIX *fail(RMATRIX *out) {
     return nullptr;
 }
 
-// Row i comes from row_of(i).
+// Row i comes from row_of(i).  Rows are short: no call for each.
 template <typename RowOf>
 void copy_rows(RMATRIX *out, RowOf row_of) {
     const Size cols = within(out->cols), rows = cols == 0 ? 0 : within(out->rows);
-    for (Size i = 0; i < rows; ++i) std::copy_n(row_of(i), cols, rows_of(out).row(i));
+    for (Size i = 0; i < rows; ++i) {
+        const double *from = row_of(i);
+        double *to = rows_of(out).row(i);
+        Size j = 0;
+        for (; j + kLanes <= cols; j += kLanes) store(to + j, load(from + j));
+        for (; j < cols; ++j) to[j] = from[j];
+    }
 }
 
 template <typename RowOf>
@@ -54,9 +63,13 @@ RMATRIX *element_wise(const RMATRIX *a, const RMATRIX *b, RMATRIX *out, Operatio
     if (!is_operand(a) || !is_operand(b) || out == nullptr || a->rows != b->rows || a->cols != b->cols)
         return fail(out);
     set_size(out, a->rows, a->cols);
-    for (Size i = 0; i < within(out->rows); ++i) {
-        const double *x = rows_of(a).row(i);
-        std::transform(x, x + out->cols, rows_of(b).row(i), rows_of(out).row(i), operation);
+    const Size rows = size(out->rows), cols = size(out->cols);
+    for (Size i = 0; i < rows; ++i) {
+        const double *x = rows_of(a).row(i), *y = rows_of(b).row(i);
+        double *to = rows_of(out).row(i);
+        Size j = 0;
+        for (; j + kLanes <= cols; j += kLanes) store(to + j, operation(load(x + j), load(y + j)));
+        for (; j < cols; ++j) to[j] = operation(x[j], y[j]);
     }
     return out;
 }
@@ -92,18 +105,18 @@ RMATRIX *setRMATRIX1_ptr(const double *const *a, int rows, int cols, RMATRIX *ou
 }
 
 RMATRIX *rmatrix_add_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
-    return element_wise(a, b, out, std::plus<>{});
+    return element_wise(a, b, out, [](auto x, auto y) LANES_LAMBDA { return x + y; });
 }
 
 RMATRIX *rmatrix_sub_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
-    return element_wise(a, b, out, std::minus<>{});
+    return element_wise(a, b, out, [](auto x, auto y) LANES_LAMBDA { return x - y; });
 }
 
 RMATRIX *rmatrix_multi_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
     if (!is_operand(a) || !is_operand(b) || out == nullptr || a->cols != b->rows) return fail(out);
     set_size(out, a->rows, b->cols);
-    MENSURA_DISPATCH(multiply)
-    (rows_of(a), rows_of(b), rows_of(out), {within(a->rows), within(a->cols), within(b->cols)});
+    MENSURA_DISPATCH(multiply_records)
+    (rows_of(a), rows_of(b), rows_of(out), size(a->rows), size(a->cols), size(b->cols));
     return out;
 }
 

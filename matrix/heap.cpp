@@ -61,7 +61,7 @@ Matrix *matrix_mul(const Matrix *x, const Matrix *y) {
     if (x->n != y->m) return nullptr;
     Matrix *product = matrix_new(x->m, y->n);
     if (product != nullptr)
-        MENSURA_DISPATCH(multiply_rows)({x->v}, {y->v}, {product->v}, {count(x->m), count(x->n), count(y->n)});
+        MENSURA_DISPATCH(multiply_rows)({x->v}, {y->v}, {product->v}, count(x->m), count(x->n), count(y->n));
     return product;
 }
 

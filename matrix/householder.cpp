@@ -75,114 +75,106 @@ MatrixOwner reflect_in_full(const Matrix &x) {
 // reflect, it only changes the sign of a row.  What is multiplied by a known 0 or 1 is left out.  All that such a
 // product would do is turn -0 into +0, because its sums begin at +0.0.
 
-// A distance of rows that spreads them over the sets of a cache: an odd number of lines.
-constexpr Size stride_for(Size cols) { return ((cols + 7) / 8 | 1) * 8; }
+class FiniteReflections {
+  public:
+    explicit FiniteReflections(const Matrix &x)
+        : rows_(static_cast<Size>(x.m)),
+          cols_(static_cast<Size>(x.n)),
+          h_(matrix_new(x.m, x.m)),
+          product_(matrix_new(x.m, x.m)),
+          next_product_(matrix_new(x.m, x.m)),
+          z_(matrix_copy(x.n, x.v, x.m)),
+          next_z_(matrix_new(x.m, x.n)),
+          vectors_(mensura::scratch<double>(2 * rows_)) {}
 
-struct Work {
-    Strided<double> h, product, next_product;  // the product of the reflections: rows from k on
-    Strided<double> z, next_z;                 // what is left of x: rows and columns from k on
-    std::span<double> column, v;
-};
+    [[nodiscard]] bool has_memory() const { return h_ && product_ && next_product_ && z_ && next_z_ && vectors_; }
 
-struct Shape {
-    Size rows, cols;
-
-    [[nodiscard]] Size square() const { return rows * stride_for(rows); }
-    [[nodiscard]] Size oblong() const { return rows * stride_for(cols); }
-    [[nodiscard]] Size scratch() const { return 3 * square() + 2 * oblong() + 2 * rows; }
-};
-
-Work divide(double *memory, Shape shape) {
-    const auto take = [&](Size count) { return std::exchange(memory, memory + count); };
-    Work w;
-    for (auto *m : {&w.h, &w.product, &w.next_product}) *m = {take(shape.square()), stride_for(shape.rows)};
-    for (auto *m : {&w.z, &w.next_z}) *m = {take(shape.oblong()), stride_for(shape.cols)};
-    w.column = {take(shape.rows), shape.rows};
-    w.v = {take(shape.rows), shape.rows};
-    return w;
-}
-
-bool is_finite(const double *x, Size n) {
-    bool finite = true;
-    for (Size i = 0; i < n; ++i) finite &= std::isfinite(x[i]);
-    return finite;
-}
-
-// Whether the step's reflection and what it reflects are finite.
-bool is_finite(const Work &w, Size k, Shape shape) {
-    bool finite = is_finite(w.v.data(), shape.rows);
-    for (Size i = k; i < shape.rows; ++i) finite &= is_finite(w.z.row(i) + k, shape.cols - k);
-    return finite;
-}
-
-// H from row and column k on.
-void fill_reflector(const Work &w, Size k) {
-    for (Size i = k; i < w.v.size(); ++i) {
-        for (Size j = k; j < w.v.size(); ++j) w.h.row(i)[j] = -2.0 * w.v[i] * w.v[j];
-        w.h.row(i)[i] += 1.0;
+    // H_last ... H_0 into the rows of `result`; false when a number is not finite.
+    bool run(const Matrix &x, Matrix &result) {
+        const std::span column(vectors_.get(), rows_), v(vectors_.get() + rows_, rows_);
+        const Size steps = steps_of(x);
+        for (Size k = 0; k < steps; ++k) {
+            const bool last = k + 1 == steps;
+            for (Size i = 0; i < rows_; ++i) column[i] = i < k ? 0.0 : z_->v[i][k];
+            const Support support = reflect_onto_axis(column, k, x.v[k][k], v);
+            if (!is_finite(v.data(), rows_) || !rest_is_finite(k)) return false;
+            const bool one_row = support.end - support.first == 1;
+            if (k == 0 || !one_row) fill_reflector(v, k);
+            if (k == 0)
+                start_product(last);
+            else if (one_row)
+                change_sign(result.v[support.first], rows_);
+            else
+                reflect_product(k);
+            std::swap(result.v[k], product_->v[k]);  // it is done, but for signs
+            if (last) break;
+            if (!one_row)
+                reflect_rest(k);
+            else if (support.first >= k)
+                change_sign(z_->v[support.first], cols_);
+        }
+        for (Size i = steps; i < rows_; ++i) std::swap(result.v[i], product_->v[i]);
+        return true;
     }
-}
 
-void change_sign(double *row, Size n) {
-    for (Size j = 0; j < n; ++j) row[j] = 0.0 - row[j];
-}
-
-// H_0, with +0.0 for -0 if another reflection follows.
-void start_product(Work &w, Size rows, bool alone) {
-    const double zero = alone ? -0.0 : 0.0;
-    for (Size i = 0; i < rows; ++i)
-        for (Size j = 0; j < rows; ++j) w.product.row(i)[j] = w.h.row(i)[j] + zero;
-}
-
-void reflect_product(Work &w, Size k, Size rows) {
-    MENSURA_DISPATCH(multiply)
-    ({w.h.row(k) + k, w.h.stride}, {w.product.row(k), w.product.stride}, {w.next_product.row(k), w.product.stride},
-     {rows - k, rows - k, rows});
-    std::swap(w.product, w.next_product);
-}
-
-// What the next step needs of it: without row and column k.
-void reflect_rest(Work &w, Size k, Shape shape) {
-    const Size next = k + 1;
-    MENSURA_DISPATCH(multiply)
-    ({w.h.row(next) + k, w.h.stride}, {w.z.row(k) + next, w.z.stride}, {w.next_z.row(next) + next, w.z.stride},
-     {shape.rows - next, shape.rows - k, shape.cols - next});
-    std::swap(w.z, w.next_z);
-}
-
-// H_last ... H_0 into `result`; false when a number is not finite.
-bool reflect_finite(const Matrix &x, Work w, Shape shape, double *const *result) {
-    const Size rows = shape.rows, steps = steps_of(x);
-    for (Size i = 0; i < rows; ++i) std::copy_n(x.v[i], shape.cols, w.z.row(i));
-    for (Size k = 0; k < steps; ++k) {
-        for (Size i = 0; i < rows; ++i) w.column[i] = i < k ? 0.0 : w.z.row(i)[k];
-        const Support support = reflect_onto_axis(w.column, k, x.v[k][k], w.v);
-        if (!is_finite(w, k, shape)) return false;
-        const bool one_row = support.end - support.first == 1, last = k + 1 == steps;
-        if (!one_row || k == 0) fill_reflector(w, k);
-        if (k == 0)
-            start_product(w, rows, last);
-        else if (one_row)
-            change_sign(result[support.first], rows);
-        else
-            reflect_product(w, k, rows);
-        if (!last && !one_row)
-            reflect_rest(w, k, shape);
-        else if (!last && support.first >= k)
-            change_sign(w.z.row(support.first), shape.cols);
-        std::copy_n(w.product.row(k), rows, result[k]);
+  private:
+    static bool is_finite(const double *x, Size n) {
+        bool finite = true;
+        for (Size i = 0; i < n; ++i) finite &= std::isfinite(x[i]);
+        return finite;
     }
-    for (Size i = steps; i < rows; ++i) std::copy_n(w.product.row(i), rows, result[i]);
-    return true;
-}
+
+    [[nodiscard]] bool rest_is_finite(Size k) const {
+        bool finite = true;
+        for (Size i = k; i < rows_; ++i) finite &= is_finite(z_->v[i] + k, cols_ - k);
+        return finite;
+    }
+
+    // H from row and column k on.
+    void fill_reflector(std::span<const double> v, Size k) {
+        for (Size i = k; i < rows_; ++i) {
+            for (Size j = k; j < rows_; ++j) h_->v[i][j] = -2.0 * v[i] * v[j];
+            h_->v[i][i] += 1.0;
+        }
+    }
+
+    static void change_sign(double *row, Size n) {
+        for (Size j = 0; j < n; ++j) row[j] = 0.0 - row[j];
+    }
+
+    // H_0, with +0.0 for -0 if another reflection follows.
+    void start_product(bool alone) {
+        const double zero = alone ? -0.0 : 0.0;
+        for (Size i = 0; i < rows_; ++i)
+            for (Size j = 0; j < rows_; ++j) product_->v[i][j] = h_->v[i][j] + zero;
+    }
+
+    void reflect_product(Size k) {
+        const Size left = rows_ - k;
+        MENSURA_DISPATCH(multiply_rows)({h_->v + k, k}, {product_->v + k}, {next_product_->v + k}, left, left, rows_);
+        std::swap(product_, next_product_);
+    }
+
+    // What the next step needs of z: without row and column k.
+    void reflect_rest(Size k) {
+        const Size n = k + 1;
+        MENSURA_DISPATCH(multiply_rows)
+        ({h_->v + n, k}, {z_->v + k, n}, {next_z_->v + n, n}, rows_ - n, rows_ - k, cols_ - n);
+        std::swap(z_, next_z_);
+    }
+
+    Size rows_, cols_;
+    MatrixOwner h_;
+    MatrixOwner product_, next_product_;  // of the reflections: rows from k on
+    MatrixOwner z_, next_z_;              // what is left of x: rows and columns from k on
+    mensura::Scratch<double> vectors_;
+};
 
 MatrixOwner reflections(const Matrix &x) {
-    const Shape shape{static_cast<Size>(x.m), static_cast<Size>(x.n)};
-    const auto memory = mensura::scratch<double>(shape.scratch());
+    FiniteReflections finite(x);
     MatrixOwner product{matrix_new(x.m, x.m)};
-    if (!memory || !product) return nullptr;
-    if (reflect_finite(x, divide(memory.get(), shape), shape, product->v)) return product;
-    return reflect_in_full(x);
+    if (!finite.has_memory() || !product) return nullptr;
+    return finite.run(x, *product) ? std::move(product) : reflect_in_full(x);
 }
 
 MatrixOwner identity(int n) {

@@ -90,7 +90,7 @@ LANES_INLINE void find_column(const Elimination &e, Pivot &pivot, Size first) {
     while (absolute(row[pivot.col]) != pivot.size) ++pivot.col;
 }
 
-LANES_INLINE Pivot copy_and_search(Elimination &e, Strided<const double> a) {
+LANES_INLINE Pivot copy_and_search(Elimination &e, RecordRows<const double> a) {
     Pivot pivot{0.0, 0, 0};
     for (Size i = 0; i < e.n; ++i) {
         const double *from = a.row(i);
@@ -196,7 +196,7 @@ LANES_INLINE void finish_block(Elimination &e, Size block) {
 }
 
 // Undoes the exchanges, last first, as one permutation of rows and one of columns.
-LANES_INLINE void copy_back(const Elimination &e, Strided<double> out) {
+LANES_INLINE void copy_back(const Elimination &e, RecordRows<double> out) {
     Size row[kStride], col[kStride];
     for (Size i = 0; i < e.n; ++i) row[i] = col[i] = i;
     for (Size k = e.n; k-- > 0;) {
@@ -215,7 +215,7 @@ LANES_INLINE void copy_back(const Elimination &e, Strided<double> out) {
 
 }  // namespace
 
-bool invert(Strided<const double> a, Strided<double> out, Size n) {
+bool invert(RecordRows<const double> a, RecordRows<double> out, Size n) {
     Elimination e;
     e.n = n;
     e.end = (n + kSteps - 1) / kSteps * kSteps;

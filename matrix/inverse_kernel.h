@@ -9,7 +9,7 @@ namespace mensura::matrix {
 
 // The inverse of the n x n matrix a, 1 <= n <= RMATRIX_CAPACITY, into out, which may be a; false, with out untouched,
 // when a is singular.
-using Invert = bool(Strided<const double> a, Strided<double> out, std::size_t n);
+using Invert = bool(RecordRows<const double> a, RecordRows<double> out, std::size_t n);
 namespace baseline {
 Invert invert;
 }

@@ -10,90 +10,128 @@ namespace {
 using Size = std::size_t;
 
 #ifdef __AVX__
-constexpr Size kTall = 6;  // by 8: 12 sums, 2 of b and 1 of a fill the 16 registers
+constexpr Size kSums = 12;  // with a row of b and an element of a they fill the 16 registers
 #else
-constexpr Size kTall = 3;  // the registers are half as wide
+constexpr Size kSums = 6;  // the registers are half as wide
 #endif
+constexpr Size kMostColumns = 3;
 
-// A column of a tile is four neighbouring columns, or one.
-template <typename T>
-LANES_INLINE T get(const double *p) {
-    if constexpr (sizeof(T) == sizeof(Lanes))
-        return load(p);
-    else
-        return *p;
-}
-template <typename T>
-LANES_INLINE T splat(double x) {
-    if constexpr (sizeof(T) == sizeof(Lanes))
-        return all(x);
-    else
-        return x;
-}
-LANES_INLINE void put(double *p, Lanes v) { store(p, v); }
-LANES_INLINE void put(double *p, double x) { *p = x; }
-
-template <Size kColumns>
+// The columns of a tile, in fours; the last four may overlap those before and get the same values again.  A matrix of
+// fewer columns than that is a tile of its own.
+template <Size kCount>
 struct Columns {
-    Size at[kColumns];
+    static constexpr Size count = kCount, height = kCount == 3 ? kSums / 4 : kSums / 2;
+    Size at[kCount];
+
+    LANES_INLINE Lanes get(const double *row, Size c) const { return load(row + at[c]); }
+    LANES_INLINE void put(double *row, Size c, Lanes v) const { store(row + at[c], v); }
 };
 
-template <Size kRows, typename T, typename Source, typename Target, Size kColumns>
-LANES_INLINE void tile(const Source &a, const Source &b, const Target &out, Size i, Columns<kColumns> columns,
-                       Size inner) {
-    T sum[kRows][kColumns] = {};
+template <Size kCount>
+struct NarrowColumns {
+    static constexpr Size count = 1, height = kSums / 2;
+
+    LANES_INLINE Lanes get(const double *row, Size) const {
+        return Lanes{row[0], kCount > 1 ? row[1] : 0.0, kCount > 2 ? row[2] : 0.0, 0.0};
+    }
+    LANES_INLINE void put(double *row, Size, Lanes v) const {
+        for (Size j = 0; j < kCount; ++j) row[j] = v[j];
+    }
+};
+
+template <typename C>
+struct InRecord {
+    RecordRows<const double> b;
+    C columns;
+    [[nodiscard]] LANES_INLINE Lanes get(Size k, Size c) const { return columns.get(b.row(k), c); }
+};
+
+// The tile's columns of b, copied next to each other.
+constexpr Size kWidth = kMostColumns * kLanes, kDepth = 256;
+struct Packed {
+    const double *b;
+    [[nodiscard]] LANES_INLINE Lanes get(Size k, Size c) const { return load(b + k * kWidth + c * kLanes); }
+};
+
+// Adds to the sums that are there already, if `more`, otherwise to +0.0.
+template <Size kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
+LANES_INLINE void tile(Source a, const ColumnsOfB &b, Target out, Size i, C columns, Size inner, bool more) {
+    Lanes sum[kRows][C::count] = {};
+    if (more)
+#pragma GCC unroll 6
+        for (Size r = 0; r < kRows; ++r)
+#pragma GCC unroll 3
+            for (Size c = 0; c < C::count; ++c) sum[r][c] = columns.get(out.row(i + r), c);
     for (Size k = 0; k < inner; ++k) {
-        T bk[kColumns];
-        for (Size c = 0; c < kColumns; ++c) bk[c] = get<T>(b.row(k) + columns.at[c]);
+        Lanes bk[C::count];
+        for (Size c = 0; c < C::count; ++c) bk[c] = b.get(k, c);
         for (Size r = 0; r < kRows; ++r) {
-            const T x = splat<T>(a.row(i + r)[k]);
-            for (Size c = 0; c < kColumns; ++c) sum[r][c] += x * bk[c];
+            const Lanes x = all(a.row(i + r)[k]);
+            for (Size c = 0; c < C::count; ++c) sum[r][c] += x * bk[c];
         }
     }
+#pragma GCC unroll 6
     for (Size r = 0; r < kRows; ++r)
-        for (Size c = 0; c < kColumns; ++c) put(out.row(i + r) + columns.at[c], sum[r][c]);
+#pragma GCC unroll 3
+        for (Size c = 0; c < C::count; ++c) columns.put(out.row(i + r), c, sum[r][c]);
 }
 
-// The rows from i on that do not fill a tall tile.
-template <Size kRows, typename T, typename Source, typename Target, Size kColumns>
-LANES_INLINE void last_rows(const Source &a, const Source &b, const Target &out, Size i, Columns<kColumns> columns,
-                            ProductSize size) {
+template <Size kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
+LANES_INLINE void tile_of(Size rows, Source a, const ColumnsOfB &b, Target out, Size i, C columns, Size inner,
+                          bool more) {
     if constexpr (kRows > 0) {
-        if (size.rows - i == kRows)
-            tile<kRows, T>(a, b, out, i, columns, size.inner);
+        if (rows == kRows)
+            tile<kRows>(a, b, out, i, columns, inner, more);
         else
-            last_rows<kRows - 1, T>(a, b, out, i, columns, size);
+            tile_of<kRows - 1>(rows, a, b, out, i, columns, inner, more);
     }
 }
 
-template <typename T, typename Source, typename Target, Size kColumns>
-LANES_INLINE void panel(const Source &a, const Source &b, const Target &out, Columns<kColumns> columns,
-                        ProductSize size) {
-    Size i = 0;
-    for (; i + kTall <= size.rows; i += kTall) tile<kTall, T>(a, b, out, i, columns, size.inner);
-    last_rows<kTall - 1, T>(a, b, out, i, columns, size);
+// Tiles of about the same height.
+template <typename Source, typename ColumnsOfB, typename Target, typename C>
+LANES_INLINE void all_rows(Source a, const ColumnsOfB &b, Target out, C columns, Size rows, Size inner, bool more) {
+    for (Size i = 0, tiles = (rows + C::height - 1) / C::height; tiles > 0; --tiles) {
+        const Size height = (rows - i + tiles - 1) / tiles;
+        tile_of<C::height>(height, a, b, out, i, columns, inner, more);
+        i += height;
+    }
 }
 
-// The last four columns may overlap those before: they get the same values again.
-template <typename Source, typename Target>
-LANES_INLINE void product(const Source &a, const Source &b, const Target &out, ProductSize size) {
-    if (size.cols < kLanes) {
-        for (Size j = 0; j < size.cols; ++j) panel<double>(a, b, out, Columns<1>{{j}}, size);
-        return;
-    }
-    const Size last = size.cols - kLanes;
+template <typename Panel>
+LANES_INLINE void for_columns(Size cols, Panel panel) {
+    if (cols == 1) return panel(NarrowColumns<1>{});
+    if (cols == 2) return panel(NarrowColumns<2>{});
+    if (cols == 3) return panel(NarrowColumns<3>{});
     Size j = 0;
-    for (; j < last; j += 2 * kLanes)
-        panel<Lanes>(a, b, out, Columns<2>{{j, j + kLanes < last ? j + kLanes : last}}, size);
-    if (j < size.cols) panel<Lanes>(a, b, out, Columns<1>{{last}}, size);
+    for (; cols - j > 12; j += 8) panel(Columns<2>{{j, j + 4}});
+    const Size left = cols - j, last = cols - 4;
+    if (left > 8) return panel(Columns<3>{{j, j + 4, last}});
+    if (left > 4) return panel(Columns<2>{{j, last}});
+    if (left > 0) return panel(Columns<1>{{last}});
 }
 
 }  // namespace
 
-void multiply(Strided<const double> a, Strided<const double> b, Strided<double> out, ProductSize size) {
-    product(a, b, out, size);
+void multiply_records(RecordRows<const double> a, RecordRows<const double> b, RecordRows<double> out, Size rows,
+                      Size inner, Size cols) {
+    for_columns(cols, [&]<typename C>(C columns) LANES_LAMBDA {
+        all_rows(a, InRecord<C>{b, columns}, out, columns, rows, inner, false);
+    });
 }
 
-void multiply_rows(RowPointers a, RowPointers b, RowPointers out, ProductSize size) { product(a, b, out, size); }
+void multiply_rows(RowPointers a, RowPointers b, RowPointers out, Size rows, Size inner, Size cols) {
+    alignas(64) double packed[kDepth * kWidth];
+    for_columns(cols, [&]<typename C>(C columns) LANES_LAMBDA {
+        Size from = 0;
+        do {
+            const Size depth = inner - from < kDepth ? inner - from : kDepth;
+            for (Size k = 0; k < depth; ++k)
+                for (Size c = 0; c < C::count; ++c)
+                    store(packed + k * kWidth + c * kLanes, columns.get(b.row(from + k), c));
+            all_rows(RowPointers{a.rows, a.first_col + from}, Packed{packed}, out, columns, rows, depth, from > 0);
+            from += depth;
+        } while (from < inner);
+    });
+}
 
 }  // namespace mensura::matrix::MENSURA_TARGET

@@ -1,38 +1,37 @@
 // Products of dense matrices.
 #pragma once
 
+#include <mensura/matrix.h>
+
 #include <cstddef>
 
 #include "../internal/lanes.h"
 
 namespace mensura::matrix {
 
-// Where the rows of a matrix lie: at equal distances, or each by itself.
+// Where the rows of a matrix lie: in a record of fixed capacity, or wherever their pointers say.
 template <typename T>
-struct Strided {
-    T *first;
-    std::size_t stride;
-    [[nodiscard]] LANES_INLINE T *row(std::size_t i) const { return first + i * stride; }
+struct RecordRows {
+    T *data;
+    [[nodiscard]] LANES_INLINE T *row(std::size_t i) const { return data + i * RMATRIX_CAPACITY; }
 };
 struct RowPointers {
     double *const *rows;
-    [[nodiscard]] LANES_INLINE double *row(std::size_t i) const { return rows[i]; }
+    std::size_t first_col = 0;
+    [[nodiscard]] LANES_INLINE double *row(std::size_t i) const { return rows[i] + first_col; }
 };
 
-struct ProductSize {
-    std::size_t rows, inner, cols;
-};
-
-// out(i, j) = 0 + a(i, 0) b(0, j) + a(i, 1) b(1, j) + ..., in this order.  out must not overlap a or b.
-using Multiply = void(Strided<const double> a, Strided<const double> b, Strided<double> out, ProductSize size);
-using MultiplyRows = void(RowPointers a, RowPointers b, RowPointers out, ProductSize size);
+// out(i, j) = 0 + a(i, 0) b(0, j) + a(i, 1) b(1, j) + ..., in this order, for rows x inner times inner x cols.
+// out must not overlap a or b.
+template <typename Source, typename Target>
+using Multiply = void(Source a, Source b, Target out, std::size_t rows, std::size_t inner, std::size_t cols);
 namespace baseline {
-Multiply multiply;
-MultiplyRows multiply_rows;
+Multiply<RecordRows<const double>, RecordRows<double>> multiply_records;
+Multiply<RowPointers, RowPointers> multiply_rows;
 }  // namespace baseline
 namespace avx2 {
-Multiply multiply;
-MultiplyRows multiply_rows;
+Multiply<RecordRows<const double>, RecordRows<double>> multiply_records;
+Multiply<RowPointers, RowPointers> multiply_rows;
 }  // namespace avx2
 
 }  // namespace mensura::matrix

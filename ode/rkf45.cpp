@@ -16,44 +16,47 @@ constexpr double kNoFactor = 1e15;
 constexpr int kMostSteps = 20000;       // accepted
 constexpr int kMostRejections = 20000;  // in a row: such an attempt repeats itself
 
-// One attempt over h; k holds h f of the six stages.
+// One attempt over h.
 struct Attempt {
-    State k[6], y4, error;
+    State k[6];  // h f of the stages
+    State at;    // where the next one is taken
+    State error;
     double largest_error;
 };
 
-// Stage s, of the earlier ones with these coefficients.  False on overflow.
+// Stage s, the number of coefficients, is taken: its k, and where the next stage is.  False if that overflows.
 template <typename... Coefficients>
 bool stage(Attempt &a, const System &f, double t, double h, const double *y, Coefficients... c) {
-    constexpr Size s = sizeof...(c);
-    State at;
+    constexpr Size s = sizeof...(c) - 1;
+    f(t, s == 0 ? y : a.at, a.k[s]);
+    double size = 0.0;
     [&]<Size... j>(std::index_sequence<j...>) {
-        for (Size i = 0; i < f.n; ++i) at[i] = (y[i] + ... + (c * a.k[j][i]));
+        for (Size i = 0; i < f.n; ++i) {
+            a.k[s][i] *= h;
+            a.at[i] = (y[i] + ... + (c * a.k[j][i]));
+            size = larger(std::fabs(a.at[i]), size);
+        }
     }
     (std::index_sequence_for<Coefficients...>{});
-    if (largest(at, f.n) > kTooBig) return false;
-    f(t, at, a.k[s]);
-    for (Size i = 0; i < f.n; ++i) a.k[s][i] *= h;
-    return true;
+    return !(size > kTooBig);
 }
 
-// Fehlberg's table to 15 digits.  False on overflow.
-bool attempt(Attempt &a, const System &f, double t, double h, const double *y) {
-    f(t, y, a.k[0]);
-    for (Size i = 0; i < f.n; ++i) a.k[0][i] *= h;
-    if (!stage(a, f, t + 0.25 * h, h, y, 0.25) || !stage(a, f, t + 0.375 * h, h, y, 0.09375, 0.28125) ||
-        !stage(a, f, t + 0.923076923076923 * h, h, y, 0.87938097405553, -3.277196176604461, 3.320892125625854) ||
-        !stage(a, f, t + h, h, y, 2.032407407407407, -8.0, 7.173489278752436, -0.205896686159844) ||
-        !stage(a, f, t + 0.5 * h, h, y, -0.296296296296296, 2.0, -1.381676413255361, 0.452972709551657, -0.275))
+// From y to y4; Fehlberg's table to 15 digits.  False on overflow.
+bool attempt(Attempt &a, const System &f, double t, double h, const State &y, State &y4) {
+    if (!stage(a, f, t, h, y, 0.25) || !stage(a, f, t + 0.25 * h, h, y, 0.09375, 0.28125) ||
+        !stage(a, f, t + 0.375 * h, h, y, 0.87938097405553, -3.277196176604461, 3.320892125625854) ||
+        !stage(a, f, t + 0.923076923076923 * h, h, y, 2.032407407407407, -8.0, 7.173489278752436, -0.205896686159844) ||
+        !stage(a, f, t + h, h, y, -0.296296296296296, 2.0, -1.381676413255361, 0.452972709551657, -0.275))
         return false;
-    const State &k1 = a.k[0], &k3 = a.k[2], &k4 = a.k[3], &k5 = a.k[4], &k6 = a.k[5];
+    f(t + 0.5 * h, a.at, a.k[5]);
+    const auto &[k1, k2, k3, k4, k5, k6] = a.k;
+    a.largest_error = 0.0;
     for (Size i = 0; i < f.n; ++i) {
-        a.y4[i] =
-            y[i] + 0.115740740740741 * k1[i] + 0.548927875243665 * k3[i] + 0.535331384015595 * k4[i] - 0.2 * k5[i];
+        y4[i] = y[i] + 0.115740740740741 * k1[i] + 0.548927875243665 * k3[i] + 0.535331384015595 * k4[i] - 0.2 * k5[i];
         a.error[i] = 0.002777777777778 * k1[i] - 0.029941520467836 * k3[i] - 0.029199893673578 * k4[i] + 0.02 * k5[i] +
-                     0.036363636363636 * k6[i];
+                     0.036363636363636 * (h * k6[i]);
+        a.largest_error = larger(std::fabs(a.error[i]), a.largest_error);
     }
-    a.largest_error = largest(a.error, f.n);
     return true;
 }
 
@@ -91,20 +94,25 @@ int rkf45(double t0, double t1, double divisions, double tol, OdeFunction functi
     if (t1 < t0) return report(kTimeError);
     if (n > static_cast<int>(kCapacity)) return kTimeError;
     if (n < 1) return kDone;
-    const System f{function, param, static_cast<Size>(n)};
-    std::copy_n(y0, n, y);
 
     double h = (t1 - t0) / divisions;
     const double h_min = h * 0.015625, h_max = h * 64.0;
     const double t_end = t1 - std::fabs(t1) * 1e-05;
-    StepFactor factor;
+    const System f{function, param, static_cast<Size>(n)};
     Attempt a;
+    State states[2], *state = &states[0], *next = &states[1];
+    std::copy_n(y0, n, *state);
+    StepFactor factor;
     int steps = 0, rejections = 0;
-    for (double t = t0; t < t1;) {
+    Result result = kDone;
+    for (double t = t0; t < t1 && result == kDone;) {
         if (t_end < t + h) h = t1 - t;
-        if (!attempt(a, f, t, h, y)) return report(kOverflow);
+        if (!attempt(a, f, t, h, *state, *next)) {
+            result = kOverflow;
+            break;
+        }
         if (a.largest_error < tol || h < 2 * h_min) {
-            std::copy_n(a.y4, n, y);
+            std::swap(state, next);
             t = t_end < t + h ? t1 : t + h;
             ++steps;
             rejections = 0;
@@ -114,7 +122,8 @@ int rkf45(double t0, double t1, double divisions, double tol, OdeFunction functi
         factor.take(a, f.n, tol, h);
         if (factor.value() < 0.75 && !(h <= 2 * h_min)) h = h / 2;
         if (factor.value() > 1.5 && !(2 * h >= h_max)) h = 2 * h;
-        if (steps == kMostSteps || rejections == kMostRejections) return report(kStepLimit);
+        if (steps == kMostSteps || rejections == kMostRejections) result = kStepLimit;
     }
-    return kDone;
+    std::copy_n(*state, n, y);
+    return report(result);
 }

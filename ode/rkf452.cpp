@@ -18,13 +18,19 @@ const double *advanced(const double *y, double c, const State &k, State &out, Si
     return out;
 }
 
-void step(const System &f, double t, double h, double *y) {
+// One step; returns max |y| after it.
+double step(const System &f, double t, double h, double *y) {
     State k1, k2, k3, k4, at;
     f(t, y, k1);
     f(t + h / 2, advanced(y, h / 2, k1, at, f.n), k2);
     f(t + h / 2, advanced(y, h / 2, k2, at, f.n), k3);
     f(t + h, advanced(y, h, k3, at, f.n), k4);
-    for (Size i = 0; i < f.n; ++i) y[i] = y[i] + h / 6.0 * (k1[i] + 2 * k2[i] + 2 * k3[i] + k4[i]);
+    double size = 0.0;
+    for (Size i = 0; i < f.n; ++i) {
+        y[i] = y[i] + h / 6.0 * (k1[i] + 2 * k2[i] + 2 * k3[i] + k4[i]);
+        size = larger(std::fabs(y[i]), size);
+    }
+    return size;
 }
 
 }  // namespace
@@ -43,8 +49,7 @@ int rkf452(double t0, double t1, double rate, OdeFunction function, const double
     std::copy_n(y0, n, y);
     double t = t0;
     for (int i = 0; i < static_cast<int>(steps); ++i) {
-        step(f, t, h, y);
-        if (largest(y, f.n) > kTooBig) return report(kOverflow);
+        if (step(f, t, h, y) > kTooBig) return report(kOverflow);
         t += h;
     }
     return kDone;

@@ -23,12 +23,8 @@ struct System {
     void operator()(double t, const double *y, double *dy) const { function(t, y, param, dy); }
 };
 
-// max |y|; NaN does not count.
-inline double largest(const double *y, Size n) {
-    double size = 0.0;
-    for (Size i = 0; i < n; ++i) size = std::fabs(y[i]) > size ? std::fabs(y[i]) : size;
-    return size;
-}
+// The larger one; b if a is NaN.
+inline double larger(double a, double b) { return a > b ? a : b; }
 
 enum Result : int { kDone = 0, kTimeError = -1, kOverflow = -2, kStepLimit = -3 };
 

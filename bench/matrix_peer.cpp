@@ -1,0 +1,65 @@
+#include "matrix_peer.h"
+
+#include <benchmark/benchmark.h>
+
+#include <Eigen/Dense>
+#include <memory>
+
+namespace peer {
+
+namespace {
+
+using Eigen::MatrixXd;
+
+// Eigen stores by columns, and so reads a packed array as the transpose: (A B)^T = B^T A^T and (A^T)^-1 = (A^-1)^T.
+MatrixXd transposed(int n, const double *a) { return Eigen::Map<const MatrixXd>(a, n, n); }
+
+template <typename Work>
+Job repeated(int n, Work work) {
+    const auto out = std::make_shared<MatrixXd>(n, n);
+    const auto run = [=](int times) {
+        for (int i = 0; i < times; ++i) {
+            work(*out);
+            benchmark::ClobberMemory();
+        }
+    };
+    return {run, out->data()};
+}
+
+template <int Rows, int Cols = Rows>
+using Matrix = Eigen::Matrix<double, Rows, Cols>;
+
+template <int Rows, int Cols = Rows>
+Matrix<Rows, Cols> packed(const double *a) {
+    return Eigen::Map<const Matrix<Cols, Rows>>(a).transpose();
+}
+
+}  // namespace
+
+Job product(int n, const double *a, const double *b) {
+    return repeated(n, [a = transposed(n, a), b = transposed(n, b)](MatrixXd &c) { c.noalias() = b * a; });
+}
+
+Job inverse(int n, const double *a) {
+    return repeated(n, [a = transposed(n, a)](MatrixXd &inverted) { inverted = a.partialPivLu().inverse(); });
+}
+
+Job kalman_filter(const double *A, const double *C, const double *Q, const double *R, const double *P,
+                  const double *z) {
+    const auto state = std::make_shared<Matrix<kStates, 1>>(Matrix<kStates, 1>::Zero());
+    const auto run = [A = packed<kStates>(A), C = packed<kMeasurements, kStates>(C), Q = packed<kStates>(Q),
+                      R = packed<kMeasurements>(R), P = packed<kStates>(P), z, state](int times) mutable {
+        auto &x = *state;
+        for (int i = 0; i < times; ++i) {
+            x = A * x;
+            P = A * P * A.transpose() + Q;
+            const Matrix<kMeasurements> S = C * P * C.transpose() + R;
+            const Matrix<kStates, kMeasurements> K = P * C.transpose() * S.inverse();
+            x += K * (packed<kMeasurements, 1>(z + kMeasurements * i) - C * x);
+            P = (Matrix<kStates>::Identity() - K * C) * P;
+        }
+    };
+    return {run, state->data()};
+}
+
+}  // namespace peer
