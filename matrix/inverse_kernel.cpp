@@ -45,30 +45,33 @@ LANES_INLINE double largest_of(Lanes v) {
     return a > b ? a : b;
 }
 
-// |v| where `keep` has its bits set.
-LANES_INLINE Lanes magnitude(Lanes v, Bits keep) { return (Lanes)((Bits)v & keep & INT64_MAX); }
+// Which of the four columns at j on are column `col`, and which lie behind it.
+LANES_INLINE Bits columns_from(Size j) { return Bits{0, 1, 2, 3} + static_cast<std::int64_t>(j); }
+LANES_INLINE Bits is_column(Size col, Size j) { return columns_from(j) == static_cast<std::int64_t>(col); }
+LANES_INLINE Bits is_behind(Size col, Size j) { return columns_from(j) > static_cast<std::int64_t>(col); }
 
-// Lanes from `first` of the four columns at j on.
-LANES_INLINE Bits from_column(Size first, Size j) {
-    const Bits column = {0, 1, 2, 3};
-    return column + static_cast<std::int64_t>(j) >= static_cast<std::int64_t>(first);
-}
+LANES_INLINE Lanes magnitude(Lanes v) { return (Lanes)((Bits)v & INT64_MAX); }
+
+LANES_INLINE Lanes updated(Lanes b, const double *q, double m) { return b - all(m) * load(q); }
 
 // A row's elements from column `from`, at a lane, on.
 LANES_INLINE void update(double *row, const double *q, double m, Size from, Size to) {
-    for (Size j = from; j < to; j += kLanes) store(row + j, load(row + j) - all(m) * load(q + j));
+    for (Size j = from; j < to; j += kLanes) store(row + j, updated(load(row + j), q + j, m));
 }
 
-LANES_INLINE Lanes update_and_search(double *row, const double *q, double m, Size from, Size first, Size end) {
-    Size j = from;
-    for (; j + kLanes <= first; j += kLanes) store(row + j, load(row + j) - all(m) * load(q + j));
-    Bits keep = from_column(first, j);
+// The same around column col, where -0.0 - m q = -p m; the largest magnitudes behind it if they are searched for.
+template <bool kSearch>
+LANES_INLINE Lanes update_around(double *row, const double *q, double m, Size from, Size col, Size end) {
+    const Size at = col / kLanes * kLanes;
+    update(row, q, m, from, at);
+    const Lanes v = updated(is_column(col, at) ? all(-0.0) : load(row + at), q + at, m);
+    store(row + at, v);
     Lanes largest = {};
-    for (; j < end; j += kLanes) {
-        const Lanes v = load(row + j) - all(m) * load(q + j);
-        store(row + j, v);
-        largest = larger(magnitude(v, keep), largest);
-        keep = Bits{-1, -1, -1, -1};
+    if constexpr (kSearch) largest = is_behind(col, at) ? larger(magnitude(v), largest) : largest;
+    for (Size j = at + kLanes; j < end; j += kLanes) {
+        const Lanes w = updated(load(row + j), q + j, m);
+        store(row + j, w);
+        if constexpr (kSearch) largest = larger(magnitude(w), largest);
     }
     return largest;
 }
@@ -96,9 +99,17 @@ LANES_INLINE Pivot copy_and_search(Elimination &e, RecordRows<const double> a) {
         const double *from = a.row(i);
         double *to = e.b[i];
         for (Size j = 0; j < e.pad; ++j) to[j] = 0.0;
-        for (Size j = 0; j < e.n; ++j) to[e.pad + j] = from[j];
+        to += e.pad;
         Lanes largest = {};
-        for (Size j = 0; j < e.end; j += kLanes) largest = larger(magnitude(load(to + j), ~Bits{}), largest);
+        Size j = 0;
+        for (; j + kLanes <= e.n; j += kLanes) {
+            store(to + j, load(from + j));
+            largest = larger(magnitude(load(from + j)), largest);
+        }
+        for (; j < e.n; ++j) {
+            to[j] = from[j];
+            largest = larger(magnitude(all(from[j])), largest);
+        }
         consider(pivot, largest, i);
     }
     find_column(e, pivot, 0);
@@ -144,9 +155,8 @@ LANES_INLINE Pivot step(Elimination &e, Size k, Size block, Size s) {
     }
 
     const double p = 1.0 / row[col];
-    row[col] = 1.0;
     for (Size j = 0; j < e.end; j += kLanes) {
-        const Lanes v = load(row + j) * all(p);
+        const Lanes v = (is_column(col, j) ? all(1.0) : load(row + j)) * all(p);
         store(row + j, v);
         store(q + j, v);
     }
@@ -156,14 +166,11 @@ LANES_INLINE Pivot step(Elimination &e, Size k, Size block, Size s) {
     const Size from = (pad + block) / kLanes * kLanes;
     for (Size i = block; i < k; ++i) {
         m[i] = e.b[i][col];
-        update(e.b[i], q, m[i], from, e.end);
-        e.b[i][col] = -p * m[i];
+        update_around<false>(e.b[i], q, m[i], from, col, e.end);
     }
     for (Size i = k + 1; i < e.n; ++i) {
         m[i] = e.b[i][col];
-        const Lanes largest = update_and_search(e.b[i], q, m[i], from, col + 1, e.end);
-        e.b[i][col] = -p * m[i];
-        consider(next, largest, i);
+        consider(next, update_around<true>(e.b[i], q, m[i], from, col, e.end), i);
     }
     find_column(e, next, k + 1);
     return next;
@@ -180,14 +187,23 @@ LANES_INLINE void all_steps(Elimination &e, Size i, Size from, Size to) {
     }
 }
 
+// The steps behind its own on each of the block's columns of row i.
+LANES_INLINE void later_steps(Elimination &e, Size i, Size left) {
+    for (Size j = 0; j < kSteps; j += kLanes) {
+        Lanes v = load(e.b[i] + left + j);
+        for (Size s = j + 1; s < kSteps; ++s)
+            v = is_behind(s - 1, j) ? v : updated(v, e.q[s] + left + j, e.m[s][e.pad + i]);
+        store(e.b[i] + left + j, v);
+    }
+}
+
 // What has waited for the block's steps: rows above it and columns left of it.  Its own rows and columns have had the
 // steps up to their own.
 LANES_INLINE void finish_block(Elimination &e, Size block) {
     const Size left = e.pad + block, right = left + kSteps;
     for (Size i = 0; i < block; ++i) {
         all_steps(e, i, 0, left);
-        for (Size s = 1; s < kSteps; ++s)
-            for (Size j = left; j < left + s; ++j) e.b[i][j] -= e.m[s][e.pad + i] * e.q[s][j];
+        later_steps(e, i, left);
         all_steps(e, i, right, e.end);
     }
     for (Size t = 0; t < kSteps; ++t)

@@ -3,12 +3,15 @@
 #include <mensura/online.h>
 
 #include <algorithm>
+#include <cstddef>
 
 #include "channels.h"
 
 using namespace mensura::online;
 
 namespace {
+
+using Size = std::size_t;
 
 void take(MovingAverageOnline &s, double x) {
     s.Buffer[s.Pos] = x;
@@ -20,6 +23,30 @@ void take(MovingAverageOnline &s, double x) {
 
 double mean(const MovingAverageOnline &s, double sum) { return sum / (s.Full == 0 ? s.Pos : s.Length); }
 
+// An ordered sum waits for each of its additions, so the sums of several channels cost no more than one.
+constexpr Size kSideBySide = 5;
+
+// The next sample of kCount channels of one length.
+template <Size kCount>
+void step(MovingAverageOnline *s, const double *x, double *out) {
+    for (Size c = 0; c < kCount; ++c) take(s[c], x[c]);
+    double sums[kCount] = {};
+    for (int i = 0; i < s->Length; ++i)
+        for (Size c = 0; c < kCount; ++c) sums[c] += s[c].Buffer[i];
+    for (Size c = 0; c < kCount; ++c) out[c] = mean(s[c], sums[c]);
+}
+
+// As many of the `left` channels as have the length of the first, up to kMost; returns their number.
+template <Size kMost = kSideBySide>
+Size step_alike(MovingAverageOnline *s, const double *x, double *out, Size left) {
+    if constexpr (kMost > 1) {
+        const auto alike = [&](const MovingAverageOnline &channel) { return channel.Length == s->Length; };
+        if (left < kMost || !std::all_of(s, s + kMost, alike)) return step_alike<kMost - 1>(s, x, out, left);
+    }
+    step<kMost>(s, x, out);
+    return kMost;
+}
+
 }  // namespace
 
 void init_move_average_filter_online(MovingAverageOnline *s, int length) {
@@ -30,10 +57,9 @@ void init_move_average_filter_online(MovingAverageOnline *s, int length) {
 }
 
 double move_average_filter_online(MovingAverageOnline *s, double x) {
-    take(*s, x);
-    double sum = 0.0;
-    for (int i = 0; i < s->Length; ++i) sum += s->Buffer[i];
-    return mean(*s, sum);
+    double y;
+    step<1>(s, &x, &y);
+    return y;
 }
 
 void init_move_average_filter_onlines(MovingAverageBank *b, int length, int count) {
@@ -42,6 +68,7 @@ void init_move_average_filter_onlines(MovingAverageBank *b, int length, int coun
 }
 
 int move_average_filter_onlines(MovingAverageBank *b, const double *x, double *out) {
-    run(move_average_filter_online, b->Filters, x, out, b->Count);
+    const auto count = static_cast<Size>(std::max(b->Count, 0));
+    for (Size i = 0; i < count;) i += step_alike(b->Filters + i, x + i, out + i, count - i);
     return b->Count;
 }

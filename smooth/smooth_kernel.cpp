@@ -2,6 +2,8 @@
 
 #include "smooth_kernel.h"
 
+#include <utility>
+
 #include "../internal/lanes.h"
 #include "../internal/target.h"
 #include "weights.h"
@@ -11,35 +13,66 @@ namespace {
 
 using Size = std::size_t;
 
-LANES_INLINE Lanes at(const double *p, Lanes) { return load(p); }
-LANES_INLINE double at(const double *p, double) { return *p; }
+// Vectors of results side by side: they share what they load.
+constexpr Size kSideBySide = 4;
 
-// A product with 1 is exact.
-template <int kWeight, typename T>
-LANES_INLINE T weighted(T x) {
-    if constexpr (kWeight == 1)
-        return x;
-    else
-        return x * static_cast<double>(kWeight);
-}
-
+// sum + w x; a sum begins with its first term, and a product with 1 is exact.
 template <const auto &kRow, Size k, typename T>
-LANES_INLINE T sum(const double *window, T zero) {
-    const T term = weighted<kRow.weight[k]>(at(window + k, zero));
+LANES_INLINE T plus_term(T sum, T x) {
+    constexpr double kWeight = kRow.weight[k];
+    T term = x;
+    if constexpr (kWeight != 1.0) term = kWeight * x;
     if constexpr (k == 0)
         return term;
     else
-        return sum<kRow, k - 1>(window, zero) + term;
+        return sum + term;
+}
+
+// Takes the samples at x + kOffset, and those behind, into the sums whose windows hold them.
+template <const auto &kRow, Size kOffset, Size kCount>
+LANES_INLINE void take(const double *x, Lanes (&sums)[kCount]) {
+    constexpr Size kWindow = kRow.weight.size();
+    if constexpr (kOffset < kWindow + (kCount - 1) * kLanes) {
+        const Lanes samples = load(x + kOffset);
+        [&]<Size... i>(std::index_sequence<i...>) LANES_LAMBDA {
+            (
+                [&]() LANES_LAMBDA {
+                    constexpr Size k = kOffset - i * kLanes;  // huge before the window
+                    if constexpr (k < kWindow) sums[i] = plus_term<kRow, k>(sums[i], samples);
+                }(),
+                ...);
+        }
+        (std::make_index_sequence<kCount>{});
+        take<kRow, kOffset + 1>(x, sums);
+    }
+}
+
+template <const auto &kRow, Size kCount>
+LANES_INLINE void vectors(const double *window, double *y) {
+    constexpr double kDivisor = kRow.divisor;
+    Lanes sums[kCount];
+    take<kRow, 0>(window, sums);
+    for (Size i = 0; i < kCount; ++i) store(y + i * kLanes, sums[i] / kDivisor);
+}
+
+template <const auto &kRow>
+LANES_INLINE double point(const double *window) {
+    return [&]<Size... k>(std::index_sequence<k...>) LANES_LAMBDA {
+        double sum = 0.0;
+        ((sum = plus_term<kRow, k>(sum, window[k])), ...);
+        return sum;
+    }
+    (std::make_index_sequence<kRow.weight.size()>{}) / kRow.divisor;
 }
 
 template <const auto &kTable>
 LANES_INLINE void inside(const double *x, double *y, Size n) {
     static constexpr auto kRow = kTable.back();
-    constexpr Size kWindow = kRow.weight.size(), h = kWindow / 2;
-    constexpr double kDivisor = kRow.divisor;
+    constexpr Size h = kRow.weight.size() / 2, kMany = kSideBySide * kLanes;
     Size i = h;
-    for (; i + h + kLanes <= n; i += kLanes) store(y + i, sum<kRow, kWindow - 1>(x + i - h, Lanes{}) / kDivisor);
-    for (; i + h < n; ++i) y[i] = sum<kRow, kWindow - 1>(x + i - h, 0.0) / kDivisor;
+    for (; i + h + kMany <= n; i += kMany) vectors<kRow, kSideBySide>(x + i - h, y + i);
+    for (; i + h + kLanes <= n; i += kLanes) vectors<kRow, 1>(x + i - h, y + i);
+    for (; i + h < n; ++i) y[i] = point<kRow>(x + i - h);
 }
 
 }  // namespace
