@@ -164,13 +164,13 @@ void householder_of_noise_against_textbook(benchmark::State &state) {
     const Vector noise = bench::noise(kRows * kCols);
     compare_with_textbook(state, [&](Size i, Size j) { return noise[i * kCols + j]; });
 }
-MENSURA_COMPARE(householder_of_noise_against_textbook, 3);
+MENSURA_COMPARE(householder_of_noise_against_textbook, 10);
 
 // Of rank 2: most of the steps have nothing to reflect but rounding errors.
 void householder_of_i_plus_j_against_textbook(benchmark::State &state) {
     compare_with_textbook(state, [](Size i, Size j) { return static_cast<double>(i + j); });
 }
-MENSURA_COMPARE(householder_of_i_plus_j_against_textbook, 3);
+MENSURA_COMPARE(householder_of_i_plus_j_against_textbook, 10);
 
 }  // namespace
 

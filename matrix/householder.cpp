@@ -133,8 +133,9 @@ class FiniteReflections {
     // H from row and column k on.
     void fill_reflector(std::span<const double> v, Size k) {
         for (Size i = k; i < rows_; ++i) {
-            for (Size j = k; j < rows_; ++j) h_->v[i][j] = -2.0 * v[i] * v[j];
-            h_->v[i][i] += 1.0;
+            double *const row = h_->v[i];
+            std::ranges::transform(v.subspan(k), row + k, [twice = -2.0 * v[i]](double vj) { return twice * vj; });
+            row[i] += 1.0;
         }
     }
 

@@ -47,10 +47,11 @@ struct InRecord {
 };
 
 // The tile's columns of b, copied next to each other.
-constexpr Size kWidth = kMostColumns * kLanes, kDepth = 256;
+constexpr Size kDepth = 256;
+template <typename C>
 struct Packed {
-    const double *b;
-    [[nodiscard]] LANES_INLINE Lanes get(Size k, Size c) const { return load(b + k * kWidth + c * kLanes); }
+    const Lanes *b;
+    [[nodiscard]] LANES_INLINE Lanes get(Size k, Size c) const { return b[k * C::count + c]; }
 };
 
 // Adds to the sums that are there already, if `more`, otherwise to +0.0.
@@ -62,6 +63,7 @@ LANES_INLINE void tile(Source a, const ColumnsOfB &b, Target out, Size i, C colu
         for (Size r = 0; r < kRows; ++r)
 #pragma GCC unroll 3
             for (Size c = 0; c < C::count; ++c) sum[r][c] = columns.get(out.row(i + r), c);
+#pragma GCC unroll 2
     for (Size k = 0; k < inner; ++k) {
         Lanes bk[C::count];
         for (Size c = 0; c < C::count; ++c) bk[c] = b.get(k, c);
@@ -120,15 +122,14 @@ void multiply_records(RecordRows<const double> a, RecordRows<const double> b, Re
 }
 
 void multiply_rows(RowPointers a, RowPointers b, RowPointers out, Size rows, Size inner, Size cols) {
-    alignas(64) double packed[kDepth * kWidth];
+    alignas(64) Lanes packed[kDepth * kMostColumns];
     for_columns(cols, [&]<typename C>(C columns) LANES_LAMBDA {
         Size from = 0;
         do {
             const Size depth = inner - from < kDepth ? inner - from : kDepth;
             for (Size k = 0; k < depth; ++k)
-                for (Size c = 0; c < C::count; ++c)
-                    store(packed + k * kWidth + c * kLanes, columns.get(b.row(from + k), c));
-            all_rows(RowPointers{a.rows, a.first_col + from}, Packed{packed}, out, columns, rows, depth, from > 0);
+                for (Size c = 0; c < C::count; ++c) packed[k * C::count + c] = columns.get(b.row(from + k), c);
+            all_rows(RowPointers{a.rows, a.first_col + from}, Packed<C>{packed}, out, columns, rows, depth, from > 0);
             from += depth;
         } while (from < inner);
     });
