@@ -29,8 +29,8 @@ struct Elimination {
     Size n, pad, end;                           // end = pad + n, a multiple of kSteps
     Size step_row[kStride], step_col[kStride];  // where the pivot of each step was found
     alignas(64) double b[RMATRIX_CAPACITY][kStride];
-    alignas(64) double m[kUnblocked][kStride];  // of the steps of this block: m(i) at pad + i
-    alignas(64) double q[kUnblocked][kStride];  // and q(j) at pad + j
+    alignas(64) double m[kSteps][kStride];  // of the steps of this block: m(i) at pad + i
+    alignas(64) double q[kSteps][kStride];  // and q(j) at pad + j
 };
 
 struct Pivot {
@@ -241,8 +241,9 @@ bool invert(RecordRows<const double> a, RecordRows<double> out, Size n) {
     Size block_end = n <= kUnblocked ? n : kSteps - e.pad;
     for (Size k = 0; k < n; ++k) {
         if (pivot.size + 1.0 == 1.0) return false;
-        exchange_for(e, pivot, k, k - block);
-        pivot = step(e, k, block, k - block);
+        const Size s = block == 0 ? 0 : k - block;  // nothing waits for the first block
+        exchange_for(e, pivot, k, s);
+        pivot = step(e, k, block, s);
         if (k + 1 == block_end) {
             if (block > 0) finish_block(e, block);
             block = block_end;

@@ -1,6 +1,6 @@
 /* A linear Kalman filter of up to 100 states and 100 measurements, on fixed-capacity matrices.
  *
- *     static KalmanFilter kf;                            1.4 MB: static or heap storage, not the stack
+ *     static KalmanFilter kf;                            1.3 MB: static or heap storage, not the stack
  *     getKalmanFilterA(A, 9, dt); getKalmanFilterC(C, 3); getKalmanFilterQ(Q, 9, 1e-4, 0, 0, 1e-2, 0, 1);
  *     getKalmanFilterR(R, 3, 0.25); getKalmanFilterP(P, 9, 1.0);
  *     initKalmanFilter_d(&kf, A, C, Q, R, P, NULL, 3, 9);      3 measurements, 9 states
@@ -9,8 +9,8 @@
  * With n states and m measurements: state x(k+1) = A x(k) + noise of covariance Q; measurement z = C x + noise of
  * covariance R.  Units are the caller's: Q and R are variances in squared units of x and z.
  *
- * Memory.  Nothing here allocates.  Only the corners in use of the matrices are touched.  An update takes up to 90 KB
- * of stack.
+ * Memory.  Nothing here allocates.  Only the corners in use of the matrices are touched.  An update takes 100 KB of
+ * stack.
  *
  * Threads.  Separate filters may run in separate threads at once; one filter belongs to one thread at a time.
  *

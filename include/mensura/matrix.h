@@ -79,7 +79,7 @@ MENSURA_EXPORT RMATRIX rmatrix_transpose(RMATRIX a);
  * Van Loan, Matrix Computations); the first of equally large pivots, row by row, is taken.
  * THE PIVOT IS COMPARED WITH 1: a matrix is singular when the largest element that remains, p, has p + 1 = 1, that is
  * |p| up to 1.1e-16.  Scale a matrix of tiny elements first.  NaN is never a pivot.
- * Takes up to 90 KB of stack. */
+ * Takes 100 KB of stack. */
 MENSURA_EXPORT RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out);
 MENSURA_EXPORT RMATRIX rmatrix_inverse(RMATRIX a);
 

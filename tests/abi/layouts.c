@@ -31,6 +31,29 @@ HOLDS(AT(LowPassProto, Num2, 0) && AT(LowPassProto, Num1, 400) && AT(LowPassProt
 HOLDS(AT(LowPassProto, Den2, 1200) && AT(LowPassProto, Den1, 1600) && AT(LowPassProto, Den0, 2000));
 HOLDS(sizeof(LowPassProto) == 2408 && AT(LowPassProto, SectionCount, 2400));
 
+HOLDS(sizeof(RMATRIX) == 80008 && AT(RMATRIX, data, 0) && AT(RMATRIX, rows, 80000) && AT(RMATRIX, cols, 80004));
+HOLDS(sizeof(Matrix) == 16 && AT(Matrix, m, 0) && AT(Matrix, n, 4) && AT(Matrix, v, 8));
+
+HOLDS(AT(KalmanFilter, A, 0) && AT(KalmanFilter, C, 80008) && AT(KalmanFilter, Q, 160016));
+HOLDS(AT(KalmanFilter, R, 240024) && AT(KalmanFilter, P, 320032) && AT(KalmanFilter, K, 400040));
+HOLDS(AT(KalmanFilter, Ident, 480048) && AT(KalmanFilter, PInit, 560056) && AT(KalmanFilter, xInit, 640064));
+HOLDS(AT(KalmanFilter, MeasCount, 720072) && AT(KalmanFilter, StateCount, 720076) && AT(KalmanFilter, x, 720080));
+HOLDS(AT(KalmanFilter, xPred, 800088) && AT(KalmanFilter, ATrans, 880096) && AT(KalmanFilter, CTrans, 960104));
+HOLDS(AT(KalmanFilter, y, 1040112) && AT(KalmanFilter, Work1, 1120120) && AT(KalmanFilter, Work2, 1200128));
+HOLDS(sizeof(KalmanFilter) == 1280136);
+
+HOLDS(sizeof(CentralDiffOnline) == 32 && AT(CentralDiffOnline, Step, 0) && AT(CentralDiffOnline, Prev1, 8));
+HOLDS(AT(CentralDiffOnline, Prev2, 16) && AT(CentralDiffOnline, Count, 24));
+HOLDS(sizeof(AmplitudeLimitOnline) == 24 && AT(AmplitudeLimitOnline, Limit, 0));
+HOLDS(AT(AmplitudeLimitOnline, Last, 8) && AT(AmplitudeLimitOnline, Count, 16));
+HOLDS(sizeof(MovingAverageOnline) == 16016 && AT(MovingAverageOnline, Length, 0));
+HOLDS(AT(MovingAverageOnline, Buffer, 8) && AT(MovingAverageOnline, Pos, 16008) &&
+      AT(MovingAverageOnline, Full, 16012));
+HOLDS(sizeof(MovingAverageBank) == 160168 && AT(MovingAverageBank, Filters, 0) && AT(MovingAverageBank, Count, 160160));
+HOLDS(sizeof(LimitAverageOnline) == 16040 && AT(LimitAverageOnline, Limiter, 0) && AT(LimitAverageOnline, Average, 24));
+
+HOLDS(sizeof(in) == 120);
+HOLDS(RMATRIX_CAPACITY == 100 && MOVING_AVERAGE_CAPACITY == 2000 && MOVING_AVERAGE_CHANNELS == 10);
 HOLDS(MAX_IIR_SECTIONS == 50);
 HOLDS(ptLowPass == 0 && ptHighPass == 1 && ptBandPass == 2 && ptNotch == 3 && ptAllPass == 4);
 HOLDS(pfButterworth == 0 && pfGaussian == 1 && pfBessel == 2 && pfAdjustable == 3);
