@@ -94,11 +94,11 @@ static int append(Record *record, Sample sample) {
     return 1;
 }
 
-static int read_samples(FILE *in, const char *file, Record *record) {
+static int read_samples(FILE *input, const char *file, Record *record) {
     char text[1024];
     int may_be_header = 1;
-    for (size_t line = 1; fgets(text, sizeof text, in) != NULL; ++line) {
-        if (strchr(text, '\n') == NULL && !feof(in))
+    for (size_t line = 1; fgets(text, sizeof text, input) != NULL; ++line) {
+        if (strchr(text, '\n') == NULL && !feof(input))
             return complain(BAD_INPUT, file, line, "not text, or a line longer than 1022 characters");
         if (text[0] == '#' || text[strspn(text, " \t\r\n")] == '\0') continue;
         const int header = may_be_header && strchr("+-.0123456789", text[strspn(text, " \t")]) == NULL;
@@ -113,7 +113,7 @@ static int read_samples(FILE *in, const char *file, Record *record) {
             return complain(BAD_INPUT, file, line, "time does not increase");
         if (!append(record, sample)) return complain(FAILED, file, line, "out of memory");
     }
-    return ferror(in) ? complain(BAD_INPUT, file, 0, strerror(errno)) : DONE;
+    return ferror(input) ? complain(BAD_INPUT, file, 0, strerror(errno)) : DONE;
 }
 
 /* Sampling rate in Hz from the time column.  Its times are rounded: a rate within 10 ppm of whole hertz, better than a
@@ -358,9 +358,9 @@ static int write_table(const char *file, const char *header, const Table *table)
 
 /* The one thing likely to let a rename fail after both files could be written: then it is too late for the first. */
 static int is_directory(const char *file) {
-    FILE *const in = fopen(file, "r+");
-    if (in != NULL) fclose(in);
-    return in == NULL && errno == EISDIR;
+    FILE *const input = fopen(file, "r+");
+    if (input != NULL) fclose(input);
+    return input == NULL && errno == EISDIR;
 }
 
 static int write_files(const Table *signals, const Table *spectra) {
@@ -426,10 +426,10 @@ static int clean_record(const char *file, Record *record, const char *cutoff_tex
     double fs, cutoff = kDefaultCutoff;
     if (cutoff_text != NULL && (parse_number(cutoff_text, '\0', &cutoff) == NULL || cutoff <= 0.0))
         return complain(BAD_INPUT, cutoff_text, 0, "the cut-off must be a number of Hz above 0");
-    FILE *const in = fopen(file, "r");
-    if (in == NULL) return complain(errno == ENOMEM ? FAILED : BAD_INPUT, file, 0, strerror(errno));
-    int status = read_samples(in, file, record);
-    fclose(in);
+    FILE *const input = fopen(file, "r");
+    if (input == NULL) return complain(errno == ENOMEM ? FAILED : BAD_INPUT, file, 0, strerror(errno));
+    int status = read_samples(input, file, record);
+    fclose(input);
     if (status == DONE) status = find_rate(file, record, &fs);
     if (status != DONE) return status;
     if (cutoff >= 0.5 * fs) return complain(BAD_INPUT, file, 0, "the cut-off must be below half the sampling rate");

@@ -232,6 +232,7 @@ LANES_INLINE void copy_back(const Elimination &e, RecordRows<double> out) {
 }  // namespace
 
 bool invert(RecordRows<const double> a, RecordRows<double> out, Size n) {
+    if (n < 1) return false;
     Elimination e;
     e.n = n;
     e.end = (n + kSteps - 1) / kSteps * kSteps;

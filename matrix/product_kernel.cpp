@@ -58,11 +58,12 @@ struct Packed {
 template <Size kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
 LANES_INLINE void tile(Source a, const ColumnsOfB &b, Target out, Size i, C columns, Size inner, bool more) {
     Lanes sum[kRows][C::count] = {};
-    if (more)
+    if (more) {
 #pragma GCC unroll 6
         for (Size r = 0; r < kRows; ++r)
 #pragma GCC unroll 3
             for (Size c = 0; c < C::count; ++c) sum[r][c] = columns.get(out.row(i + r), c);
+    }
 #pragma GCC unroll 2
     for (Size k = 0; k < inner; ++k) {
         Lanes bk[C::count];

@@ -5,7 +5,7 @@
  *         dydt[1] = -9.81 / *(double *)length * sin(y[0]);
  *         return 0;
  *     }
- *     rkf45(0.0, 10.0, 1000.0, 1e-6, swing, y0, 2, &length, y);
+ *     rkf45(0.0, 10.0, 100.0, 1e-6, swing, y0, 2, &length, y);
  *
  * Failures print a line on standard output and return a negative number.  y0 and y have n numbers each, and y may be y0.
  * Nothing here allocates, but for the file of test_rkf45.  All functions are safe in several threads at once, each on
@@ -24,13 +24,14 @@ extern "C" {
 typedef int (*OdeFunction)(double t, const double *y, void *param, double *dydt);
 
 /* From t0 to t1 with a step of its own choice: Runge-Kutta-Fehlberg 4(5), the solution of order 4 carried on (Fehlberg,
- * NASA TR R-315, 1969).  The first step is h = (t1 - t0) / divisions; steps stay between about h / 64 and 64 h, and the
- * last one lands on t1.  Six calls of f an attempt.
+ * NASA TR R-315, 1969).  The first step is h = (t1 - t0) / divisions; steps stay between h / 32 and 64 h, and the last
+ * one, shorter or longer by up to 1e-5 |t1|, lands on t1.  Six calls of f an attempt.
  *   tol  an attempt is accepted when its largest error estimate over all components is below it, in the unit of y, per
- *        step; below twice the smallest step it is accepted whatever its error
+ *        step; one shorter than h / 32, which is a last one, whatever its error
  * THE STEP MOSTLY SHRINKS: its factor min 0.84 (tol h / |error|)^(1/4) is the smallest of the whole call, and 0 after an
  * error below 1e-8.  Below 0.75 it halves the step after every attempt, and only above 1.5 it doubles it.  So choose
- * divisions for the accuracy you need, and tol above 1e-8.
+ * divisions for the accuracy you need, at most 620 of them, for which steps of h / 32 suffice, and go a long way in
+ * several calls, each with a fresh step.  docs/ode.md shows what that gives.
  * Returns
  *     0  y is the state at t1 (y0 when t1 = t0, when a time is NaN or when n < 1)
  *    -1  t1 < t0, "rkf45: time set error!", y untouched; n > 20, nothing printed or touched
@@ -42,8 +43,9 @@ typedef int (*OdeFunction)(double t, const double *y, void *param, double *dydt)
 MENSURA_EXPORT int rkf45(double t0, double t1, double divisions, double tol, OdeFunction f, const double *y0, int n,
                          void *param, double *y);
 
-/* From t0 in floor((t1 - t0) rate) steps of 1 / rate by the classical Runge-Kutta method of order 4; in two steps of
- * (t1 - t0) / 2 when that is less than one.  THE LAST STEP DOES NOT LAND ON t1 unless rate makes it.
+/* From t0 in floor((t1 - t0) / h) steps of h = 1 / rate by the classical Runge-Kutta method of order 4; in two steps of
+ * (t1 - t0) / 2 when that is less than one.  THE LAST STEP LANDS ON t1 ONLY if rate makes it, and rounding may lose one:
+ * add half a step to t1 to be safe.
  * Returns
  *     0  y is the state after the last step (n < 1: at once)
  *    -1  t1 < t0, or more than 2147483647 steps, or a number of steps that is not finite: "rkf45: time set error!", y
