@@ -26,8 +26,8 @@ double sum(int i, int j) { return i + j; }
 
 enum Kind { kSum, kSingular, kRegular, kPermutation, kTies, kEdge, kGraded, kHuge, kZeros, kInfinite, kNoise };
 Owner sample(int kind, int m, int n) {
-    static std::mt19937_64 bits(1);
-    const double edges[] = {1e-10, std::nextafter(1e-10, 0), 0}, special[] = {0.0, -0.0, HUGE_VAL, -HUGE_VAL, NAN};
+    std::mt19937_64 bits(static_cast<unsigned>(kind + 20 * m + 3000 * n));
+    const double edges[] = {1e-10, std::nextafter(1e-10, 0), 0}, odd[] = {0.0, -0.0, HUGE_VAL, -HUGE_VAL, std::nan("")};
     return matrix(m, n, [&](int i, int j) {
         const double noise = std::uniform_real_distribution<double>(-1, 1)(bits);
         switch (kind) {
@@ -36,11 +36,11 @@ Owner sample(int kind, int m, int n) {
             case kRegular: return i != j ? -0.0 : i == n / 2 ? -std::nextafter(0x1p-53, 1) : 1;
             case kPermutation: return (7 * i + 3) % n == j ? i % 3 - 3.5 : 0;
             case kTies: return static_cast<double>(bits() % 3) - 1;
-            case kEdge: return edges[bits() % 3];
+            case kEdge: return i % 3 == j % 3 ? edges[bits() % 3] : 0;
             case kGraded: return std::ldexp(noise, -static_cast<int>(bits() % 70));
-            case kHuge: return noise * 1e160;  // squares overflow
-            case kZeros: return bits() % 3 == 0 ? special[bits() % 2] : noise;
-            case kInfinite: return bits() % static_cast<unsigned>(3 * n) == 0 ? special[bits() % 5] : noise;
+            case kHuge: return bits() % static_cast<unsigned>(n * n) == 0 ? odd[4] : noise * 1e160;  // squares overflow
+            case kZeros: return bits() % 3 == 0 ? odd[bits() % 2] : noise;
+            case kInfinite: return bits() % static_cast<unsigned>(3 * n) == 0 ? odd[bits() % 5] : noise;
             default: return noise;
         }
     });
@@ -183,8 +183,9 @@ TEST(HeapMatrix, has_the_formulas_of_its_parts_at_any_size) {
             const Owner x = sample(kZeros, m, n), copy{matrix_copy(n, x->v, m)};
             EXPECT_TRUE(copy->m == std::max(m, 0) && copy->n == std::max(n, 0) && same(copy, x));
             matrix_transpose(copy.get());
+            if (m > 0) mcol(x.get(), copy->v[0], n);  // no such column
             const auto turned = [&](int i, int j) { return m <= n && j < m ? x->v[j][i] : x->v[i][j]; };
-            EXPECT_TRUE(same(copy, matrix(m, n, turned)) && (x->m == x->n || !product(x, x)));
+            EXPECT_TRUE(same(copy, matrix(m, n, turned)) && (x->m == x->n || !product(x, x)) && vnorm({}, -1) == 0);
             for (int d = -1; d <= 8; ++d) {
                 const auto element = [&](int i, int j) { return std::min(i, j) < d ? one(i, j) : x->v[i][j]; };
                 EXPECT_TRUE(same(Owner{matrix_minor(x.get(), d)}, matrix(m, n, element)));
@@ -198,7 +199,6 @@ std::pair<Owner, Owner> decompose(const Owner &x) {
     return {Owner{q}, Owner{r}};
 }
 
-// Step by step with full products.
 std::pair<Owner, Owner> plain_decompose(const Owner &x) {
     const int m = x->m;
     Owner z{matrix_copy(x->n, x->v, m)}, q = matrix(m, m, one), r{matrix_copy(x->n, x->v, m)};
@@ -228,10 +228,11 @@ TEST(Householder, has_the_bits_of_plain_steps_and_its_laws) {
             const auto [plain_q, plain_r] = plain_decompose(x);
             EXPECT_TRUE(same(q, plain_q) && same(r, plain_r)) << m << " x " << n << ", kind " << kind;
             if (kind == kEdge || kind == kGraded || kind == kHuge || kind == kInfinite) continue;
-            const double tolerance = 2 * (m + 1) * 0x1p-52, scaled = tolerance * size(x);  // worst seen: 0.6 of it
+            const double tolerance = 2 * (m + 1) * 0x1p-52, scaled = tolerance * size(x);  // worst seen: 0.6
             EXPECT_LE(error(q, transposed(q), one), tolerance);
             EXPECT_LE(error(q, r, [&x](int i, int j) { return x->v[i][j]; }), scaled);
-            EXPECT_LE(error(r, identity, [&r = r](int i, int j) { return i > j ? 0 : r->v[i][j]; }), scaled);
+            EXPECT_LE(error(r, identity, [&r = r](int i, int j) { return i > j ? 0 : r->v[i][j]; }),
+                      9 * scaled);  // cancels
         }
 }
 

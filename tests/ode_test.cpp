@@ -75,7 +75,7 @@ int plain(double t0, double t1, double divisions, double tol, System &f, State &
     return t1 < t0 ? -1 : 0;
 }
 
-// rkf45 has its result, line, y and number of calls, or less of those where an attempt repeats itself.
+// rkf45 has its result, line, y and number of calls, or fewer calls where an attempt repeats itself.
 int expect_plain(System f, State y, double t0, double t1, double divisions, double tol) {
     System g = f;
     State expected = y;
@@ -97,7 +97,7 @@ TEST(rkf45, is_a_plain_loop) {
             for (int j = 0; j < n; ++j) dydt[j] = std::ldexp((i % 5 * 3 - 4) * y[j] + y[(j + 1) % n] * cos(t), -3 * j);
         }};
         const State y0(1 + n % 3, static_cast<std::size_t>(n));
-        codes |= 1 << -expect_plain(f, y0, n % 4 - 2, n % 7 + 1, kDivisions[i % 4], kTol[i / 4 % 4]);
+        codes |= 1 << -expect_plain(f, y0, n % 4 - 1.7, n % 7 + 1.4, kDivisions[i % 4], kTol[i / 4 % 4]);
     }
     EXPECT_EQ(codes, 0b1101);  // 0, -2 and -3
     const System decay{[](auto, auto, auto y, auto dydt) { *dydt = -*y; }};
@@ -108,10 +108,10 @@ TEST(rkf45, is_a_plain_loop) {
 
 // t1; rejected attempts, for the sixth stage, which y does not use, of how many; all, with steps down to 1/32; result.
 TEST(rkf45, ends_after_20000_steps_or_20000_rejections_in_a_row) {
-    const double kCases[][5] = {{8.01, 0, 1, 200, 0},      {626.75, 0, 1, 19999, 0},   {626.78125, 0, 1, 20000, -3},
+    const double kCases[][5] = {{8.01, 0, 1, 200, 0},      {626.753, 0, 1, 19999, 0},  {626.78125, 0, 1, 20000, -3},
                                 {1, 19999, 1e9, 20031, 0}, {1, 20000, 1e9, 20000, -3}, {1, 700, 701, 22432, 0}};
     for (const auto &c : kCases) {
-        System f{[&](int i, auto, auto, auto dydt) { *dydt = i % 6 == 5 && fmod(i / 6, c[2]) < c[1] ? 1e9 : 0; }};
+        System f{[&](int i, auto, auto, auto dydt) { *dydt = i % 6 == 5 && i / 6 % int(c[2]) < c[1] ? 1e9 : 0; }};
         double y = 1;
         EXPECT_EQ(rkf45(0, c[0], c[0], 1e-3, derivative, &y, 1, &f, &y), c[4]);
         EXPECT_TRUE(f.calls == 6 * c[3] && y == 1) << f.calls;
@@ -135,15 +135,15 @@ TEST(Integrators, divide_the_error_by_16_when_the_step_is_halved) {
 }
 
 TEST(rkf452, has_the_bits_of_its_formula) {
-    const auto f = [](double t, double y) { return 1 + t * y * y; };
+    const auto f = [](double t, double y) { return 0.7 + t * y * y; };
     System system{[&](auto, double t, auto y, auto dydt) { *dydt = f(t, *y); }};
-    const double kCases[][3] = {{0, 2, 0.1}, {-5, 2, 0.1}, {0.9, 2, 0.1}, {1.5, 1, 0.1}, {93, 92, 0.1}, {2, 1, 1e30}};
+    const double kCases[][3] = {{0, 2, 0}, {-5, 2, -1}, {0.9, 2, 0.1}, {1.7, 1, 0}, {93, 92, 0}, {2, 1, 1e30}};
     for (const auto &[rate, steps, y0] : kCases) {
         const double h = rate < 1 ? 0.5 : 1 / rate;  // 1 / (1 / 93) is below 93
         double t = 0, y = y0, result = y0;
-        for (int i = 0; i < steps; ++i, t += h) {
+        for (int i = 0; i < steps; ++i) {
             const double k1 = f(t, y), k2 = f(t + h / 2, y + h / 2 * k1), k3 = f(t + h / 2, y + h / 2 * k2);
-            y = y + h / 6.0 * (k1 + 2 * k2 + 2 * k3 + f(t + h, y + h * k3));
+            y = y + h / 6.0 * (k1 + 2 * k2 + 2 * k3 + f(t + h, y + h * k3)), t += h;
         }
         EXPECT_TRUE(rkf452(0, 1, rate, derivative, &result, 1, &system, &result) == (y > 1e30 ? -2 : 0) && result == y);
     }
@@ -151,7 +151,7 @@ TEST(rkf452, has_the_bits_of_its_formula) {
 
 TEST(Integrators, end_whatever_the_arguments) {
     alarm(60);
-    const double v[] = {0, 1, -1, 1e308, 5e-324, HUGE_VAL, std::nan("")};
+    const double v[] = {0, 1, -3e9, 1e308, 5e-324, HUGE_VAL, std::nan("")};
     for (int i = 0; i < 7 * 7 * 7 * 7; ++i) {
         const double t0 = v[i % 7], t1 = v[i / 7 % 7], rate = v[i / 49 % 7], steps = std::floor((t1 - t0) / (1 / rate));
         expect_plain(rotation, {1, 2}, t0, t1, rate, v[i / 343]);

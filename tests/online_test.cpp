@@ -32,21 +32,21 @@ double sample() {  // up to 8 in size; rarely one that spreads, overflows or van
 
 TEST(central_difference, is_its_formula_and_the_one_of_streams_the_same_a_sample_late) {
     for (int n = -1; n <= 4000003; n += n < 40 ? 1 : 3999963)
-        for (Size shift = 0; shift<16; shift += n> 40 ? 7 : 1) {
+        for (Size shift = 0; shift < 16; shift += n <= 40 ? 1 : 7) {
             const Size size = n > 1 ? static_cast<Size>(n) : 0, start = 1 + shift / 4;
-            std::vector<double> memory(size + 8), out(size + 8, 77), expected = out;
+            std::vector<double> memory(size + shift % 4), out(size + 8, 77), expected = out;
             std::ranges::generate(memory, sample);
-            const double *const x = &memory[shift % 4];
+            const double *const x = memory.data() + shift % 4;
             CentralDiffOnline s{1, 2, 3, 4};
-            init_central_difference_online(&s, 0.3);
+            init_central_difference_online(&s, 0.7);
             for (Size i = 0; i < size; ++i) {
                 const double before = i == 0 ? x[0] + x[0] - x[1] : x[i - 1];
                 const double after = i + 1 == size ? x[i] + x[i] - x[i - 1] : x[i + 1];
-                expected[start + i] = (after - before) / (2 * 0.3);
+                expected[start + i] = (after - before) / (2 * 0.7);
                 ASSERT_TRUE(same(central_difference_online(&s, x[i]), i < 2 ? 0 : expected[start + i - 1])) << i;
             }
             const int allocated = allocations;
-            central_difference(x, &out[start], n, 0.3);
+            central_difference(x, &out[start], n, 0.7);
             EXPECT_EQ(allocations, allocated);
             ASSERT_TRUE(std::ranges::equal(out, expected, same)) << n << " samples, shift " << shift;
         }
@@ -111,7 +111,7 @@ TEST(Onlines, treat_each_channel_as_if_alone) {
     MovingAverageBank bank{};
     LimitAverageOnline both[10]{};
     expect_each_alone(differences, init_central_difference_onlines, central_difference_onlines,
-                      init_central_difference_online, central_difference_online, 0.3);
+                      init_central_difference_online, central_difference_online, 0.7);
     expect_each_alone(limiters, init_amlitude_limit_filer_onlines, amlitude_limit_filer_onlines,
                       init_amlitude_limit_filer_online, amlitude_limit_filer_online, 5.0);
     for (const int length : kLengths) {

@@ -72,8 +72,8 @@ TEST(Smooth, values_are_least_squares_sums_between_untouched_cells_and_a_polynom
     for (const Smoother &s : kSmoothers)
         for (Size n = 0; n <= 3000001; n += n < 60 ? 1 : 2999941)
             for (Size shift = n > 60 ? 16 : 0; shift < 17; ++shift) {
-                Numbers memory(n + 8), out(n + 8, 77), expected = out;
-                double *const x = &memory[shift % 4], *const y = &out[1 + shift / 4];
+                Numbers memory(n + shift % 4), out(n + 8, 77), expected = out;
+                double *const x = memory.data() + shift % 4, *const y = &out[1 + shift / 4];
                 for (double &v : memory)
                     v = source() % 64 == 0 ? std::nan("") : static_cast<double>(source()) * 0x1p-60 - 8;
                 for (Size t = 0; t < n && shift == 0; ++t) x[t] = 5 - std::pow(static_cast<double>(t) - 7, s.degree);
