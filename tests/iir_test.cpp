@@ -18,23 +18,7 @@
 #include <thread>
 #include <vector>
 
-// Every malloc of the process is counted, the library's included; a sanitizer brings its own.
-#if defined(__has_feature)
-#define SANITIZED (__has_feature(address_sanitizer) || __has_feature(thread_sanitizer))
-#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define SANITIZED 1
-#else
-#define SANITIZED 0
-#endif
-#if defined(__GLIBC__) && !SANITIZED
-#define COUNTS_ALLOCATIONS 1
-static int allocations = 0;
-extern "C" void *__libc_malloc(std::size_t size);
-extern "C" void *malloc(std::size_t size) noexcept {
-    ++allocations;
-    return __libc_malloc(size);
-}
-#endif
+#include "allocations.h"
 
 namespace {
 

@@ -12,11 +12,7 @@
 #include <valarray>
 #include <vector>
 
-static int allocations = 0;  // every malloc of the process, the library's included; a sanitizer brings its own
-#if defined(__GLIBC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-extern "C" void *__libc_malloc(std::size_t size);
-extern "C" void *malloc(std::size_t size) noexcept { return ++allocations, __libc_malloc(size); }
-#endif
+#include "allocations.h"
 
 namespace {
 

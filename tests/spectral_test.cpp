@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "allocations.h"
+
 namespace {
 
 using Point = std::complex<double>;
@@ -225,13 +227,7 @@ TEST(Bessel, is_its_series_up_to_the_ninth_term_and_Sinc_is_1_around_0) {
     for (const double x : {-1e-5, 0.0, 9e-6, 4.0}) EXPECT_EQ(Sinc(x), std::fabs(x) < 1e-5 ? 1 : std::sin(x) / x);
 }
 
-// Memory that runs out; a sanitizer brings its own.
-#if defined(__GLIBC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-static thread_local int granted = INT_MAX;  // allocations
-extern "C" void *__libc_memalign(Size to, Size n);
-extern "C" void *aligned_alloc(Size to, Size n) noexcept { return --granted < 0 ? nullptr : __libc_memalign(to, n); }
-extern "C" void *malloc(Size n) noexcept { return aligned_alloc(16, n); }
-
+#ifdef COUNTS_ALLOCATIONS
 TEST(Spectral, without_memory_the_data_stay_as_they_were) {
     const auto starved = [](double *re, double *im, int n) {
         granted = 1;
