@@ -156,8 +156,8 @@ Estimated velocity in m/s of what rests at 1 m, without noise, for x0 = 0, dt = 
 ## When the state is empty
 
 C P C^T + R is singular for the filter if a pivot is 1.1e-16 or less, **whatever the unit**. State and P are empty then,
-and KalmanFilter_update_d leaves xOut as it was: the output looks frozen. Of 1000 updates with p = r and q = 1e-6 it did
-%d for r = 1e-16, %d for 5e-17 and %d for 1e-17: the first may pass while P is large.
+and KalmanFilter_update_d leaves xOut as it was: the output looks frozen. Of 1000 updates with p = r and q = 1e-6 the
+filter completed %d for r = 1e-16, %d for 5e-17 and %d for 1e-17: the first may pass while P is large.
 
 - **Units:** choose them so that r is above 1e-12, nanometres instead of metres.
 - **Detect** it by `isEmptyRMATRIX(getKalmanFilter_state(&kf))` after each update. `resetKalmanFilter(&kf)` brings P and

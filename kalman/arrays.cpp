@@ -14,8 +14,9 @@ void init(KalmanFilter *kf, Array A, Array C, Array Q, Array R, Array P, const d
     load(Q, n, n, &kf->Q);
     load(R, m, m, &kf->R);
     load(P, n, n, &kf->P);
-    if (x0 != nullptr) load(x0, n, 1, &kf->x);
-    initKalmanFilter(kf, &kf->A, &kf->C, &kf->Q, &kf->R, &kf->P, x0 != nullptr ? &kf->x : nullptr);
+    const bool fits = m <= RMATRIX_CAPACITY && n <= RMATRIX_CAPACITY, is_zero = x0 == nullptr && fits;
+    if (!is_zero) load(x0, fits ? n : 0, 1, &kf->x);
+    initKalmanFilter(kf, &kf->A, &kf->C, &kf->Q, &kf->R, &kf->P, is_zero ? nullptr : &kf->x);
 }
 
 template <typename Array>

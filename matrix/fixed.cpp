@@ -36,16 +36,21 @@ RMATRIX *fail(RMATRIX *out) {
     return nullptr;
 }
 
-// Row i comes from row_of(i).  Rows are short: no call for each.
+// to = operation(x, y), element by element.  Rows are short: no call for each.
+template <typename Operation>
+LANES_INLINE void transform_row(double *to, const double *x, const double *y, Size n, Operation operation) {
+    Size j = 0;
+    for (; j + kLanes <= n; j += kLanes) store(to + j, operation(load(x + j), load(y + j)));
+    for (; j < n; ++j) to[j] = operation(x[j], y[j]);
+}
+
+// Row i comes from row_of(i).
 template <typename RowOf>
 void copy_rows(RMATRIX *out, RowOf row_of) {
     const Size cols = within(out->cols), rows = cols == 0 ? 0 : within(out->rows);
     for (Size i = 0; i < rows; ++i) {
         const double *from = row_of(i);
-        double *to = rows_of(out).row(i);
-        Size j = 0;
-        for (; j + kLanes <= cols; j += kLanes) store(to + j, load(from + j));
-        for (; j < cols; ++j) to[j] = from[j];
+        transform_row(rows_of(out).row(i), from, from, cols, [](auto x, auto) LANES_LAMBDA { return x; });
     }
 }
 
@@ -64,13 +69,8 @@ RMATRIX *element_wise(const RMATRIX *a, const RMATRIX *b, RMATRIX *out, Operatio
         return fail(out);
     set_size(out, a->rows, a->cols);
     const Size rows = size(out->rows), cols = size(out->cols);
-    for (Size i = 0; i < rows; ++i) {
-        const double *x = rows_of(a).row(i), *y = rows_of(b).row(i);
-        double *to = rows_of(out).row(i);
-        Size j = 0;
-        for (; j + kLanes <= cols; j += kLanes) store(to + j, operation(load(x + j), load(y + j)));
-        for (; j < cols; ++j) to[j] = operation(x[j], y[j]);
-    }
+    for (Size i = 0; i < rows; ++i)
+        transform_row(rows_of(out).row(i), rows_of(a).row(i), rows_of(b).row(i), cols, operation);
     return out;
 }
 
@@ -123,15 +123,16 @@ RMATRIX *rmatrix_multi_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
 RMATRIX *rmatrix_transpose_ptr(const RMATRIX *a, RMATRIX *out) {
     if (!is_operand(a) || out == nullptr) return fail(out);
     set_size(out, a->cols, a->rows);
-    for (Size i = 0; i < within(a->rows); ++i)
-        for (Size j = 0; j < within(a->cols); ++j) rows_of(out).row(j)[i] = rows_of(a).row(i)[j];
+    const Size rows = size(a->rows), cols = size(a->cols);
+    for (Size i = 0; i < rows; ++i)
+        for (Size j = 0; j < cols; ++j) rows_of(out).row(j)[i] = rows_of(a).row(i)[j];
     return out;
 }
 
 RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out) {
     if (!is_operand(a) || out == nullptr || a->rows != a->cols) return fail(out);
     const int n = a->rows;
-    if (!MENSURA_DISPATCH(invert)(rows_of(a), rows_of(out), within(n))) return fail(out);
+    if (!MENSURA_DISPATCH(invert)(rows_of(a), rows_of(out), size(n))) return fail(out);
     set_size(out, n, n);
     return out;
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <functional>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -19,13 +19,9 @@ namespace {
 
 constexpr double kNothingLeft = 1e-10;  // length and elements below which there is nothing to reflect
 
-// Where v, and with it H - I, has elements other than zeros.
-struct Support {
-    Size first, end;
-};
-
-// The v that reflects column x onto a multiple of axis k.
-Support reflect_onto_axis(std::span<const double> x, Size k, double diagonal, std::span<double> v) {
+// Makes the v that reflects column x onto a multiple of axis k.  Where that leaves nothing to reflect, v is the first
+// axis along which x has next to nothing, and that axis is returned.
+std::optional<Size> reflect_onto_axis(std::span<const double> x, Size k, double diagonal, std::span<double> v) {
     const int n = static_cast<int>(x.size());
     double a = vnorm(x.data(), n);
     if (diagonal > 0.0) a = -a;
@@ -34,14 +30,14 @@ Support reflect_onto_axis(std::span<const double> x, Size k, double diagonal, st
     vmadd(x.data(), v.data(), a, v.data(), n);
     if (const double length = vnorm(v.data(), n); length >= kNothingLeft) {
         vdiv(v.data(), length, v.data(), n);
-        return {k, v.size()};
+        return std::nullopt;
     }
     const auto tiny = std::ranges::find_if(x, [](double element) { return std::fabs(element) < kNothingLeft; });
-    if (tiny == x.end()) return {k, v.size()};
+    if (tiny == x.end()) return std::nullopt;
     const auto axis = static_cast<Size>(tiny - x.begin());
     std::ranges::fill(v, 0.0);
     v[axis] = 1.0;
-    return {axis, axis + 1};
+    return axis;
 }
 
 Size steps_of(const Matrix &x) { return static_cast<Size>(std::min(x.n, x.m - 1)); }
@@ -94,24 +90,16 @@ class FiniteReflections {
         const std::span column(vectors_.get(), rows_), v(vectors_.get() + rows_, rows_);
         const Size steps = steps_of(x);
         for (Size k = 0; k < steps; ++k) {
-            const bool last = k + 1 == steps;
             for (Size i = 0; i < rows_; ++i) column[i] = i < k ? 0.0 : z_->v[i][k];
-            const Support support = reflect_onto_axis(column, k, x.v[k][k], v);
+            const std::optional<Size> axis = reflect_onto_axis(column, k, x.v[k][k], v);
             if (!is_finite(v.data(), rows_) || !rest_is_finite(k)) return false;
-            const bool one_row = support.end - support.first == 1;
-            if (k == 0 || !one_row) fill_reflector(v, k);
-            if (k == 0)
-                start_product(last);
-            else if (one_row)
-                change_sign(result.v[support.first], rows_);
-            else
-                reflect_product(k);
-            std::swap(result.v[k], product_->v[k]);  // it is done, but for signs
-            if (last) break;
-            if (!one_row)
-                reflect_rest(k);
-            else if (support.first >= k)
-                change_sign(z_->v[support.first], cols_);
+            if (k == 0 || !axis) fill_reflector(v, k);
+            if (k == 0) start_product(steps == 1);
+            if (k > 0 && axis) change_sign(result.v[*axis], rows_);
+            if (k > 0 && !axis) reflect_product(k);
+            std::swap(result.v[k], product_->v[k]);  // no later product changes it, but for its sign
+            if (!axis && k + 1 < steps) reflect_rest(k);
+            if (axis && *axis >= k) change_sign(z_->v[*axis], cols_);
         }
         for (Size i = steps; i < rows_; ++i) std::swap(result.v[i], product_->v[i]);
         return true;
@@ -172,10 +160,13 @@ class FiniteReflections {
 };
 
 MatrixOwner reflections(const Matrix &x) {
-    FiniteReflections finite(x);
-    MatrixOwner product{matrix_new(x.m, x.m)};
-    if (!finite.has_memory() || !product) return nullptr;
-    return finite.run(x, *product) ? std::move(product) : reflect_in_full(x);
+    {
+        FiniteReflections finite(x);
+        MatrixOwner product{matrix_new(x.m, x.m)};
+        if (!finite.has_memory() || !product) return nullptr;
+        if (finite.run(x, *product)) return product;
+    }  // its memory goes to the full products
+    return reflect_in_full(x);
 }
 
 MatrixOwner identity(int n) {
@@ -208,9 +199,9 @@ MatrixOwner sample() {
     return x;
 }
 
-bool show(const char *label, const Matrix *x) {
+void show(const char *label, const Matrix *x) {
     std::puts(label);
-    return matrix_show(x) == 0;
+    matrix_show(x);
 }
 
 }  // namespace
@@ -222,6 +213,8 @@ int QRtest() {
     householder(x.get(), &r_made, &q_made);
     const MatrixOwner r{r_made}, q{q_made}, product{q && r ? matrix_mul(q.get(), r.get()) : nullptr};
     if (!product) return -1;
-    const bool shown[] = {show("Q", q.get()), show("R", r.get()), show("Q * R", product.get())};
-    return std::ranges::all_of(shown, std::identity{}) ? 0 : -1;
+    show("Q", q.get());
+    show("R", r.get());
+    show("Q * R", product.get());
+    return 0;
 }

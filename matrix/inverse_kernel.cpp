@@ -4,7 +4,8 @@
 //
 // The next pivot is the largest element below and right of (k, k), so those are updated at once, and searched on the
 // way.  The rows above and the columns to the left only take part again at the end: they are updated after a block of
-// steps, each element by the same steps in the same order, but in a register.
+// steps, each element by the same steps in the same order, but in a register.  Exchanges move their m and q along, so
+// that what waits meets its own row and column.
 
 #include "inverse_kernel.h"
 
@@ -24,12 +25,12 @@ constexpr Size kSteps = 8;       // a block
 constexpr Size kUnblocked = 16;  // largest matrix that is one block
 constexpr Size kStride = (RMATRIX_CAPACITY + kSteps - 1) / kSteps * kSteps;
 
-// Element (i, j) is b[i][pad + j]: columns are set right, so that every block after the first starts at a lane.
+// Element (i, j) is b[i][pad + j]: columns are right-aligned, so that every block after the first starts at a lane.
 struct Elimination {
     Size n, pad, end;                           // end = pad + n, a multiple of kSteps
     Size step_row[kStride], step_col[kStride];  // where the pivot of each step was found
     alignas(64) double b[RMATRIX_CAPACITY][kStride];
-    alignas(64) double m[kSteps][kStride];  // of the steps of this block: m(i) at pad + i
+    alignas(64) double m[kSteps][kStride];  // of this block's steps (all of the first share slot 0): m(i) at pad + i
     alignas(64) double q[kSteps][kStride];  // and q(j) at pad + j
 };
 
@@ -90,7 +91,7 @@ LANES_INLINE void find_column(const Elimination &e, Pivot &pivot, Size first) {
     if (pivot.size == 0.0) return;
     const double *row = e.b[pivot.row] + e.pad;
     pivot.col = first;
-    while (absolute(row[pivot.col]) != pivot.size) ++pivot.col;
+    while (pivot.col + 1 < e.n && absolute(row[pivot.col]) != pivot.size) ++pivot.col;
 }
 
 LANES_INLINE Pivot copy_and_search(Elimination &e, RecordRows<const double> a) {
@@ -187,7 +188,7 @@ LANES_INLINE void all_steps(Elimination &e, Size i, Size from, Size to) {
     }
 }
 
-// The steps behind its own on each of the block's columns of row i.
+// The steps behind its own on each of the block's columns of row i: step s on those before column s.
 LANES_INLINE void later_steps(Elimination &e, Size i, Size left) {
     for (Size j = 0; j < kSteps; j += kLanes) {
         Lanes v = load(e.b[i] + left + j);
@@ -232,7 +233,6 @@ LANES_INLINE void copy_back(const Elimination &e, RecordRows<double> out) {
 }  // namespace
 
 bool invert(RecordRows<const double> a, RecordRows<double> out, Size n) {
-    if (n < 1) return false;
     Elimination e;
     e.n = n;
     e.end = (n + kSteps - 1) / kSteps * kSteps;

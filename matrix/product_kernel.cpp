@@ -32,7 +32,8 @@ struct NarrowColumns {
     static constexpr Size count = 1, height = kSums / 2;
 
     LANES_INLINE Lanes get(const double *row, Size) const {
-        return Lanes{row[0], kCount > 1 ? row[1] : 0.0, kCount > 2 ? row[2] : 0.0, 0.0};
+        constexpr Size second = kCount > 1 ? 1 : 0, third = kCount > 2 ? 2 : 0;  // the others are not used
+        return Lanes{row[0], row[second], row[third], row[second]};
     }
     LANES_INLINE void put(double *row, Size, Lanes v) const {
         for (Size j = 0; j < kCount; ++j) row[j] = v[j];

@@ -20,7 +20,7 @@ void init_amlitude_limit_filer_online(AmplitudeLimitOnline *s, double limit) { *
 double amlitude_limit_filer_online(AmplitudeLimitOnline *s, double x) {
     if (s->Count < kWarmUp) {
         ++s->Count;
-    } else if (std::fabs(x - s->Last) > s->Limit && s->Count + 1 < kNewLevel) {
+    } else if (std::fabs(x - s->Last) > s->Limit && s->Count < kNewLevel - 1) {
         ++s->Count;
         return s->Last;
     } else {

@@ -16,7 +16,8 @@
  *
  * Errors.  None are reported: sizes that do not fit and a singular C P C^T + R (see rmatrix_inverse_ptr: compared with
  * 1) empty the matrices that depend on them, the state at last; isEmptyRMATRIX(getKalmanFilter_state(kf)) tells.  Every
- * later call stays defined, and a reset makes the filter whole again if the sizes were right.  Pointers must not be
+ * later call stays defined, and a reset makes the filter whole again if the sizes were right; a wrong A of an update
+ * stays until a right one comes.  Pointers must not be
  * null except where said. */
 #ifndef MENSURA_KALMAN_H
 #define MENSURA_KALMAN_H
@@ -53,7 +54,7 @@ typedef struct KalmanFilter {
 
 /* Loads a filter; the sizes are those of C (m rows) and A (n rows).
  *   x0  n x 1, or null for a zero state
- * The matrices are copied, and may be the filter's own fields. */
+ * The matrices are copied; each may be the filter's own field of that name. */
 MENSURA_EXPORT void initKalmanFilter(KalmanFilter *kf, const RMATRIX *A, const RMATRIX *C, const RMATRIX *Q,
                                      const RMATRIX *R, const RMATRIX *P, const RMATRIX *x0);
 
@@ -78,7 +79,7 @@ MENSURA_EXPORT RMATRIX *getKalmanFilter_out(KalmanFilter *kf);
  * Matrices packed row by row; in the _d1 forms as arrays of row pointers.  Vectors are plain arrays.  The forms that
  * return xOut or yOut return it after a failure too, and have then written nothing. */
 
-/* NOTE THE ORDER OF THE COUNTS: m measurements, then n states; above 100 of either the state stays empty.
+/* NOTE THE ORDER OF THE COUNTS: m measurements, then n states; above 100 of either the state is empty.
  *   A, Q, P  n x n       C  m x n       R  m x m       x0  n numbers, or null for a zero state */
 MENSURA_EXPORT void initKalmanFilter_d(KalmanFilter *kf, const double *A, const double *C, const double *Q,
                                        const double *R, const double *P, const double *x0, int m, int n);

@@ -9,7 +9,7 @@
  * functions that return a Matrix hand it to the caller, who gives it to matrix_delete.
  *
  * Threads.  All functions are safe in several threads at once, each on its own data; matrix_show and QRtest write one
- * file in the current directory, and need a directory each.
+ * file in the current directory: one call at a time.
  *
  * Sums of products begin at +0.0 and take their terms in order; NaN and infinity flow through the arithmetic. */
 #ifndef MENSURA_MATRIX_H
@@ -52,11 +52,12 @@ MENSURA_EXPORT void copyRMATRIX(const RMATRIX *src, RMATRIX *dst);
 MENSURA_EXPORT int isEmptyRMATRIX(const RMATRIX *m);
 
 /* A matrix from rows * cols packed numbers, row by row: element (i, j) = a[i cols + j].
- * Fails for more than 100 rows or columns, and for a null a.  A size below 1 is stored as it is, and out returned. */
+ * Fails for more than 100 rows or columns, and for a null a.  A size below 1 is stored as it is, and out returned.
+ * a must not lie in out. */
 MENSURA_EXPORT RMATRIX *setRMATRIX_ptr(const double *a, int rows, int cols, RMATRIX *out);
 MENSURA_EXPORT RMATRIX setRMATRIX(const double *a, int rows, int cols);
 
-/* The same from an array of row pointers: element (i, j) = a[i][j]. */
+/* The same from an array of row pointers, none of them null: element (i, j) = a[i][j]. */
 MENSURA_EXPORT RMATRIX *setRMATRIX1_ptr(const double *const *a, int rows, int cols, RMATRIX *out);
 MENSURA_EXPORT RMATRIX setRMATRIX1(const double *const *a, int rows, int cols);
 
@@ -84,7 +85,7 @@ MENSURA_EXPORT RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out);
 MENSURA_EXPORT RMATRIX rmatrix_inverse(RMATRIX a);
 
 /* A single column or row as a contiguous array.
- *   vec  receives the elements and is returned; or null: a column is packed into the first cells of m->data, of which
+ *   vec  receives the elements, rows or cols numbers, and is returned; must not overlap m.  Or null: a column is packed into the first cells of m->data, of which
  *        row 0 uses only the first, and m->data is returned
  * Null when m is null, empty, or has more than one row and more than one column; then nothing is written. */
 MENSURA_EXPORT double *rmatrix_to_vector(RMATRIX *m, double *vec);
@@ -120,10 +121,10 @@ MENSURA_EXPORT Matrix *matrix_copy(int n, double *const *rows, int m);
 MENSURA_EXPORT void matrix_transpose(Matrix *x);
 
 /* x y: v[i][j] = 0 + x[i][0] y[0][j] + x[i][1] y[1][j] + ...; null when x->n differs from y->m.
- * Takes scratch memory of the size of y. */
+ * Takes 25 KB of stack. */
 MENSURA_EXPORT Matrix *matrix_mul(const Matrix *x, const Matrix *y);
 
-/* Of x's size: the identity in the first d rows and columns, x's elements elsewhere. */
+/* Of x's size: the identity in the first d rows and columns, x's elements from row d and column d on. */
 MENSURA_EXPORT Matrix *matrix_minor(const Matrix *x, int d);
 
 /* c[i] = a[i] + s b[i] for i < n; returns c, which may be a or b. */
@@ -142,7 +143,7 @@ MENSURA_EXPORT double *vdiv(const double *x, double d, double *y, int n);
 MENSURA_EXPORT double *mcol(const Matrix *x, double *out, int c);
 
 /* Writes "dataQR.txt" in the current directory, replacing it: a line a row, each element as "%.15f,", then 20 newlines.
- * Returns what closing the file returns, 0 when all is written; EOF when it cannot be opened. */
+ * Returns what closing the file returns, 0 or EOF; EOF when it cannot be opened. */
 MENSURA_EXPORT int matrix_show(const Matrix *x);
 
 /* QR decomposition: x = Q R with Q orthogonal, x->m x x->m, and R upper triangular, x->m x x->n, to rounding.
@@ -152,11 +153,12 @@ MENSURA_EXPORT int matrix_show(const Matrix *x);
  * changes its sign.  x with elements below 1e-10 is not triangularised: scale it first.
  * Q = H_0 H_1 ..., and R = Q^T x is multiplied out: below its diagonal stay rounding errors.
  * Fewer than two rows or no column: Q is the identity and R a copy of x.  Without memory *Q and *R become null.
- * Scratch memory: two to three matrices of the size of Q, and vectors. */
+ * Scratch memory: three matrices of the size of Q and two of that of R; with NaN or infinity in x about twice as much. */
 MENSURA_EXPORT void householder(const Matrix *x, Matrix **R, Matrix **Q);
 
 /* Decomposes the 168 x 84 matrix i + j and multiplies Q by R again: prints "Q", "R" and "Q * R", each followed by a
- * matrix_show of it, so that "dataQR.txt" ends up with the product.  Returns 0, or -1 if memory or the file fail. */
+ * matrix_show of it, so that "dataQR.txt" ends up with the product.  Returns 0, also when the file cannot be written, and
+ * -1 without memory. */
 MENSURA_EXPORT int QRtest(void);
 
 #ifdef __cplusplus

@@ -9,7 +9,7 @@
  *
  * Failures print a line on standard output and return a negative number.  y0 and y have n numbers each, and y may be y0.
  * Nothing here allocates, but for the file of test_rkf45.  All functions are safe in several threads at once, each on
- * its own data, as far as the callback is. */
+ * its own data, as far as the callback is; test_rkf45 writes one file: one call at a time. */
 #ifndef MENSURA_ODE_H
 #define MENSURA_ODE_H
 
@@ -24,10 +24,12 @@ extern "C" {
 typedef int (*OdeFunction)(double t, const double *y, void *param, double *dydt);
 
 /* From t0 to t1 with a step of its own choice: Runge-Kutta-Fehlberg 4(5), the solution of order 4 carried on (Fehlberg,
- * NASA TR R-315, 1969).  The first step is h = (t1 - t0) / divisions; steps stay between h / 32 and 64 h, and the last
+ * NASA TR R-315, 1969).  The first step is h = (t1 - t0) / divisions; steps stay between h / 32 and 32 h, and the last
  * one, shorter or longer by up to 1e-5 |t1|, lands on t1.  Six calls of f an attempt.
- *   tol  an attempt is accepted when its largest error estimate over all components is below it, in the unit of y, per
- *        step; one shorter than h / 32, which is a last one, whatever its error
+ *   divisions  above 0 (0: one step; below: backwards until -3; infinite: -3)
+ *   tol        above 0; an attempt is accepted when its largest error estimate over all components is below it, in the
+ *              unit of y, per step.  ONE SHORTER THAN h / 32, which is a last one or half of a last one that was
+ *              rejected, is accepted whatever its error; divisions below 1 invite that
  * THE STEP MOSTLY SHRINKS: its factor min 0.84 (tol h / |error|)^(1/4) is the smallest of the whole call, and 0 after an
  * error below 1e-8.  Below 0.75 it halves the step after every attempt, and only above 1.5 it doubles it.  So choose
  * divisions for the accuracy you need, at most 620 of them, for which steps of h / 32 suffice, and go a long way in
@@ -44,7 +46,7 @@ MENSURA_EXPORT int rkf45(double t0, double t1, double divisions, double tol, Ode
                          void *param, double *y);
 
 /* From t0 in floor((t1 - t0) / h) steps of h = 1 / rate by the classical Runge-Kutta method of order 4; in two steps of
- * (t1 - t0) / 2 when that is less than one.  THE LAST STEP LANDS ON t1 ONLY if rate makes it, and rounding may lose one:
+ * (t1 - t0) / 2 when that is less than one, also for a rate of 0 or below.  THE LAST STEP LANDS ON t1 ONLY if rate makes it, and rounding may lose one:
  * add half a step to t1 to be safe.
  * Returns
  *     0  y is the state after the last step (n < 1: at once)
