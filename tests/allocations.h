@@ -13,6 +13,7 @@
 #endif
 
 static thread_local int allocations = 0;    // so far
+static thread_local int alive = 0;          // of them, not freed
 static thread_local int granted = INT_MAX;  // allocations before memory runs out
 
 #if defined(__GLIBC__) && !SANITIZED  // a sanitizer brings its own malloc
@@ -21,14 +22,24 @@ static thread_local int granted = INT_MAX;  // allocations before memory runs ou
 extern "C" void *__libc_malloc(std::size_t size);
 extern "C" void *__libc_calloc(std::size_t count, std::size_t size);
 extern "C" void *__libc_memalign(std::size_t alignment, std::size_t size);
+extern "C" void __libc_free(void *p);
 
-static bool grants() { return ++allocations, --granted >= 0; }
+static bool grants() {
+    ++allocations;
+    const bool granting = --granted >= 0;
+    alive += granting;
+    return granting;
+}
 extern "C" void *malloc(std::size_t size) noexcept { return grants() ? __libc_malloc(size) : nullptr; }
 extern "C" void *calloc(std::size_t count, std::size_t size) noexcept {
     return grants() ? __libc_calloc(count, size) : nullptr;
 }
 extern "C" void *aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
     return grants() ? __libc_memalign(alignment, size) : nullptr;
+}
+extern "C" void free(void *p) noexcept {
+    alive -= p != nullptr;
+    __libc_free(p);
 }
 
 #endif

@@ -7,12 +7,7 @@
 #include <random>
 #include <vector>
 
-static int allocations = 0;  // of the whole process; a sanitizer brings its own
-#if defined(__GLIBC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-extern "C" void *__libc_calloc(std::size_t n, std::size_t size);
-extern "C" void *calloc(std::size_t n, std::size_t size) noexcept { return ++allocations, __libc_calloc(n, size); }
-extern "C" void *malloc(std::size_t n) noexcept { return calloc(n, 1); }
-#endif
+#include "allocations.h"
 
 namespace {
 
