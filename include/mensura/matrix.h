@@ -27,7 +27,7 @@ extern "C" {
 enum { RMATRIX_CAPACITY = 100 };
 
 /* A matrix of up to 100 x 100 doubles; element (i, j) is data[100 i + j] whatever its size.  Elements outside the
- * rows x cols corner mean nothing, and no function below changes them.  With rows < 1 or cols < 1 it is empty. */
+ * rows x cols corner mean nothing, and only rmatrix_to_vector changes them.  With rows < 1 or cols < 1 it is empty. */
 typedef struct RMATRIX {
     double data[RMATRIX_CAPACITY * RMATRIX_CAPACITY];
     int rows;
@@ -39,7 +39,8 @@ typedef struct RMATRIX {
  * The by-value forms then return an empty matrix. */
 
 /* Sets the size and zeroes the elements.  Null m: nothing.
- * Sizes are not checked: to keep rows and cols at 100 or less is the caller's duty. */
+ * Sizes are stored unchecked: to keep rows and cols at 100 or less is the caller's duty.  Of a larger matrix the part
+ * within the record is set, and no operation below takes it. */
 MENSURA_EXPORT void initRMATRIX(RMATRIX *m, int rows, int cols);
 
 /* The same with 1.0 where i = j.  Sizes are not checked here either. */
