@@ -100,8 +100,8 @@ MENSURA_EXPORT double *getKalmanFilter_out_d(KalmanFilter *kf, double *yOut);
 
 /* ---- A tracking model -------------------------------------------------------------------------------------------
  * Position, velocity and acceleration of k = n / 3 axes: the state has k positions, k velocities, k accelerations, and
- * the positions are measured.  Each writes a packed array and returns it.  A size below 1 writes nothing, an n of 1 or 2
- * gives zeros. */
+ * the positions are measured.  Each writes a packed array and returns it.  A size below 1 writes nothing, an n of 1 or
+ * 2 gives zeros. */
 
 /* n x n.  Over dt, positions grow by velocity times dt and velocities by acceleration times dt; positions have no
  * dt^2 / 2 term. */

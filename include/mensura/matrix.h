@@ -34,8 +34,8 @@ typedef struct RMATRIX {
     int cols;
 } RMATRIX;
 
-/* Failure of the _ptr forms below: a null or empty operand, sizes that do not fit, a singular matrix.  Then *out becomes
- * empty, rows = cols = 0, and the result is null.  Otherwise the result is out.  A null out gives null.
+/* Failure of the _ptr forms below: a null or empty operand, sizes that do not fit, a singular matrix.  Then *out
+ * becomes empty, rows = cols = 0, and the result is null.  Otherwise the result is out.  A null out gives null.
  * The by-value forms then return an empty matrix. */
 
 /* Sets the size and zeroes the elements.  Null m: nothing.
@@ -53,8 +53,8 @@ MENSURA_EXPORT void copyRMATRIX(const RMATRIX *src, RMATRIX *dst);
 MENSURA_EXPORT int isEmptyRMATRIX(const RMATRIX *m);
 
 /* A matrix from rows * cols packed numbers, row by row: element (i, j) = a[i cols + j].
- * Fails for more than 100 rows or columns, and for a null a.  A size below 1 is stored as it is, and out returned.
- * a must not lie in out. */
+ * Fails for more than 100 rows or columns, and for a null a if there is anything to copy.  A size below 1 is stored as
+ * it is, and out returned.  a must not lie in out. */
 MENSURA_EXPORT RMATRIX *setRMATRIX_ptr(const double *a, int rows, int cols, RMATRIX *out);
 MENSURA_EXPORT RMATRIX setRMATRIX(const double *a, int rows, int cols);
 
@@ -86,8 +86,8 @@ MENSURA_EXPORT RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out);
 MENSURA_EXPORT RMATRIX rmatrix_inverse(RMATRIX a);
 
 /* A single column or row as a contiguous array.
- *   vec  receives the elements, rows or cols numbers, and is returned; must not overlap m.  Or null: a column is packed into the first cells of m->data, of which
- *        row 0 uses only the first, and m->data is returned
+ *   vec  receives the elements, rows or cols numbers, and is returned; must not overlap m.  Or null: a column is packed
+ *        into the first cells of m->data, of which row 0 uses only the first, and m->data is returned
  * Null when m is null, empty, or has more than one row and more than one column; then nothing is written. */
 MENSURA_EXPORT double *rmatrix_to_vector(RMATRIX *m, double *vec);
 
@@ -154,12 +154,12 @@ MENSURA_EXPORT int matrix_show(const Matrix *x);
  * changes its sign.  x with elements below 1e-10 is not triangularised: scale it first.
  * Q = H_0 H_1 ..., and R = Q^T x is multiplied out: below its diagonal stay rounding errors.
  * Fewer than two rows or no column: Q is the identity and R a copy of x.  Without memory *Q and *R become null.
- * Scratch memory: three matrices of the size of Q and two of that of R; with NaN or infinity in x about twice as much. */
+ * Scratch memory: three matrices of the size of Q and two of that of R; with NaN or infinity in x some more. */
 MENSURA_EXPORT void householder(const Matrix *x, Matrix **R, Matrix **Q);
 
 /* Decomposes the 168 x 84 matrix i + j and multiplies Q by R again: prints "Q", "R" and "Q * R", each followed by a
- * matrix_show of it, so that "dataQR.txt" ends up with the product.  Returns 0, also when the file cannot be written, and
- * -1 without memory. */
+ * matrix_show of it, so that "dataQR.txt" ends up with the product.  Returns 0, also when the file cannot be written,
+ * and -1 without memory. */
 MENSURA_EXPORT int QRtest(void);
 
 #ifdef __cplusplus

@@ -7,9 +7,9 @@
  *     }
  *     rkf45(0.0, 10.0, 100.0, 1e-6, swing, y0, 2, &length, y);
  *
- * Failures print a line on standard output and return a negative number.  y0 and y have n numbers each, and y may be y0.
- * Nothing here allocates, but for the file of test_rkf45.  All functions are safe in several threads at once, each on
- * its own data, as far as the callback is; test_rkf45 writes one file: one call at a time. */
+ * Failures print a line on standard output and return a negative number.  y0 and y have n numbers each, and y may be
+ * y0.  Nothing here allocates, but for the file of test_rkf45.  All functions are safe in several threads at once, each
+ * on its own data, as far as the callback is; test_rkf45 writes one file: one call at a time. */
 #ifndef MENSURA_ODE_H
 #define MENSURA_ODE_H
 
@@ -30,8 +30,8 @@ typedef int (*OdeFunction)(double t, const double *y, void *param, double *dydt)
  *   tol        above 0; an attempt is accepted when its largest error estimate over all components is below it, in the
  *              unit of y, per step.  ONE SHORTER THAN h / 32, which is a last one or half of a last one that was
  *              rejected, is accepted whatever its error; divisions below 1 invite that
- * THE STEP MOSTLY SHRINKS: its factor min 0.84 (tol h / |error|)^(1/4) is the smallest of the whole call, and 0 after an
- * error below 1e-8.  Below 0.75 it halves the step after every attempt, and only above 1.5 it doubles it.  So choose
+ * THE STEP MOSTLY SHRINKS: its factor min 0.84 (tol h / |error|)^(1/4) is the smallest of the whole call, and 0 after
+ * an error below 1e-8.  Below 0.75 it halves the step after every attempt, and only above 1.5 it doubles it.  So choose
  * divisions for the accuracy you need, at most 620 of them, for which steps of h / 32 suffice, and go a long way in
  * several calls, each with a fresh step.  docs/ode.md shows what that gives.
  * Returns
@@ -46,8 +46,8 @@ MENSURA_EXPORT int rkf45(double t0, double t1, double divisions, double tol, Ode
                          void *param, double *y);
 
 /* From t0 in floor((t1 - t0) / h) steps of h = 1 / rate by the classical Runge-Kutta method of order 4; in two steps of
- * (t1 - t0) / 2 when that is less than one, also for a rate of 0 or below.  THE LAST STEP LANDS ON t1 ONLY if rate makes it, and rounding may lose one:
- * add half a step to t1 to be safe.
+ * (t1 - t0) / 2 when that is less than one, also for a rate of 0 or below.  THE LAST STEP LANDS ON t1 ONLY if rate
+ * makes it, and rounding may lose one: add half a step to t1 to be safe.
  * Returns
  *     0  y is the state after the last step (n < 1: at once)
  *    -1  t1 < t0, or more than 2147483647 steps, or a number of steps that is not finite: "rkf45: time set error!", y
@@ -58,8 +58,8 @@ MENSURA_EXPORT int rkf452(double t0, double t1, double rate, OdeFunction f, cons
 
 /* Integrates y' = (y1 y2, y2 - y0, -0.51 y0 y1) from (1, 1, 3) to t = 15 by calls of rkf45 over 0.001 each, and writes
  * "test_rkf45.txt" in the current directory: the state after each call, 15001 lines "%f,%f,%f,0".  Prints
- * "test_rkf45 end"; if a call fails "Fdynamics: rkf45 failure!" instead.  A file that cannot be opened is a failure too,
- * without a line. */
+ * "test_rkf45 end"; if a call fails "Fdynamics: rkf45 failure!" instead.  A file that cannot be opened is a failure
+ * too, without a line. */
 MENSURA_EXPORT void test_rkf45(void);
 
 /* A 5 x 3 matrix of sample data, which no function reads. */

@@ -77,7 +77,7 @@ MENSURA_EXPORT void central_difference_onlines(CentralDiffOnline *s, const doubl
 /* Rejects spikes: a sample that differs by more than limit from the last accepted one is replaced by that one.  The
  * first six samples pass unchecked, and a jump that lasts is taken for real: 18 samples in a row are rejected, the 19th
  * is accepted.  NaN is accepted, and so is what follows it.
- * After a spike of k samples the signal may have moved on by k + 1 steps: choose limit above what it changes by then. */
+ * After a spike of k samples the signal may have moved on by k + 1 steps: choose limit above what that can be. */
 MENSURA_EXPORT void init_amlitude_limit_filer_online(AmplitudeLimitOnline *s, double limit);
 MENSURA_EXPORT double amlitude_limit_filer_online(AmplitudeLimitOnline *s, double x);
 MENSURA_EXPORT void init_amlitude_limit_filer_onlines(AmplitudeLimitOnline *s, int count, double limit);
