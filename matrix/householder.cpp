@@ -190,7 +190,7 @@ void householder(const Matrix *x, Matrix **R, Matrix **Q) {
 
 namespace {
 
-// A row after row from 0: i + j.
+// Element (i, j) is i + j.
 MatrixOwner sample() {
     constexpr int kRows = 168, kCols = 84;
     MatrixOwner x{matrix_new(kRows, kCols)};
@@ -211,7 +211,7 @@ int QRtest() {
     if (!x) return -1;
     Matrix *r_made = nullptr, *q_made = nullptr;
     householder(x.get(), &r_made, &q_made);
-    const MatrixOwner r{r_made}, q{q_made}, product{q && r ? matrix_mul(q.get(), r.get()) : nullptr};
+    const MatrixOwner r{r_made}, q{q_made}, product{q ? matrix_mul(q.get(), r.get()) : nullptr};
     if (!product) return -1;
     show("Q", q.get());
     show("R", r.get());

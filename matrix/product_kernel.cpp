@@ -101,16 +101,17 @@ LANES_INLINE void all_rows(Source a, const ColumnsOfB &b, Target out, C columns,
     }
 }
 
+// Panels of two fours, which tiles fill best; what is left at the end goes into one panel.
 template <typename Panel>
 LANES_INLINE void for_columns(Size cols, Panel panel) {
     if (cols == 1) return panel(NarrowColumns<1>{});
     if (cols == 2) return panel(NarrowColumns<2>{});
     if (cols == 3) return panel(NarrowColumns<3>{});
     Size j = 0;
-    for (; cols - j > 12; j += 8) panel(Columns<2>{{j, j + 4}});
-    const Size left = cols - j, last = cols - 4;
-    if (left > 8) return panel(Columns<3>{{j, j + 4, last}});
-    if (left > 4) return panel(Columns<2>{{j, last}});
+    for (; cols - j > kMostColumns * kLanes; j += 2 * kLanes) panel(Columns<2>{{j, j + kLanes}});
+    const Size left = cols - j, last = cols - kLanes;
+    if (left > 2 * kLanes) return panel(Columns<3>{{j, j + kLanes, last}});
+    if (left > kLanes) return panel(Columns<2>{{j, last}});
     if (left > 0) return panel(Columns<1>{{last}});
 }
 
