@@ -1,4 +1,7 @@
-/* Complex numbers in double precision: a value type of two fields and twelve functions.
+/** @file
+ * @defgroup complex Complex numbers
+ *
+ * Complex numbers in double precision: a value type of two fields and twelve functions.
  *
  * Every function takes and returns its values by value, allocates nothing, keeps no state and may run in any number of
  * threads at once.  Nothing is checked: infinities and NaNs pass through as IEEE 754 arithmetic gives them.  Squares
@@ -15,49 +18,50 @@
 extern "C" {
 #endif
 
+/** The number re + i im. */
 typedef struct CplxD {
     double re;
     double im;
 } CplxD;
 
-/* {re, im}. */
+/** {re, im}. */
 MENSURA_EXPORT CplxD getCplxD(double re, double im);
 
-/* a + b. */
+/** a + b. */
 MENSURA_EXPORT CplxD CplxDAdd(CplxD a, CplxD b);
 
-/* a - b. */
+/** a - b. */
 MENSURA_EXPORT CplxD CplxDSub(CplxD a, CplxD b);
 
-/* a b = {a.re b.re - a.im b.im, a.im b.re + a.re b.im}. */
+/** a b = {a.re b.re - a.im b.im, a.im b.re + a.re b.im}. */
 MENSURA_EXPORT CplxD CplxDMult(CplxD a, CplxD b);
 
-/* a c with a real factor c: {x c, y c}. */
+/** a c with a real factor c: {x c, y c}. */
 MENSURA_EXPORT CplxD CplxDMult_coef(CplxD a, double c);
 
-/* a / b = {(a.re b.re + a.im b.im) / d, (a.im b.re - a.re b.im) / d} with d = b.re^2 + b.im^2.
+/** a / b = {(a.re b.re + a.im b.im) / d, (a.im b.re - a.re b.im) / d} with d = b.re^2 + b.im^2.
  * A divisor of 0 gives NaN in both parts for every finite a. */
 MENSURA_EXPORT CplxD CplxDDivision(CplxD a, CplxD b);
 
-/* The modulus sqrt(x^2 + y^2). */
+/** The modulus sqrt(x^2 + y^2). */
 MENSURA_EXPORT double CplxDCabs(CplxD a);
 
-/* a to the real power p, principal value: |a|^p {cos(p arg a), sin(p arg a)} with arg a in [-pi, pi].
+/** a to the real power p, principal value: |a|^p {cos(p arg a), sin(p arg a)} with arg a in [-pi, pi].
  * |p| < 1e-50 gives {1, 0}, whatever a is; otherwise |a| < 1e-50 gives {0, 0}, also for a negative p. */
 MENSURA_EXPORT CplxD CplxDPow(CplxD a, double p);
 
-/* cos a = {cos x cosh y, -(sin x sinh y)}. */
+/** cos a = {cos x cosh y, -(sin x sinh y)}. */
 MENSURA_EXPORT CplxD CplxDCos(CplxD a);
 
-/* sin a = {sin x cosh y, cos x sinh y}. */
+/** sin a = {sin x cosh y, cos x sinh y}. */
 MENSURA_EXPORT CplxD CplxDSin(CplxD a);
 
-/* tan a = {sin x cos x / d, sinh y cosh y / d} with d = cosh^2 y - sin^2 x.
+/** tan a = {sin x cos x / d, sinh y cosh y / d} with d = cosh^2 y - sin^2 x.
  * |d| < 1e-50, which happens next to the real poles, gives {tan x, 0}.  Beyond |y| of about 355, where cosh^2 y
  * overflows, the real part is 0 and the imaginary part NaN. */
 MENSURA_EXPORT CplxD CplxDTan(CplxD a);
 
-/* The conjugate {x, -y}; a y of +0 becomes -0. */
+/** The conjugate {x, -y}; a y of +0 becomes -0. */
 MENSURA_EXPORT CplxD CplxDConj(CplxD a);
 
 #ifdef __cplusplus

@@ -1,4 +1,5 @@
-/* Visibility of the exported functions; every public header includes this one. */
+/** @file
+ * Visibility of the exported functions; every public header includes this one. */
 #ifndef MENSURA_EXPORT_H
 #define MENSURA_EXPORT_H
 

@@ -1,4 +1,7 @@
-/* IIR filters: from a cut-off and a sampling rate to a running cascade of second-order sections.
+/** @file
+ * @defgroup iir IIR filters
+ *
+ * IIR filters: from a cut-off and a sampling rate to a running cascade of second-order sections.
  *
  *     TIIRFilter f;
  *     initTIIRFilter(&f, ptLowPass, 40.0, 360.0);        40 Hz at 360 samples a second
@@ -28,79 +31,79 @@
 extern "C" {
 #endif
 
-/* Capacity of every section, register and root array below. */
+/** Capacity of every section, register and root array below. */
 enum { MAX_IIR_SECTIONS = 50 };
 
-/* What a filter does with the frequencies around its cut-off. */
+/** What a filter does with the frequencies around its cut-off. */
 enum IIRPassType { ptLowPass = 0, ptHighPass = 1, ptBandPass = 2, ptNotch = 3, ptAllPass = 4 };
 
-/* The analog low-pass prototype that a filter is made from.  The largest order of each family is its clamp. */
+/** The analog low-pass prototype that a filter is made from.  The largest order of each family is its clamp. */
 enum ProtoFamily {
-    pfButterworth = 0,      /* maximally flat; order 20 */
-    pfGaussian = 1,         /* magnitude approximates exp(-w^2 / 2); order 12 */
-    pfBessel = 2,           /* maximally flat delay; order 12 */
-    pfAdjustable = 3,       /* from Gaussian (Gamma -1) over a transition to steep (Gamma 1); order 20 */
-    pfChebyshev = 4,        /* ripple in the pass band; order 20, the ripple capped from order 16 on */
-    pfInverseChebyshev = 5, /* ripple in the stop band; order 15 */
-    pfPapoulis = 6,         /* steepest monotonic (Legendre); order 20 */
-    pfElliptic = 7          /* ripple in both bands; order 15 */
+    pfButterworth = 0,      /**< maximally flat; order 20 */
+    pfGaussian = 1,         /**< magnitude approximates exp(-w^2 / 2); order 12 */
+    pfBessel = 2,           /**< maximally flat delay; order 12 */
+    pfAdjustable = 3,       /**< from Gaussian (Gamma -1) over a transition to steep (Gamma 1); order 20 */
+    pfChebyshev = 4,        /**< ripple in the pass band; order 20, the ripple capped from order 16 on */
+    pfInverseChebyshev = 5, /**< ripple in the stop band; order 15 */
+    pfPapoulis = 6,         /**< steepest monotonic (Legendre); order 20 */
+    pfElliptic = 7          /**< ripple in both bands; order 15 */
 };
 
 /* ---- Records ---------------------------------------------------------------------------------------------------- */
 
-/* The analog prototype requested. */
+/** The analog prototype requested. */
 typedef struct ProtoSpec {
-    int Family;        /* a ProtoFamily code */
-    int NumPoles;      /* order, clamped to 1 .. the family's limit */
-    double Ripple;     /* pass-band ripple in dB, clamped to 0.0001 .. 1 (elliptic: 0.001 .. 1) */
-    double StopBandDb; /* stop-band attenuation in dB, clamped to 20 .. 120 */
-    double Gamma;      /* shape of the Adjustable family, clamped to -1 .. 1 */
+    int Family;        /**< a ProtoFamily code */
+    int NumPoles;      /**< order, clamped to 1 .. the family's limit */
+    double Ripple;     /**< pass-band ripple in dB, clamped to 0.0001 .. 1 (elliptic: 0.001 .. 1) */
+    double StopBandDb; /**< stop-band attenuation in dB, clamped to 20 .. 120 */
+    double Gamma;      /**< shape of the Adjustable family, clamped to -1 .. 1 */
 } ProtoSpec;
 
-/* A design request. */
+/** A design request. */
 typedef struct IIRDesignSpec {
-    int PassType;         /* an IIRPassType code */
-    double NormCutoff;    /* cut-off, for band types the centre, as 2 f / fs */
-    double NormBandwidth; /* bandwidth of band-pass and notch, same unit */
-    double GainDb;        /* overall pass-band gain in dB, spread evenly over the sections */
+    int PassType;         /**< an IIRPassType code */
+    double NormCutoff;    /**< cut-off, for band types the centre, as 2 f / fs */
+    double NormBandwidth; /**< bandwidth of band-pass and notch, same unit */
+    double GainDb;        /**< overall pass-band gain in dB, spread evenly over the sections */
     ProtoSpec Proto;
 } IIRDesignSpec;
 
-/* A digital cascade, applied in the order 0, 1, 2, ...:
+/** A digital cascade, applied in the order 0, 1, 2, ...:
  *     H_k(z) = a0[k] (b0[k] + b1[k] z^-1 + b2[k] z^-2) / (1 + a1[k] z^-1 + a2[k] z^-2)
  * a is the denominator, b the numerator; feedback is subtracted: y = a0 s - a1 y' - a2 y''. */
 typedef struct IIRCoeffs {
-    double a0[MAX_IIR_SECTIONS]; /* scale of the feed-forward sum; 1 after a design */
+    double a0[MAX_IIR_SECTIONS]; /**< scale of the feed-forward sum; 1 after a design */
     double a1[MAX_IIR_SECTIONS];
     double a2[MAX_IIR_SECTIONS];
-    double a3[MAX_IIR_SECTIONS]; /* a3, a4, b3, b4: a band type before its split, else 0; never run */
+    double a3[MAX_IIR_SECTIONS]; /**< a3, a4, b3, b4: a band type before its split, else 0; never run */
     double a4[MAX_IIR_SECTIONS];
     double b0[MAX_IIR_SECTIONS];
     double b1[MAX_IIR_SECTIONS];
     double b2[MAX_IIR_SECTIONS];
     double b3[MAX_IIR_SECTIONS];
     double b4[MAX_IIR_SECTIONS];
-    int NumSections; /* sections in use */
+    int NumSections; /**< sections in use */
 } IIRCoeffs;
 
-/* A running filter. */
+/** A running filter. */
 typedef struct TIIRFilter {
     IIRDesignSpec Spec;
     IIRCoeffs Coeffs;
-    double RegX1[MAX_IIR_SECTIONS]; /* per section: its input one sample ago */
-    double RegX2[MAX_IIR_SECTIONS]; /* ... two samples ago */
-    double RegY1[MAX_IIR_SECTIONS]; /* per section: its output one sample ago */
-    double RegY2[MAX_IIR_SECTIONS]; /* ... two samples ago */
-    int Primed;                     /* 0 until the first sample has been seen; set it to 0 to restart the filter */
+    double RegX1[MAX_IIR_SECTIONS]; /**< per section: its input one sample ago */
+    double RegX2[MAX_IIR_SECTIONS]; /**< ... two samples ago */
+    double RegY1[MAX_IIR_SECTIONS]; /**< per section: its output one sample ago */
+    double RegY2[MAX_IIR_SECTIONS]; /**< ... two samples ago */
+    int Primed;                     /**< 0 until the first sample has been seen; set it to 0 to restart the filter */
 } TIIRFilter;
 
-/* One filter per channel. */
+/** One filter per channel. */
 typedef struct TIIRFilterBank {
     TIIRFilter Filters[10];
-    int Count; /* filters in use */
+    int Count; /**< filters in use */
 } TIIRFilterBank;
 
-/* An analog prototype: the product of the sections
+/** An analog prototype: the product of the sections
  *     H_k(s) = (Num2[k] s^2 + Num1[k] s + Num0[k]) / (Den2[k] s^2 + Den1[k] s + Den0[k])
  * for k < SectionCount; sections beyond are 1/1. */
 typedef struct LowPassProto {
@@ -110,12 +113,12 @@ typedef struct LowPassProto {
     double Den2[MAX_IIR_SECTIONS];
     double Den1[MAX_IIR_SECTIONS];
     double Den0[MAX_IIR_SECTIONS];
-    int SectionCount; /* left-half-plane poles, not pairs: either member of a conjugate pair gets a section */
+    int SectionCount; /**< left-half-plane poles, not pairs: either member of a conjugate pair gets a section */
 } LowPassProto;
 
 /* ---- Design and run --------------------------------------------------------------------------------------------- */
 
-/* Designs a filter and leaves it unprimed: the next sample fills its registers.
+/** Designs a filter and leaves it unprimed: the next sample fills its registers.
  *   passType  an IIRPassType code; any other gives a cascade of zeros
  *   fc, fs    cut-off (band types: centre) and sampling rate in the same unit; not checked.  The lower fc, the fewer
  *             digits the coefficients keep: the gain at DC is off by 1e-5 at fc = 1e-6 fs, and lost at 1e-8 fs
@@ -130,11 +133,11 @@ typedef struct LowPassProto {
  * a design. */
 MENSURA_EXPORT void initTIIRFilter(TIIRFilter *filter, int passType, double fc, double fs);
 
-/* Stores count in bank->Count and designs Filters[0 .. count-1] alike, as initTIIRFilter does; count < 1 designs none.
+/** Stores count in bank->Count and designs Filters[0 .. count-1] alike, as initTIIRFilter does; count < 1 designs none.
  * A count above 10 writes past the bank: it is the caller's duty to keep within it. */
 MENSURA_EXPORT void initTIIRFilters(TIIRFilterBank *bank, int passType, int count, double fc, double fs);
 
-/* Filters one sample and returns the cascade's output (direct form I, each section with its own registers):
+/** Filters one sample and returns the cascade's output (direct form I, each section with its own registers):
  *     s = b0 u + b1 x' + b2 x''        y = a0 s - a1 y' - a2 y''        u of the next section = y
  * The first sample after a design, or after Primed was set to 0, is first written into all registers, as if the input
  * had been constant for ever and every section passed it unchanged.  That removes the start-up step of a low-pass of
@@ -143,12 +146,12 @@ MENSURA_EXPORT void initTIIRFilters(TIIRFilterBank *bank, int passType, int coun
  * filter is restarted. */
 MENSURA_EXPORT double IIRFilter(TIIRFilter *filter, double x);
 
-/* One sample instant of a bank: out[i] = IIRFilter(&bank->Filters[i], x[i]) for i < Count, with identical bits.
+/** One sample instant of a bank: out[i] = IIRFilter(&bank->Filters[i], x[i]) for i < Count, with identical bits.
  * Reads x[0 .. Count-1], writes out[0 .. Count-1]; out may be x.  Returns Count; a Count < 1 runs nothing.
  * A Count above 10 reads past the bank: it is the caller's duty to keep within it. */
 MENSURA_EXPORT int IIRFilters(TIIRFilterBank *bank, const double *x, double *out);
 
-/* The cascade of a request.  Every section has a0 = 1 and a leading denominator coefficient of 1.  Before GainDb is
+/** The cascade of a request.  Every section has a0 = 1 and a leading denominator coefficient of 1.  Before GainDb is
  * applied it has unit gain at DC (low-pass) or at Nyquist (high-pass); of the band types the two halves of a section
  * have it together, at the centre (band-pass) or away from it (notch).
  *     u = (2/T) (1 - z^-1) / (1 + z^-1), T = 2 tan(pi NormCutoff / 2)          prewarped bilinear transform
@@ -161,7 +164,7 @@ MENSURA_EXPORT IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec);
 
 /* ---- Whole records ---------------------------------------------------------------------------------------------- */
 
-/* Filters a record forwards and then backwards: no phase shift, and the magnitude response counts twice (a -3 dB point
+/** Filters a record forwards and then backwards: no phase shift, and the magnitude response counts twice (a -3 dB point
  * becomes a -6 dB point).  docs/spectral.md shows both, and what the ends of a record suffer.
  *   x    n samples; read only when out is given
  *   out  n samples, or null to filter in place; may be x, and must not otherwise overlap x or the filter
@@ -171,7 +174,7 @@ MENSURA_EXPORT IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec);
  * unprimed. */
 MENSURA_EXPORT double *IIRFilterZeroPhase(TIIRFilter *filter, double *x, double *out, int n);
 
-/* Zero-phase low-pass of a record, in place, with the default design of initTIIRFilter.
+/** Zero-phase low-pass of a record, in place, with the default design of initTIIRFilter.
  *   data   n samples           dt  sampling interval, not checked; fs = 1 / dt
  *   fc     cut-off in the unit of 1 / dt, held below fs / 2 or at it; 0 or less: found from the spectrum
  *   ratio  for a cut-off found from the spectrum: the fraction of the spectral peak that still counts as signal
@@ -183,7 +186,7 @@ MENSURA_EXPORT double *IIRFilterZeroPhase(TIIRFilter *filter, double *x, double 
  * come back as zeros.  n < 1 only prints. */
 MENSURA_EXPORT void dataZeroPhaseFilter(double *data, int n, double dt, double ratio, double fc);
 
-/* Filters a block that starts from rest: every register is 0 before x[0], and nothing is kept from call to call.
+/** Filters a block that starts from rest: every register is 0 before x[0], and nothing is kept from call to call.
  *   x, out   n samples each; out may be x and must not otherwise overlap it; n < 1 touches nothing
  *   coeffs   section 0 always runs, also when NumSections < 2; above 50 sections, 50 run
  * When a feed-forward sum or an output of any section has exceeded 1e20 in magnitude, the next section to run first
@@ -192,51 +195,51 @@ MENSURA_EXPORT void dataZeroPhaseFilter(double *data, int n, double dt, double r
  * THE REGISTERS BELONG TO THE PROCESS: no two calls of FilterWithIIR or SectCalc may run at once. */
 MENSURA_EXPORT void FilterWithIIR(const double *x, double *out, int n, IIRCoeffs coeffs);
 
-/* One section of that filter for one sample; returns its output.
+/** One section of that filter for one sample; returns its output.
  *   x  the section's input          k  index of the sample in its block          j  section, 0 .. 49
  * k = 0 with j = 0 starts a block.  A j outside 0 .. 49 returns x and changes nothing. */
 MENSURA_EXPORT double SectCalc(double x, int k, int j, IIRCoeffs coeffs);
 
-/* The frequency response of the first numSections sections (0 or less: H = 1; above 50: 50), whatever
+/** The frequency response of the first numSections sections (0 or less: H = 1; above 50: 50), whatever
  * coeffs.NumSections says, at w = i pi / numPoints:
  *     H(w) = product of a0 (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2),  z^-1 = exp(-j w)
  *   re, im  numPoints values each, not overlapping, for i = 0 .. numPoints - 1: from DC up to, not including, Nyquist
- * A denominator below 1e-12 in magnitude counts as 1e-12, so that a pole on the unit circle gives a large number instead
- * of infinity.  numPoints < 1 writes nothing. */
+ * A denominator below 1e-12 in magnitude counts as 1e-12, so that a pole on the unit circle gives a large number
+ * instead of infinity.  numPoints < 1 writes nothing. */
 MENSURA_EXPORT void IIRFreqResponse(IIRCoeffs coeffs, int numSections, double *re, double *im, int numPoints);
 
 /* ---- Analog prototypes ------------------------------------------------------------------------------------------ */
 
-/* The low-pass prototype of a request.  The product of all its sections falls to 0.7071 of its DC magnitude at 1 rad/s,
- * found on a grid of 1/512 rad/s of the unscaled prototype.  Where that falls steeply, or has its corner among the first
- * points, the magnitude at 1 rad/s can be far lower: 0.05 for elliptic with 14 poles and 1 dB, 0.22 for inverse
- * Chebyshev with 2 poles and 120 dB.
+/** The low-pass prototype of a request.  The product of all its sections falls to 0.7071 of its DC magnitude at 1
+ * rad/s, found on a grid of 1/512 rad/s of the unscaled prototype.  Where that falls steeply, or has its corner among
+ * the first points, the magnitude at 1 rad/s can be far lower: 0.05 for elliptic with 14 poles and 1 dB, 0.22 for
+ * inverse Chebyshev with 2 poles and 120 dB.
  * Butterworth is not scaled, its poles lie at 1 rad/s; as pairs count twice, its product is below 0.7071 there.
  * One pole gives 1 / (s + 1) whatever the family; an unknown family gives no section.  NaN settings pass the clamps. */
 MENSURA_EXPORT LowPassProto CalcLowPassProtoCoeff(ProtoSpec spec);
 
-/* Sections of a root list, most damped first: c2 s^2 + c1 s + c0 for each root with a negative real part (a complex
+/** Sections of a root list, most damped first: c2 s^2 + c1 s + c0 for each root with a negative real part (a complex
  * root gives its pair's quadratic, a real one c2 = 0) and each root on the imaginary axis except 0.  Sorts and edits
  * roots: of roots closer than 0.001 in both parts only the first counts; a root with a NaN gives no section.
  * Returns the number of sections written to c2, c1 and c0, at most 50; count < 1 gives 0. */
 MENSURA_EXPORT int GetFilterCoeff(int count, CplxD *roots, double *c2, double *c1, double *c0);
 
-/* Sets parts a thousand times smaller than the other one to 0, then sorts by real part, or by |im| when the first root
+/** Sets parts a thousand times smaller than the other one to 0, then sorts by real part, or by |im| when the first root
  * lies on the imaginary axis.  Equal keys come in the order that the heap leaves them in.
  * Counts outside 1 .. 99 touch nothing. */
 MENSURA_EXPORT void SortRootsByZeta(CplxD *roots, int count, int ascending);
 
-/* Permutes index[0 .. count-1], which holds positions in keys, so that keys[index[i]] ascend (ascending != 0) or
+/** Permutes index[0 .. count-1], which holds positions in keys, so that keys[index[i]] ascend (ascending != 0) or
  * descend.  A heap sort; equal keys do not keep their order.  Returns 1, or 0 for count < 2 with nothing to do. */
 MENSURA_EXPORT int HeapIndexSort(double *keys, int *index, int count, int ascending);
 
-/* Moves the corner of a cascade of count analog sections (0 .. 50) to 1 rad/s: scales the frequency by 1 / w, w being
+/** Moves the corner of a cascade of count analog sections (0 .. 50) to 1 rad/s: scales the frequency by 1 / w, w being
  * the first of i / 512 rad/s, i = 1, 2, ..., 5999, at which the magnitude is below 0.7071 of DC, or the last of them if
  * there is none. */
 MENSURA_EXPORT void SetCornerFreq(int count, double *den2, double *den1, double *den0, double *num2, double *num1,
                                   double *num0);
 
-/* The product of count quadratics, by ascending power, into poly[0 .. 2 count].  Returns the index of the highest
+/** The product of count quadratics, by ascending power, into poly[0 .. 2 count].  Returns the index of the highest
  * coefficient other than 0, -1 when there is none, and -1 with nothing changed when count is outside 1 .. 50. */
 MENSURA_EXPORT int RebuildPoly(int count, double *poly, double *c2, double *c1, double *c0);
 
@@ -246,40 +249,40 @@ MENSURA_EXPORT int RebuildPoly(int count, double *poly, double *c2, double *c1, 
  * factor a polynomial return what FindRoots returns; those marked 2n also list the mirrored poles of the right
  * half-plane. */
 
-/* n poles on the unit circle at angles (n + 1 + 2i) pi / (2n). */
+/** n poles on the unit circle at angles (n + 1 + 2i) pi / (2n). */
 MENSURA_EXPORT int ButterworthPoly(int n, CplxD *roots);
 
-/* n poles -sinh a sin t + j cosh a cos t with a = asinh(1/eps) / n and eps = sqrt(10^(ripple/10) - 1), which is held
+/** n poles -sinh a sin t + j cosh a cos t with a = asinh(1/eps) / n and eps = sqrt(10^(ripple/10) - 1), which is held
  * within 1e-5 .. 0.996, a ripple of 3 dB. */
 MENSURA_EXPORT int ChebyshevPoly(double ripple, int n, CplxD *roots);
 
-/* 2n roots of the Taylor polynomial of exp(-s^2) of degree 2n. */
+/** 2n roots of the Taylor polynomial of exp(-s^2) of degree 2n. */
 MENSURA_EXPORT int GaussianPoly(int n, CplxD *roots);
 
-/* 2n roots of sum (-1)^m (m!)^g s^2m, m = 0 .. n, with g = gamma, or 2 gamma above 0; imaginary parts
+/** 2n roots of sum (-1)^m (m!)^g s^2m, m = 0 .. n, with g = gamma, or 2 gamma above 0; imaginary parts
  * stretched by 1.1. */
 MENSURA_EXPORT int AdjustablePoly(double gamma, int n, CplxD *roots);
 
-/* n roots of the reverse Bessel polynomial of degree n. */
+/** n roots of the reverse Bessel polynomial of degree n. */
 MENSURA_EXPORT int BesselPoly(int n, CplxD *roots);
 
-/* 2n roots of 1 + 0.1 L_n(-s^2), L_n being Papoulis' optimum polynomial (Proc IRE 46:606, 1958).
+/** 2n roots of 1 + 0.1 L_n(-s^2), L_n being Papoulis' optimum polynomial (Proc IRE 46:606, 1958).
  * Above n = 20, L_n counts as 0. */
 MENSURA_EXPORT int PapoulisPoly(int n, CplxD *roots);
 
-/* 2n poles, the reciprocals of the roots of 1 + eps^2 T_n(js)^2 with eps^2 = 1 / (10^(stopBandDb/10) - 1), and
+/** 2n poles, the reciprocals of the roots of 1 + eps^2 T_n(js)^2 with eps^2 = 1 / (10^(stopBandDb/10) - 1), and
  * the zeros j / cos((2i-1) pi / 2n) and their conjugates, each twice, their number in *zeroCount. */
 MENSURA_EXPORT int InvChebyPoly(double stopBandDb, int n, CplxD *poles, CplxD *zeros, int *zeroCount);
 
-/* n poles and 2 floor(n/2) zeros of an elliptic filter.  The modulus that meets stopBandDb is searched for in at most
+/** n poles and 2 floor(n/2) zeros of an elliptic filter.  The modulus that meets stopBandDb is searched for in at most
  * 15 secant steps, to 0.1 dB; ripple is held within 0.001 .. 1 dB.
  * Orfanidis SJ: Lecture Notes on Elliptic Filter Design (2006) has the Landen recursions. */
 MENSURA_EXPORT int EllipticPoly(double ripple, double stopBandDb, int n, CplxD *poles, CplxD *zeros, int *zeroCount);
 
-/* k!, exact up to 22; k < 1 gives 1. */
+/** k!, exact up to 22; k < 1 gives 1. */
 MENSURA_EXPORT double Factorial(int k);
 
-/* Reverses poly[0 .. degree], divides the rest by the new poly[0] unless that is 0, and sets poly[0] to 1.
+/** Reverses poly[0 .. degree], divides the rest by the new poly[0] unless that is 0, and sets poly[0] to 1.
  * degree < 0 touches nothing. */
 MENSURA_EXPORT void ReverseCoeff(double *poly, int degree);
 

@@ -1,4 +1,5 @@
-/* The whole interface of the library.  What these headers do not declare is not part of it. */
+/** @file
+ * The whole interface of the library.  What these headers do not declare is not part of it. */
 #ifndef MENSURA_MENSURA_H
 #define MENSURA_MENSURA_H
 

@@ -1,4 +1,7 @@
-/* Ordinary differential equations y' = f(t, y) of up to 20 components.
+/** @file
+ * @defgroup ode Differential equations
+ *
+ * Ordinary differential equations y' = f(t, y) of up to 20 components.
  *
  *     int swing(double t, const double *y, void *length, double *dydt) {
  *         dydt[0] = y[1];
@@ -19,13 +22,13 @@
 extern "C" {
 #endif
 
-/* Writes the n derivatives of y at time t to dydt; param is what the caller of the integrator handed over.  The result
+/** Writes the n derivatives of y at time t to dydt; param is what the caller of the integrator handed over.  The result
  * is ignored.  It must not throw. */
 typedef int (*OdeFunction)(double t, const double *y, void *param, double *dydt);
 
-/* From t0 to t1 with a step of its own choice: Runge-Kutta-Fehlberg 4(5), the solution of order 4 carried on (Fehlberg,
- * NASA TR R-315, 1969).  The first step is h = (t1 - t0) / divisions; steps stay between h / 32 and 32 h, and the last
- * one, shorter or longer by up to 1e-5 |t1|, lands on t1.  Six calls of f an attempt.
+/** From t0 to t1 with a step of its own choice: Runge-Kutta-Fehlberg 4(5), the solution of order 4 carried on
+ * (Fehlberg, NASA TR R-315, 1969).  The first step is h = (t1 - t0) / divisions; steps stay between h / 32 and 32 h,
+ * and the last one, shorter or longer by up to 1e-5 |t1|, lands on t1.  Six calls of f an attempt.
  *   divisions  above 0 (0: one step; below: backwards until -3; infinite: -3)
  *   tol        above 0; an attempt is accepted when its largest error estimate over all components is below it, in the
  *              unit of y, per step.  ONE SHORTER THAN h / 32, which is a last one or half of a last one that was
@@ -45,8 +48,8 @@ typedef int (*OdeFunction)(double t, const double *y, void *param, double *dydt)
 MENSURA_EXPORT int rkf45(double t0, double t1, double divisions, double tol, OdeFunction f, const double *y0, int n,
                          void *param, double *y);
 
-/* From t0 in floor((t1 - t0) / h) steps of h = 1 / rate by the classical Runge-Kutta method of order 4; in two steps of
- * (t1 - t0) / 2 when that is less than one, also for a rate of 0 or below.  THE LAST STEP LANDS ON t1 ONLY if rate
+/** From t0 in floor((t1 - t0) / h) steps of h = 1 / rate by the classical Runge-Kutta method of order 4; in two steps
+ * of (t1 - t0) / 2 when that is less than one, also for a rate of 0 or below.  THE LAST STEP LANDS ON t1 ONLY if rate
  * makes it, and rounding may lose one: add half a step to t1 to be safe.
  * Returns
  *     0  y is the state after the last step (n < 1: at once)
@@ -56,13 +59,13 @@ MENSURA_EXPORT int rkf45(double t0, double t1, double divisions, double tol, Ode
 MENSURA_EXPORT int rkf452(double t0, double t1, double rate, OdeFunction f, const double *y0, int n, void *param,
                           double *y);
 
-/* Integrates y' = (y1 y2, y2 - y0, -0.51 y0 y1) from (1, 1, 3) to t = 15 by calls of rkf45 over 0.001 each, and writes
+/** Integrates y' = (y1 y2, y2 - y0, -0.51 y0 y1) from (1, 1, 3) to t = 15 by calls of rkf45 over 0.001 each, and writes
  * "test_rkf45.txt" in the current directory: the state after each call, 15001 lines "%f,%f,%f,0".  Prints
  * "test_rkf45 end"; if a call fails "Fdynamics: rkf45 failure!" instead.  A file that cannot be opened is a failure
  * too, without a line. */
 MENSURA_EXPORT void test_rkf45(void);
 
-/* A 5 x 3 matrix of sample data, which no function reads. */
+/** A 5 x 3 matrix of sample data, which no function reads. */
 extern MENSURA_EXPORT double in[5][3];
 
 #ifdef __cplusplus

@@ -1,4 +1,7 @@
-/* Roots of real polynomials: closed forms up to degree 4 and an iterative finder up to degree 100.
+/** @file
+ * @defgroup roots Polynomial roots
+ *
+ * Roots of real polynomials: closed forms up to degree 4 and an iterative finder up to degree 100.
  *
  * Coefficients.  P[0 .. N], highest power first: P[0] belongs to x^N, P[N] is the constant term.
  *
@@ -22,8 +25,8 @@
  *   relative to its modulus, at degree 20 and within 6e-13 at degree 100.
  *   A root of multiplicity m is found to about the m-th root of the precision.
  *   Coefficients of very different size cost digits, up to wrong roots.  Roots that are all much smaller than 1 end in
- *   a count of 0, or in zeros where trailing coefficients fall below 1e-30 of their neighbour.  Scale the variable first:
- *   x = s t with s near the roots' geometric mean |P[N]/P[0]|^(1/N).
+ *   a count of 0, or in zeros where trailing coefficients fall below 1e-30 of their neighbour.  Scale the variable
+ *   first: x = s t with s near the roots' geometric mean |P[N]/P[0]|^(1/N).
  *   A few polynomials, cubes of quadratics such as (x^2 + 1.25)^3 among them, come back as a success with huge wrong
  *   roots.  To be sure, evaluate the polynomial at the roots, or multiply the factors out again and compare. */
 #ifndef MENSURA_ROOTS_H
@@ -38,14 +41,14 @@ extern "C" {
 
 /* ---- The two calls that most programs need ---------------------------------------------------------------------- */
 
-/* All N roots of Coeff[0] x^N + ... + Coeff[N], 1 <= N <= 100; Coeff is not modified.
+/** All N roots of Coeff[0] x^N + ... + Coeff[N], 1 <= N <= 100; Coeff is not modified.
  * Returns N and writes Roots[0 .. N-1], in the order found: zeros first, the roots of the last factor of degree 4 or
  * less last.  A leading coefficient of 0 lowers the degree; the count is still N and slot 0 then holds {0, 0}.
  * Returns 0 and writes nothing when N is outside 1 .. 100, when no root other than 0 is left (c x^N), or when no start
  * value converges. */
 MENSURA_EXPORT int FindRoots(int N, double *Coeff, CplxD *Roots);
 
-/* Roots of a polynomial of degree 1 to 4 by closed forms; P[0 .. N] is not modified.
+/** Roots of a polynomial of degree 1 to 4 by closed forms; P[0 .. N] is not modified.
  * Returns the number of roots solved for, which stand in front; trailing coefficients not above 1e-30 of their
  * neighbour are roots at 0, which stand behind them; leading zeros lower the degree.
  * Returns 0 and writes nothing when N is outside 1 .. 4, and 0 with N zeros written when nothing is left to solve. */
@@ -55,20 +58,20 @@ MENSURA_EXPORT int QuadCubicRoots(long double *P, int N, long double *RealRoot, 
  * P[0] is taken as 1.  CubicRoots and BiQuadRoots scale, and may reverse, P in place; they need a constant term other
  * than 0, which would make the scale 0 and the results not finite. */
 
-/* x^2 + P[1] x + P[2]: two roots. */
+/** x^2 + P[1] x + P[2]: two roots. */
 MENSURA_EXPORT void QuadRoots(long double *P, long double *RealRoot, long double *ImagRoot);
 
-/* x^3 + P[1] x^2 + P[2] x + P[3]: three roots, by Cardano's formula or its trigonometric form. */
+/** x^3 + P[1] x^2 + P[2] x + P[3]: three roots, by Cardano's formula or its trigonometric form. */
 MENSURA_EXPORT void CubicRoots(long double *P, long double *RealRoot, long double *ImagRoot);
 
-/* x^4 + P[1] x^3 + ... + P[4]: four roots, by Ferrari's method. */
+/** x^4 + P[1] x^3 + ... + P[4]: four roots, by Ferrari's method. */
 MENSURA_EXPORT void BiQuadRoots(long double *P, long double *RealRoot, long double *ImagRoot);
 
-/* Reverses P[0 .. N] and divides it by its new P[0], unless that is 0; the roots become their reciprocals.
+/** Reverses P[0 .. N] and divides it by its new P[0], unless that is 0; the roots become their reciprocals.
  * N < 0 does nothing. */
 MENSURA_EXPORT void ReversePoly(long double *P, int N);
 
-/* Replaces each of N roots z by 1/z = conj(z) / |z|^2; a root at 0 stays.  N < 1 does nothing. */
+/** Replaces each of N roots z by 1/z = conj(z) / |z|^2; a root at 0 stays.  N < 1 does nothing. */
 MENSURA_EXPORT void InvertRoots(int N, long double *RealRoot, long double *ImagRoot);
 
 /* ---- The stages of the iterative finder -----------------------------------------------------------------------------
@@ -78,37 +81,37 @@ MENSURA_EXPORT void InvertRoots(int N, long double *RealRoot, long double *ImagR
  * The iteration is of the kind of Jenkins MA, Traub JF: A three-stage algorithm for real polynomials using quadratic
  * iteration, SIAM J Numer Anal 7(4):545-566 (1970). */
 
-/* FindRoots in long double: roots of Coeff[0 .. N] (not modified) into RealRoot and ImagRoot [0 .. N-1].
+/** FindRoots in long double: roots of Coeff[0 .. N] (not modified) into RealRoot and ImagRoot [0 .. N-1].
  * Returns N, or 0 as FindRoots does; after a failed search the arrays hold the roots found until then, and zeros. */
 MENSURA_EXPORT int PFiftyOne(long double *Coeff, int N, long double *RealRoot, long double *ImagRoot);
 
-/* The start values: TUV from angle AngleIndex (0 .. 179) of a fixed table and the radius, the derivative of P in KR,
+/** The start values: TUV from angle AngleIndex (0 .. 179) of a fixed table and the radius, the derivative of P in KR,
  * and one of four K polynomials in KQ by Mode: 0 the second derivative, 1 the quotient P / TUV, 2 the derivative
  * without its leading term, other 1.  KQ is then divided by KQ[0], or gets KQ[0] = 1 when that is 0.
  * QP and Flag are not used.  N < 1 or an AngleIndex outside the table touches nothing. */
 MENSURA_EXPORT void SetTUVandK(long double *P, int N, long double *TUV, long double *KR, long double *KQ,
                                int AngleIndex, long double Radius, int Mode, long double *QP, int *Flag);
 
-/* Up to 20 steps of the quadratic stage.  Returns 2 when TUV is a factor of P (QP[0 .. N-2] is then the quotient),
+/** Up to 20 steps of the quadratic stage.  Returns 2 when TUV is a factor of P (QP[0 .. N-2] is then the quotient),
  * else 0.  N < 2 touches nothing and returns 0. */
 MENSURA_EXPORT int QuadIterate(int Pass, long double *P, long double *QP, long double *KQ, long double *QK, int N,
                                long double *TUV, int *Flag);
 
-/* Up to 20 steps of the real stage from *S.  Returns 1 when *S is a root of P (QPR[0 .. N-1] is then the quotient),
+/** Up to 20 steps of the real stage from *S.  Returns 1 when *S is a root of P (QPR[0 .. N-1] is then the quotient),
  * else 0.  QK is scratch.  N < 1 touches nothing and returns 0. */
 MENSURA_EXPORT int RealIterate(int Pass, long double *P, long double *QPR, long double *KR, long double *QK, int N,
                                long double *S);
 
-/* One step of the quadratic stage: new KQ and QK, a damped Newton step of TUV, and QP = P / TUV.
+/** One step of the quadratic stage: new KQ and QK, a damped Newton step of TUV, and QP = P / TUV.
  * N < 2 touches nothing. */
 MENSURA_EXPORT void UpdateTUV(int Step, long double *P, int N, long double *QP, long double *KQ, long double *QK,
                               long double *TUV, int *Flag);
 
-/* Synthetic division by x^2 + u x + v: R[0 .. N-2] is the quotient, R[N-1] and R[N] are the last two terms of the
+/** Synthetic division by x^2 + u x + v: R[0 .. N-2] is the quotient, R[N-1] and R[N] are the last two terms of the
  * recurrence R[j] = P[j] - u R[j-1] - v R[j-2], and R[N+1] = R[N-1] u + R[N].  R may be P.  N < 1 touches nothing. */
 MENSURA_EXPORT void QuadSynDiv(long double *P, int N, long double *TUV, long double *R);
 
-/* The derivative: D[i] = (N - i) P[i] for i = 0 .. N-1, and D[N] = 0.  D may be P.  N < 0 touches nothing. */
+/** The derivative: D[i] = (N - i) P[i] for i = 0 .. N-1, and D[N] = 0.  D may be P.  N < 0 touches nothing. */
 MENSURA_EXPORT void DerivOfP(long double *P, int N, long double *D);
 
 #ifdef __cplusplus

@@ -1,4 +1,7 @@
-/* Least-squares smoothing of records: each sample becomes the value of the polynomial of degree d that fits w samples
+/** @file
+ * @defgroup smooth Smoothing
+ *
+ * Least-squares smoothing of records: each sample becomes the value of the polynomial of degree d that fits w samples
  * best (Savitzky and Golay, Anal Chem 36:1627, 1964).
  *
  *     cubicSmooth7(x, y, n);                             degree 3, window 7
@@ -25,6 +28,7 @@
 extern "C" {
 #endif
 
+/** Smooths x into y, as described above; the name gives d and w. */
 MENSURA_EXPORT void linearSmooth3(const double *x, double *y, int n);
 MENSURA_EXPORT void linearSmooth5(const double *x, double *y, int n);
 MENSURA_EXPORT void linearSmooth7(const double *x, double *y, int n);

@@ -1,0 +1,68 @@
+// Runs the program as a user would: a shell, files, pipes.  Each test has a directory of its own.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+class Tool : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_NE(mkdtemp(dir_.data()), nullptr); }
+    void TearDown() override { std::filesystem::remove_all(dir_); }
+
+    void write(const std::string &file, const std::string &text) const {
+        std::ofstream(dir_ + "/" + file, std::ios::binary) << text;
+    }
+    std::string read(const std::string &file) const {
+        std::ifstream stream(dir_ + "/" + file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    bool exists(const std::string &file) const { return std::filesystem::exists(dir_ + "/" + file); }
+
+    // A line of shell in which $M is the program; its output is then in out and err.  Returns the exit status.
+    int shell(const std::string &line) {
+        const std::string command = "cd '" + dir_ + "' && M='" MENSURA "' && ( " + line + " ) >.out 2>.err </dev/null";
+        const int status = std::system(command.c_str());
+        out = read(".out");
+        err = read(".err");
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    int run(const std::string &arguments) { return shell("\"$M\" " + arguments); }
+
+    // The numbers of a CSV, row by row, without its header.
+    static std::vector<std::vector<double>> rows(const std::string &csv) {
+        std::vector<std::vector<double>> table;
+        std::istringstream lines(csv);
+        for (std::string line; std::getline(lines, line);) {
+            std::vector<double> row;
+            std::istringstream cells(line);
+            for (std::string cell; std::getline(cells, cell, ',');) {
+                char *end = nullptr;
+                const double value = std::strtod(cell.c_str(), &end);
+                if (end != cell.c_str()) row.push_back(value);
+            }
+            if (!row.empty()) table.push_back(row);
+        }
+        return table;
+    }
+
+    // The call is refused with one line on stderr that has this in it, and nothing on stdout.
+    void expect_refused(const std::string &arguments, const std::string &complaint, int status = 2) {
+        EXPECT_EQ(run(arguments), status) << arguments;
+        EXPECT_NE(err.find(complaint), std::string::npos) << arguments << ": " << err;
+        EXPECT_EQ(err.find('\n') + 1, err.size()) << err;
+        EXPECT_EQ(out, "") << arguments;
+    }
+
+    std::string out, err;
+
+  private:
+    std::string dir_ = (std::filesystem::temp_directory_path() / "mensura_").string() + std::string(6, 'X');
+};

@@ -1,0 +1,149 @@
+// mensura filter: runs a filter over every column of a table or channel of a WAV.
+#include <fcntl.h>
+#include <mensura/iir.h>
+#include <unistd.h>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+
+#include "../analysis.h"
+#include "../commands.h"
+#include "../failure.h"
+#include "../quantity.h"
+#include "../request.h"
+#include "../rewrite.h"
+
+namespace tools {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura filter lowpass --cutoff 40Hz --rate 360Hz ecg.csv > clean.csv\n"
+    "  logger | mensura filter highpass --cutoff 0.5Hz --rate 1kHz | viewer\n"
+    "  mensura filter notch --cutoff 50Hz --bandwidth 4Hz --zero-phase --plot=hum.svg -o clean.wav hum.wav\n";
+
+struct Options {
+    FilterRequest request;
+    Files files;
+    bool zero_phase = false;
+    std::optional<double> ratio;  // of the automatic cut-off
+};
+
+std::string title_of(const FilterRequest &request, const char *how) {
+    return fmt::format("{} {}, {:.6g} Hz{}", family_name(request.family), pass_type_name(request.pass_type),
+                       request.cutoff.value_or(0), how);
+}
+
+TIIRFilter designed(const FilterRequest &request, double rate) {
+    TIIRFilter filter = {};
+    filter.Spec = design_spec(request, rate);
+    filter.Coeffs = CalcIIRFilterCoeff(filter.Spec);
+    report_clamps(filter.Spec.Proto);
+    for (const std::string &warning : warnings_about(analyse(filter.Coeffs, filter.Spec, rate))) remark("{}", warning);
+    return filter;
+}
+
+// Every channel runs a copy of the same design.
+MakeStep steps_of(const TIIRFilter &design) {
+    return [&design]() -> Step {
+        const auto filter = std::make_shared<TIIRFilter>(design);
+        return [filter](double x) { return IIRFilter(filter.get(), x); };
+    };
+}
+
+// What a call prints on standard output, which belongs to the data.
+template <class Call>
+std::string captured(Call call) {
+    std::fflush(stdout);
+    const int standard_output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3), paper = nameless_file();
+    dup2(paper, STDOUT_FILENO);
+    call();
+    std::fflush(stdout);
+    dup2(standard_output, STDOUT_FILENO);
+    close(standard_output);
+    std::array<char, 256> text;
+    const ssize_t got = pread(paper, text.data(), text.size(), 0);
+    close(paper);
+    return {text.data(), static_cast<std::size_t>(got > 0 ? got : 0)};
+}
+
+// dataZeroPhaseFilter prints "rate, last bin that counts, samples, largest bin"; it filters at 15 bins of n - 1 samples
+// for each bin.
+void filter_automatically(std::vector<double> &samples, double rate, double ratio) {
+    const int n = static_cast<int>(samples.size());
+    if (n < 4) reject("--auto needs 4 samples at least; there are {}", n);
+    if (n > 40000) remark("finding the cut-off of {} samples, about {:.0f} s", n, 0.66e-9 * n * n);
+    const std::string line =
+        captured([&samples, n, rate, ratio] { dataZeroPhaseFilter(samples.data(), n, 1 / rate, ratio, 0); });
+    double fs = 0;
+    int last = 0;
+    if (std::sscanf(line.c_str(), "%lf,%d", &fs, &last) != 2) fail("out of memory");
+    if (last < 1) remark("the spectrum has no peak to measure by: the result is meaningless");
+    remark("cut-off found: {:.6g} Hz", std::min(15.0 * last * rate / (n - 1), 0.5 * rate));
+}
+
+void run_automatically(const Options &options, Record &record) {
+    const double rate = rate_of(record), ratio = *options.ratio;
+    rewrite_record(
+        record, options.files, [rate, ratio](std::vector<double> &x) { filter_automatically(x, rate, ratio); },
+        "zero-phase lowpass, cut-off from the spectrum");
+}
+
+void run_on_record(const Options &options, Record &record) {
+    const TIIRFilter design = designed(options.request, rate_of(record));
+    const Change change = [&design, &options](std::vector<double> &x) {
+        TIIRFilter filter = design;
+        if (options.zero_phase)
+            IIRFilterZeroPhase(&filter, x.data(), nullptr, static_cast<int>(x.size()));
+        else
+            for (double &sample : x) sample = IIRFilter(&filter, sample);
+    };
+    rewrite_record(record, options.files, change, title_of(options.request, options.zero_phase ? ", zero phase" : ""));
+}
+
+void run_as_stream(const Options &options, Source &source) {
+    const std::string title = title_of(options.request, "");
+    if (is_wav(source)) {
+        WavReader wav(source);
+        wav.check_rate(options.request.rate);
+        const TIIRFilter design = designed(options.request, wav.rate());
+        stream_wav(wav, options.files, steps_of(design), title);
+    } else {
+        const TIIRFilter design = designed(options.request, *options.request.rate);
+        stream_table(source, options.files, steps_of(design), title, *options.request.rate);
+    }
+}
+
+void run(const Options &options) {
+    if (options.ratio && options.request.pass_type != ptLowPass) reject("--auto is for lowpass");
+    if (!options.ratio && !options.request.cutoff) reject("--cutoff is required, such as --cutoff 40Hz, or --auto");
+    Source source(options.files.input);
+    const bool knows_rate = is_wav(source) || options.request.rate.has_value();
+    if (knows_rate && !options.zero_phase && !options.ratio) return run_as_stream(options, source);
+    Record record = read_record(source, options.files.columns, options.request.rate);
+    if (options.ratio)
+        run_automatically(options, record);
+    else
+        run_on_record(options, record);
+}
+
+}  // namespace
+
+void add_filter(CLI::App &program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App *const app =
+        add_command(program, "filter", "filter the columns of a table or the channels of a WAV", kExamples);
+    add_filter_request(*app, options->request);
+    app->add_flag("--zero-phase", options->zero_phase,
+                  "filter forwards and backwards: no delay, twice the attenuation");
+    add_quantity(*app, "--auto", options->ratio, kPlain,
+                 "zero-phase lowpass at a cut-off from the spectrum: what exceeds RATIO of its largest bin is signal")
+        ->type_name("RATIO")
+        ->excludes("--cutoff", "--zero-phase", "--family", "--poles", "--ripple", "--stopband", "--gamma", "--gain");
+    add_files(*app, options->files);
+    app->callback([options] { run(*options); });
+}
+
+}  // namespace tools

@@ -1,0 +1,40 @@
+// What ends a run: an exit status and the one line that says why.
+#pragma once
+
+#include <fmt/format.h>
+
+#include <stdexcept>
+#include <utility>
+
+namespace tools {
+
+enum class Status { Done = 0, Failed = 1, BadInput = 2 };
+
+class Failure : public std::runtime_error {
+  public:
+    Failure(Status status, const std::string &line) : std::runtime_error(line), status_(status) {}
+    Status status() const { return status_; }
+
+  private:
+    Status status_;
+};
+
+// The work failed: the disk, a pipe, memory, another program.
+template <class... Arguments>
+[[noreturn]] void fail(fmt::format_string<Arguments...> text, Arguments &&...arguments) {
+    throw Failure(Status::Failed, fmt::format(text, std::forward<Arguments>(arguments)...));
+}
+
+// The call or the input is wrong; the line says what would be right.
+template <class... Arguments>
+[[noreturn]] void reject(fmt::format_string<Arguments...> text, Arguments &&...arguments) {
+    throw Failure(Status::BadInput, fmt::format(text, std::forward<Arguments>(arguments)...));
+}
+
+// A remark on stderr; the work goes on.
+template <class... Arguments>
+void remark(fmt::format_string<Arguments...> text, Arguments &&...arguments) {
+    fmt::print(stderr, "mensura: {}\n", fmt::format(text, std::forward<Arguments>(arguments)...));
+}
+
+}  // namespace tools

@@ -1,0 +1,130 @@
+#include "record.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "../failure.h"
+#include "table.h"
+
+namespace tools {
+
+namespace {
+
+// A record may begin with missing cells: the first number there is counts for them.
+void fill_front(std::vector<double> &samples) {
+    const auto first = std::ranges::find_if(samples, [](double x) { return !std::isnan(x); });
+    if (first != samples.end()) std::fill(samples.begin(), first, *first);
+}
+
+void add_row(const TableReader &table, std::vector<Channel> &channels) {
+    channels.resize(table.columns().size());
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        std::vector<double> &samples = channels[i].samples;
+        const double value = table.values()[i];
+        channels[i].missing += std::isnan(value);
+        samples.push_back(std::isnan(value) && !samples.empty() ? samples.back() : value);
+    }
+}
+
+Record read_csv(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
+    Record record{.name = source.name(), .rate = rate.value_or(0), .text = source.rest(), .columns = columns};
+    Source again(record.name, record.text);
+    TableReader table(again, columns);
+    EvenTimes times;
+    while (table.next()) {
+        if (table.kind() != LineKind::Data) continue;
+        if (!rate && table.has_time()) times.add(table.time(), record.name, table.line().number);
+        add_row(table, record.channels);
+    }
+    if (!rate && table.has_time()) record.rate = times.rate(record.name);
+    for (std::size_t i = 0; i < record.channels.size(); ++i) {
+        record.channels[i].name = table.columns()[i].name;
+        fill_front(record.channels[i].samples);
+    }
+    return record;
+}
+
+Record read_wav(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
+    if (!columns.empty())
+        reject("{}: is a WAV, all of whose channels are taken; --column is for tables", source.name());
+    Record record{.name = source.name(), .wav = std::make_shared<WavReader>(source)};
+    WavReader &wav = *record.wav;
+    wav.check_rate(rate);
+    record.rate = wav.rate();
+    for (std::size_t i = 0; i < wav.channels(); ++i) record.channels.push_back({.name = wav.channel_name(i)});
+    std::vector<double> frames(kWavFrames * wav.channels());
+    while (const std::size_t count = wav.read(frames))
+        for (std::size_t i = 0; i < count; ++i) record.channels[i % wav.channels()].samples.push_back(frames[i]);
+    return record;
+}
+
+void write_table(const Record &record, Output &out) {
+    Source again(record.name, record.text);
+    TableReader table(again, record.columns);
+    std::vector<double> row(record.channels.size());
+    while (table.next()) {
+        if (table.kind() != LineKind::Data) {
+            table.write_line(out);
+            continue;
+        }
+        for (std::size_t i = 0; i < row.size(); ++i) row[i] = record.channels[i].samples[table.rows() - 1];
+        table.write_row(out, row);
+        if (out.full()) out.flush();
+    }
+}
+
+void write_sound(const Record &record, Output &out) {
+    WavWriter wav(out, *record.wav);
+    std::vector<double> frame(record.channels.size());
+    for (std::size_t i = 0; i < record.length(); ++i) {
+        for (std::size_t k = 0; k < frame.size(); ++k) frame[k] = record.channels[k].samples[i];
+        wav.write(frame);
+    }
+    wav.finish();
+}
+
+}  // namespace
+
+Record read_record(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
+    return is_wav(source) ? read_wav(source, columns, rate) : read_csv(source, columns, rate);
+}
+
+double rate_of(const Record &record) {
+    if (record.rate <= 0) reject("{}: has no column called time; give the sampling rate, --rate 1kHz", record.name);
+    return record.rate;
+}
+
+void remark_missing(const Record &record) {
+    for (const Channel &channel : record.channels)
+        if (channel.missing > 0)
+            remark("{}: {}: {} of {} cells are missing; the value before them stands in for them", record.name,
+                   channel.name, channel.missing, record.length());
+}
+
+void write_record(const Record &record, Output &out) {
+    if (record.wav)
+        write_sound(record, out);
+    else
+        write_table(record, out);
+}
+
+void EvenTimes::add(double time, const std::string &name, std::size_t line) {
+    if (!times_.empty() && !(time > times_.back())) reject("{}:{}: the time does not increase", name, line);
+    times_.push_back(time);
+    lines_.push_back(line);
+}
+
+double EvenTimes::rate(const std::string &name) const {
+    const std::size_t n = times_.size();
+    if (n < 2) reject("{}: a single row has no sampling rate; give --rate", name);
+    const double rate = static_cast<double>(n - 1) / (times_.back() - times_.front());
+    for (std::size_t i = 1; i < n; ++i)  // half a step passes times rounded to milliseconds, but no lost sample
+        if (std::abs((times_[i] - times_[i - 1]) * rate - 1) > 0.5)
+            reject("{}:{}: the times are not evenly spaced here; give --rate to take the rows as even", name,
+                   lines_[i]);
+    const double whole = std::round(rate);
+    return std::abs(rate - whole) <= 1e-5 * whole ? whole : rate;
+}
+
+}  // namespace tools

@@ -1,0 +1,56 @@
+// A whole record in memory: the columns of a CSV or the channels of a WAV, evenly sampled.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "output.h"
+#include "source.h"
+#include "wav.h"
+
+namespace tools {
+
+struct Channel {
+    std::string name = {};
+    std::vector<double> samples = {};  // in place of a missing one stands the last before it, or the first there is
+    std::size_t missing = 0;
+};
+
+struct Record {
+    std::string name = {};  // of its file
+    std::vector<Channel> channels = {};
+    double rate = 0;                        // Hz, 0: not known
+    std::shared_ptr<WavReader> wav = {};    // null for a CSV
+    std::string text = {};                  // of a CSV
+    std::vector<std::string> columns = {};  // as they were asked for
+
+    std::size_t length() const { return channels.front().samples.size(); }
+};
+
+// `columns` as in TableReader; `rate` as asked for, else it comes from the WAV or from the column of times.
+Record read_record(Source &source, const std::vector<std::string> &columns, std::optional<double> rate);
+
+// The rate, or a complaint that says how to give one.
+double rate_of(const Record &record);
+
+// Says on stderr how many cells of each channel were missing.
+void remark_missing(const Record &record);
+
+// The table with the record's samples in the place of its numbers, or the WAV with them.
+void write_record(const Record &record, Output &out);
+
+// The sampling rate of ascending times in seconds; whole hertz if it is within 10 ppm of them, better than a sampling
+// clock keeps, because times are rounded.
+class EvenTimes {
+  public:
+    void add(double time, const std::string &name, std::size_t line);
+    double rate(const std::string &name) const;
+
+  private:
+    std::vector<double> times_;
+    std::vector<std::size_t> lines_;
+};
+
+}  // namespace tools

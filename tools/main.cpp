@@ -1,0 +1,151 @@
+// mensura: measurement data filtered, transformed and looked at from the command line.
+//
+// Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.
+#include <CLI/CLI.hpp>
+#include <new>
+#include <sstream>
+#include <vector>
+
+#include "commands.h"
+#include "failure.h"
+#include "io/output.h"
+#include "io/source.h"
+#include "plot/draw.h"
+#include "quantity.h"
+
+namespace tools {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura demo\n"
+    "  mensura design lowpass --cutoff 40Hz --rate 360Hz\n"
+    "  mensura filter lowpass --cutoff 40Hz --rate 360Hz --plot=ecg.svg ecg.csv > clean.csv\n"
+    "  mensura spectrum --window hanning --db ecg.csv\n";
+
+std::string with_examples(const std::string &text, const std::string &examples) {
+    return text + "\n\nExamples:\n" + examples;
+}
+
+// A command's line in the list of commands is the first of its description.
+class HelpFormatter : public CLI::Formatter {
+  public:
+    HelpFormatter() { column_width(28); }
+    std::string make_subcommand(const CLI::App *command) const override {
+        const std::string text = command->get_description();
+        std::ostringstream line;
+        CLI::detail::format_help(line, command->get_name(), text.substr(0, text.find('\n')), get_column_width());
+        return line.str();
+    }
+    std::string make_option_opts(const CLI::Option *option) const override {
+        const std::string name = option->get_type_name();
+        return name.empty() || name == "TEXT" || name == "BOOLEAN" ? "" : (name.front() == '[' ? name : " " + name);
+    }
+};
+
+// Numbers below 0 are arguments, not options: CLI11 sees that of -6, not of -.5.  A plain --plot has no value; an
+// argument that ends like a picture's file was meant to be one.
+std::vector<std::string> arguments_of(int argc, char **argv) {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string &argument = arguments[i];
+        if (argument.starts_with("-.") && parse_number(argument)) argument.insert(1, "0");
+        if (argument != "--plot") continue;
+        const bool named = i + 1 < arguments.size() && is_picture(arguments[i + 1]);
+        argument += std::string("=") + (named ? arguments[i + 1] : kPlotInTerminal);
+        if (named) arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+    }
+    return {arguments.rbegin(), arguments.rend()};  // the order that CLI11 takes them in
+}
+
+std::string one_line(std::string text) {
+    for (char &c : text)
+        if (c == '\n' || c == '\r') c = ' ';
+    return text;
+}
+
+int complain(Status status, const std::string &line) {
+    fmt::print(stderr, "mensura: {}\n", one_line(line));
+    return static_cast<int>(status);
+}
+
+const CLI::App &chosen_command(const CLI::App &program) {
+    const std::vector<const CLI::App *> commands =
+        program.get_subcommands([](const CLI::App *app) { return app->parsed(); });
+    return commands.empty() ? program : *commands.front();
+}
+
+std::string help_of(const CLI::App &app) { return app.help(app.get_parent() == nullptr ? "" : "mensura"); }
+
+int show_help(const CLI::App &program) {
+    Output out("");
+    out.write(help_of(chosen_command(program)));
+    out.commit();
+    return 0;
+}
+
+// Every command's help in one, for the manual page.
+int show_all_help(const CLI::App &program) {
+    Output out("");
+    out.write(program.help());
+    for (const CLI::App *command : program.get_subcommands([](const CLI::App *) { return true; }))
+        out.write(fmt::format("\nmensura {}:\n{}", command->get_name(), command->help("mensura")));
+    out.commit();
+    return 0;
+}
+
+int run(CLI::App &program, int argc, char **argv) {
+    try {
+        program.parse(arguments_of(argc, argv));
+        return 0;
+    } catch (const CLI::CallForHelp &) {
+        return show_help(program);
+    } catch (const CLI::CallForAllHelp &) {
+        return show_all_help(program);
+    } catch (const CLI::CallForVersion &) {
+        fmt::print("mensura {}\n", MENSURA_TOOL_VERSION);
+        return 0;
+    } catch (const CLI::ParseError &error) {
+        return complain(Status::BadInput, fmt::format("{}; --help shows how", error.what()));
+    } catch (const InputIsTerminal &) {
+        fmt::print(stderr, "{}", help_of(chosen_command(program)));
+        return static_cast<int>(Status::BadInput);
+    }
+}
+
+int run_and_complain(int argc, char **argv) {
+    try {
+        CLI::App program(
+            with_examples("Measurement data filtered, transformed and looked at from the command line.", kExamples),
+            "mensura");
+        program.formatter(std::make_shared<HelpFormatter>());
+        program.require_subcommand(1);
+        program.set_help_all_flag("--help-all", "show the help of every command");
+        program.set_version_flag("--version", MENSURA_TOOL_VERSION);
+        program.footer(
+            "Data go to standard output, messages to standard error.\n"
+            "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
+        for (const auto add : {add_design, add_filter}) add(program);
+        return run(program, argc, argv);
+    } catch (const Failure &failure) {
+        return complain(failure.status(), failure.what());
+    } catch (const std::bad_alloc &) {
+        return complain(Status::Failed, "out of memory");
+    } catch (const std::exception &error) {
+        return complain(Status::Failed, error.what());
+    }
+}
+
+}  // namespace
+
+CLI::App *add_command(CLI::App &program, const std::string &name, const std::string &line,
+                      const std::string &examples) {
+    return program.add_subcommand(name, with_examples(line, examples));
+}
+
+}  // namespace tools
+
+int main(int argc, char **argv) {
+    tools::remove_temporary_on_signals();
+    return tools::run_and_complain(argc, argv);
+}

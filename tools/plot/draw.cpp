@@ -1,0 +1,130 @@
+#include "draw.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include "../failure.h"
+
+namespace tools {
+
+namespace {
+
+constexpr int kNotFound = 127;  // as a shell says it
+
+std::string suffix_of(const std::string &file) {
+    const std::size_t dot = file.rfind('.');
+    std::string suffix = dot == std::string::npos ? "" : file.substr(dot + 1);
+    for (char &c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return suffix;
+}
+
+std::string file_terminal(const std::string &file, std::size_t panels) {
+    const std::size_t height = panels == 1 ? 480 : 320 * panels;
+    const std::string suffix = suffix_of(file);
+    if (suffix == "svg") return fmt::format("set terminal svg size 900,{} font 'sans,13' background 'white'\n", height);
+    if (suffix == "png") return fmt::format("set terminal pngcairo size 900,{} font 'sans,11'\n", height);
+    return fmt::format("set terminal pdfcairo size 9in,{:.2f}in font 'sans,11'\n", 0.01 * static_cast<double>(height));
+}
+
+std::string text_terminal(std::size_t panels) {
+    winsize window = {};
+    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col >= 40 && window.ws_row >= 12;
+    const std::size_t columns = known ? window.ws_col : 80u, rows = known ? window.ws_row - 1u : 24u;
+    return fmt::format("set terminal dumb size {},{}\n", columns, rows * panels);
+}
+
+void write_all(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(descriptor, text.data(), text.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return;  // gnuplot has ended: its exit status tells why
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+std::string first_line_of(int descriptor) {
+    std::array<char, 4096> text;
+    const ssize_t got = pread(descriptor, text.data(), text.size(), 0);
+    std::string_view lines(text.data(), static_cast<std::size_t>(got > 0 ? got : 0));
+    lines.remove_prefix(std::min(lines.find_first_not_of(" \n"), lines.size()));
+    return std::string(lines.substr(0, lines.find('\n')));
+}
+
+[[noreturn]] void become_gnuplot(int script, int picture, int complaints) {
+    dup2(script, STDIN_FILENO);
+    dup2(picture, STDOUT_FILENO);
+    dup2(complaints, STDERR_FILENO);
+    std::signal(SIGPIPE, SIG_DFL);
+    execlp("gnuplot", "gnuplot", "--default-settings", "-", nullptr);
+    _exit(kNotFound);
+}
+
+// gnuplot reads the script from a pipe and writes the picture to a descriptor.
+void run_gnuplot(const std::string &script, int picture) {
+    std::array<int, 2> ends;
+    const int complaints = nameless_file();
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) fail("gnuplot: {}", std::strerror(errno));
+    const pid_t child = fork();
+    if (child < 0) fail("gnuplot: {}", std::strerror(errno));
+    if (child == 0) become_gnuplot(ends[0], picture, complaints);
+    close(ends[0]);
+    write_all(ends[1], script);
+    close(ends[1]);
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    const std::string complaint = first_line_of(complaints);
+    close(complaints);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound)
+        fail("gnuplot, which draws the pictures, is not installed: apt-get install gnuplot-nox");
+    if (status != 0) fail("gnuplot failed: {}", complaint.empty() ? "no reason given" : complaint);
+}
+
+}  // namespace
+
+bool is_picture(const std::string &file) {
+    const std::string suffix = suffix_of(file);
+    return suffix == "svg" || suffix == "png" || suffix == "pdf";
+}
+
+void add_plot_options(CLI::App &app, PlotOptions &plot) {
+    app.add_option_function<std::string>(
+           "--plot",
+           [&plot](const std::string &file) {
+               if (file != kPlotInTerminal && !is_picture(file))
+                   throw CLI::ValidationError("--plot", fmt::format("\"{}\" does not end in .svg, .png or .pdf", file));
+               plot = {file == kPlotInTerminal ? PlotOptions::Terminal : PlotOptions::File, file};
+           },
+           "draw a picture, --plot=FILE.svg, .png or .pdf; plain --plot draws in the terminal instead of the data")
+        ->type_name("[=FILE]");
+    app.add_flag_callback(
+        "--plot-script", [&plot] { plot.kind = PlotOptions::Script; },
+        "print the gnuplot script of the picture instead of the data");
+}
+
+std::string data_file(const PlotOptions &plot, const std::string &output) {
+    return plot.on_standard_output() && output.empty() ? "/dev/null" : output;
+}
+
+void draw(const Figure &figure, const PlotOptions &plot) {
+    if (!plot.wanted()) return;
+    const std::string script = gnuplot_script(figure);
+    Output out(plot.kind == PlotOptions::File ? plot.file : "");
+    if (plot.kind == PlotOptions::Script)
+        out.write(script);
+    else if (plot.kind == PlotOptions::Terminal)
+        run_gnuplot(text_terminal(figure.panels.size()) + script, out.descriptor());
+    else
+        run_gnuplot(file_terminal(plot.file, figure.panels.size()) + script, out.descriptor());
+    out.commit();
+}
+
+}  // namespace tools

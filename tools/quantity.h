@@ -1,0 +1,52 @@
+// Numbers with units on the command line: 40Hz, 2kHz, 5ms, 3dB.
+#pragma once
+
+#include <fast_float/fast_float.h>
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace tools {
+
+// One finite number that fills the text, blanks aside; a plus sign may stand before it.
+std::optional<double> parse_number(std::string_view text);
+
+// Without the blanks at both ends.
+std::string_view trimmed(std::string_view text);
+
+struct Unit {
+    std::string_view name;
+    double factor;
+    bool named = true;  // in help and complaints; the others are other ways to write them
+};
+
+// The unit that a bare number has comes first.
+inline constexpr Unit kHertz[] = {{"Hz", 1},     {"kHz", 1e3},     {"MHz", 1e6},
+                                  {"mHz", 1e-3}, {"hz", 1, false}, {"khz", 1e3, false}};
+inline constexpr Unit kDecibel[] = {{"dB", 1}, {"db", 1, false}};
+inline constexpr std::span<const Unit> kPlain;
+
+// A finite number and its unit, with or without a blank between them; what is wrong goes into `complaint`.
+std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &complaint);
+
+// An option that takes such a number.
+CLI::Option *add_quantity(CLI::App &app, const std::string &name, std::function<void(double)> take,
+                          std::span<const Unit> units, const std::string &help);
+
+template <class Value>  // double or std::optional<double>
+CLI::Option *add_quantity(CLI::App &app, const std::string &name, Value &value, std::span<const Unit> units,
+                          const std::string &help) {
+    return add_quantity(app, name, std::function<void(double)>([&value](double x) { value = x; }), units, help);
+}
+
+// The sampling rate, above 0.
+CLI::Option *add_rate(CLI::App &app, std::optional<double> &rate, const std::string &help);
+
+// A whole number.
+CLI::Option *add_count(CLI::App &app, const std::string &name, int &value, const std::string &help);
+
+}  // namespace tools
