@@ -25,10 +25,6 @@ std::string placeholder(std::span<const Unit> units) {
     return units.empty() ? "X" : units.front().name == "Hz" ? "F" : std::string(units.front().name);
 }
 
-std::string placeholder(std::span<const Unit> units) {
-    return units.empty() ? "X" : units.front().name == "Hz" ? "F" : std::string(units.front().name);
-}
-
 }  // namespace
 
 std::string_view trimmed(std::string_view text) {
