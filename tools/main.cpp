@@ -77,11 +77,21 @@ const CLI::App &chosen_command(const CLI::App &program) {
 
 std::string help_of(const CLI::App &app) { return app.help(app.get_parent() == nullptr ? "" : "mensura"); }
 
+int complain_about_call(const std::string &line) {
+    return complain(Status::BadInput, fmt::format("{}; --help shows what would be right", line));
+}
+
 int show_help(const CLI::App &program) {
     Output out("");
     out.write(help_of(chosen_command(program)));
     out.commit();
     return 0;
+}
+
+// Where there is nothing to work on.
+int show_help_instead(const CLI::App &program) {
+    fmt::print(stderr, "{}", help_of(chosen_command(program)));
+    return static_cast<int>(Status::BadInput);
 }
 
 // Every command's help in one, for the manual page.
@@ -97,7 +107,7 @@ int show_all_help(const CLI::App &program) {
 int run(CLI::App &program, int argc, char **argv) {
     try {
         program.parse(arguments_of(argc, argv));
-        return 0;
+        return argc > 1 ? 0 : show_help_instead(program);
     } catch (const CLI::CallForHelp &) {
         return show_help(program);
     } catch (const CLI::CallForAllHelp &) {
@@ -105,11 +115,13 @@ int run(CLI::App &program, int argc, char **argv) {
     } catch (const CLI::CallForVersion &) {
         fmt::print("mensura {}\n", MENSURA_TOOL_VERSION);
         return 0;
+    } catch (const CLI::ExtrasError &error) {
+        if (&chosen_command(program) != &program) return complain_about_call(error.what());
+        return complain_about_call(fmt::format("there is no command \"{}\"", argv[1]));
     } catch (const CLI::ParseError &error) {
-        return complain(Status::BadInput, fmt::format("{}; --help shows how", error.what()));
+        return complain_about_call(error.what());
     } catch (const InputIsTerminal &) {
-        fmt::print(stderr, "{}", help_of(chosen_command(program)));
-        return static_cast<int>(Status::BadInput);
+        return show_help_instead(program);
     }
 }
 
@@ -119,7 +131,7 @@ int run_and_complain(int argc, char **argv) {
             with_examples("Measurement data filtered, transformed and looked at from the command line.", kExamples),
             "mensura");
         program.formatter(std::make_shared<HelpFormatter>());
-        program.require_subcommand(1);
+        program.require_subcommand(0, 1);
         program.set_help_all_flag("--help-all", "show the help of every command");
         program.set_version_flag("--version", MENSURA_TOOL_VERSION);
         program.footer(

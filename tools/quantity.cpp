@@ -78,13 +78,13 @@ CLI::Option *add_rate(CLI::App &app, std::optional<double> &rate, const std::str
     return add_quantity(app, "--rate", std::function<void(double)>(take), kHertz, help);
 }
 
-CLI::Option *add_count(CLI::App &app, const std::string &name, int &value, const std::string &help) {
-    const auto take = [&value, name](double number) {
+CLI::Option *add_count(CLI::App &app, const std::string &name, std::function<void(int)> take, const std::string &help) {
+    const auto take_whole = [name, take = std::move(take)](double number) {
         if (number != std::floor(number) || std::abs(number) > std::numeric_limits<int>::max())
             throw CLI::ValidationError(name, fmt::format("{} is not a whole number", number));
-        value = static_cast<int>(number);
+        take(static_cast<int>(number));
     };
-    return add_quantity(app, name, std::function<void(double)>(take), kPlain, help)->type_name("N");
+    return add_quantity(app, name, std::function<void(double)>(take_whole), kPlain, help)->type_name("N");
 }
 
 }  // namespace tools

@@ -47,6 +47,11 @@ CLI::Option *add_quantity(CLI::App &app, const std::string &name, Value &value, 
 CLI::Option *add_rate(CLI::App &app, std::optional<double> &rate, const std::string &help);
 
 // A whole number.
-CLI::Option *add_count(CLI::App &app, const std::string &name, int &value, const std::string &help);
+CLI::Option *add_count(CLI::App &app, const std::string &name, std::function<void(int)> take, const std::string &help);
+
+template <class Value>  // int or std::optional<int>
+CLI::Option *add_count(CLI::App &app, const std::string &name, Value &value, const std::string &help) {
+    return add_count(app, name, std::function<void(int)>([&value](int n) { value = n; }), help);
+}
 
 }  // namespace tools

@@ -84,14 +84,18 @@ void add_filter_request(CLI::App &app, FilterRequest &request) {
 
 double bandwidth_of(const FilterRequest &request, double rate) { return request.bandwidth.value_or(0.05 * rate); }
 
-IIRDesignSpec design_spec(const FilterRequest &request, double rate) {
+void check_frequencies(const FilterRequest &request, double rate) {
     if (!request.cutoff) reject("--cutoff is required: the frequency in Hz, such as --cutoff 40Hz");
     refuse_outside("--cutoff", *request.cutoff, rate);
+    if (request.bandwidth) refuse_outside("--bandwidth", *request.bandwidth, rate);
+}
+
+IIRDesignSpec design_spec(const FilterRequest &request, double rate) {
+    check_frequencies(request, rate);
     TIIRFilter filter;
     initTIIRFilter(&filter, request.pass_type, *request.cutoff, rate);
     IIRDesignSpec spec = filter.Spec;
     if (request.bandwidth) {
-        refuse_outside("--bandwidth", *request.bandwidth, rate);
         spec.NormBandwidth = 2 * *request.bandwidth / rate;
         if (!is_band_type(request.pass_type)) remark("--bandwidth is for bandpass and notch, and not used here");
     }

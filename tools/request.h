@@ -23,8 +23,12 @@ void add_filter_request(CLI::App &app, FilterRequest &request);
 bool is_band_type(int pass_type);
 const char *pass_type_name(int pass_type);
 const char *family_name(int family);
+inline constexpr int kFamilyCount = 8;  // codes 0 .. 7
 
-// The request as the library takes it; refuses frequencies outside 0 .. rate / 2.
+// Refuses frequencies outside 0 .. rate / 2.
+void check_frequencies(const FilterRequest &request, double rate);
+
+// The request as the library takes it.
 IIRDesignSpec design_spec(const FilterRequest &request, double rate);
 // Half the bandwidth's default is the library's: 0.1 of the Nyquist frequency.
 double bandwidth_of(const FilterRequest &request, double rate);

@@ -25,12 +25,13 @@ constexpr const char *kExamples =
     "  mensura design lowpass --cutoff 40Hz --rate 360Hz\n"
     "  mensura design bandpass --cutoff 1kHz --bandwidth 100Hz --rate 8kHz --family papoulis --poles 4 --json\n"
     "  mensura design lowpass --cutoff 40Hz --rate 360Hz --plot=response.svg\n"
+    "  mensura design lowpass --cutoff 40Hz --rate 360Hz --all-families --plot=families.svg\n"
     "  mensura design highpass --cutoff 0.5Hz --rate 360Hz --response 1000 > response.csv\n";
 
 struct Options {
     FilterRequest request;
-    bool json = false;
-    int response = 0;
+    bool json = false, all_families = false;
+    std::optional<int> response;
     std::string output;
     PlotOptions plot;
 };
@@ -198,6 +199,31 @@ void print_json(Output &out, const Design &design) {
     out.write(document.dump(2) + "\n");
 }
 
+// ---- The families side by side ---------------------------------------------------------------------------------------
+
+std::vector<Design> design_families(FilterRequest request) {
+    std::vector<Design> designs;
+    for (request.family = 0; request.family < kFamilyCount; ++request.family) designs.push_back(design_for(request));
+    return designs;
+}
+
+double highest(const std::vector<Band> &bands) {
+    double level = -HUGE_VAL;
+    for (const Band &band : bands) level = std::max(level, band.highest);
+    return level;
+}
+
+void print_families(Output &out, const std::vector<Design> &designs) {
+    out.write(fmt::format("{:<19}{:>13}{:>13}{:>13}{:>13}  {}\n", "family", "at cut-off", "stop band", "delay at DC",
+                          "pole radius", "-3 dB at"));
+    for (const Design &design : designs) {
+        const Achieved &a = design.achieved;
+        out.write(fmt::format("{:<19}{:>10.2f} dB{:>10.2f} dB{:>10.3f} ms{:>13.6f}  {}\n",
+                              family_name(design.spec.Proto.Family), tidy(a.at_cutoff_db, 0.01), highest(a.stop),
+                              1e3 * a.delay_at_dc / design.rate, a.pole_radius, joined(a.half_power)));
+    }
+}
+
 // ---- The response ----------------------------------------------------------------------------------------------------
 
 void print_response(Output &out, const Design &design, int points) {
@@ -215,51 +241,78 @@ void print_response(Output &out, const Design &design, int points) {
     }
 }
 
-// From a hundredth of the cut-off up; what lies below -150 dB is of no interest.
-Figure figure_of(const Design &design) {
-    constexpr int kPoints = 2000;
+// From a hundredth of the cut-off up; what lies below -100 dB is of no interest.
+void add_response(const Design &design, Curve &gain, Curve &phase) {
+    constexpr int kPoints = 1000;
     const double nyquist = 0.5 * design.rate, lowest = 0.01 * design.cutoff;
-    Curve gain{.title = "gain"}, phase{.title = "phase"};
     for (int i = 0; i <= kPoints; ++i) {
         const double f = lowest * std::pow(nyquist / lowest, static_cast<double>(i) / kPoints);
         const std::complex<double> h = response_at(design.cascade, f, design.rate);
-        const double degrees = std::arg(h) * (180 / pi);
+        const double degrees = std::abs(h) < 1e-15 ? std::nan("") : std::arg(h) * (180 / pi);
         if (i > 0 && std::abs(degrees - phase.y.back()) > 180) {  // a jump of a turn is not part of the curve
             phase.x.push_back(f);
             phase.y.push_back(std::nan(""));
         }
         gain.x.push_back(f);
-        gain.y.push_back(std::max(decibels(std::abs(h)), design.achieved.reference_db - 150));
+        gain.y.push_back(std::max(decibels(std::abs(h)), design.achieved.asked_db - 100));
         phase.x.push_back(f);
         phase.y.push_back(degrees);
     }
-    const auto panel = [&](const char *label, const Curve &curve) {
+}
+
+Figure figure_of(const std::vector<Design> &designs) {
+    const Design &first = designs.front();
+    const auto panel = [&first](const char *label) {
         return Panel{.x_label = "frequency [Hz]",
                      .y_label = label,
-                     .curves = {curve},
-                     .marks = {design.cutoff},
+                     .marks = {first.cutoff},
                      .logarithmic = true,
-                     .x_lowest = lowest,
-                     .x_highest = nyquist};
+                     .key_below = true,
+                     .x_lowest = 0.01 * first.cutoff,
+                     .x_highest = 0.5 * first.rate};
     };
-    return {.title = fmt::format("{} {}, {} poles, {:.6g} Hz at {:.6g} Hz", family_name(design.spec.Proto.Family),
-                                 pass_type_name(design.spec.PassType), design.spec.Proto.NumPoles, design.cutoff,
-                                 design.rate),
-            .panels = {panel("gain [dB]", gain), panel("phase [degrees]", phase)}};
+    Figure figure{.panels = {panel("gain [dB]")}};
+    if (designs.size() == 1) figure.panels.push_back(panel("phase [degrees]"));
+    for (const Design &design : designs) {
+        const std::string name = family_name(design.spec.Proto.Family);
+        Curve gain{.title = name}, phase{.title = name};
+        add_response(design, gain, phase);
+        figure.panels[0].curves.push_back(gain);
+        if (designs.size() == 1) figure.panels[1].curves.push_back(phase);
+    }
+    figure.title =
+        fmt::format("{}{}, {} poles, cut-off {:.6g} Hz, sampled at {:.6g} Hz",
+                    designs.size() == 1 ? family_name(first.spec.Proto.Family) + std::string(" ") : "",
+                    pass_type_name(first.spec.PassType), first.spec.Proto.NumPoles, first.cutoff, first.rate);
+    figure.panels[0].title = designs.size() == 1 ? "" : figure.title;
+    return figure;
+}
+
+void print(Output &out, const Options &options, const std::vector<Design> &designs) {
+    if (options.all_families)
+        print_families(out, designs);
+    else if (options.json)
+        print_json(out, designs.front());
+    else if (options.response)
+        print_response(out, designs.front(), *options.response);
+    else
+        print_text(out, designs.front());
+}
+
+void report(const Design &design, const std::string &prefix) {
+    report_clamps(design.spec.Proto);
+    for (const std::string &warning : warnings_about(design.achieved)) remark("{}{}", prefix, warning);
 }
 
 void run(const Options &options) {
-    const Design design = design_for(options.request);
-    report_clamps(design.spec.Proto);
-    for (const std::string &warning : warnings_about(design.achieved)) remark("{}", warning);
+    if (options.response && *options.response < 1) reject("--response needs 1 frequency at least");
+    const std::vector<Design> designs =
+        options.all_families ? design_families(options.request) : std::vector{design_for(options.request)};
+    for (const Design &design : designs)
+        report(design, options.all_families ? fmt::format("{}: ", family_name(design.spec.Proto.Family)) : "");
     Output out(data_file(options.plot, options.output));
-    if (options.json)
-        print_json(out, design);
-    else if (options.response > 0)
-        print_response(out, design, options.response);
-    else
-        print_text(out, design);
-    if (options.plot.wanted()) draw(figure_of(design), options.plot);
+    print(out, options, designs);
+    if (options.plot.wanted()) draw(figure_of(designs), options.plot);
     out.commit();
 }
 
@@ -274,6 +327,8 @@ void add_design(CLI::App &program) {
               "print the response at N frequencies from DC up: Hz, dB, degrees (CSV)")
         ->type_name("N")
         ->excludes(json);
+    app->add_flag("--all-families", options->all_families, "compare the families in one table and one picture")
+        ->excludes("--family", "--json", "--response");
     add_output(*app, options->output);
     add_plot_options(*app, options->plot);
     app->callback([options] { run(*options); });

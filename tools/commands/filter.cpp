@@ -118,7 +118,7 @@ void run_as_stream(const Options &options, Source &source) {
 
 void run(const Options &options) {
     if (options.ratio && options.request.pass_type != ptLowPass) reject("--auto is for lowpass");
-    if (!options.ratio && !options.request.cutoff) reject("--cutoff is required, such as --cutoff 40Hz, or --auto");
+    if (!options.ratio) check_frequencies(options.request, options.request.rate.value_or(HUGE_VAL));
     Source source(options.files.input);
     const bool knows_rate = is_wav(source) || options.request.rate.has_value();
     if (knows_rate && !options.zero_phase && !options.ratio) return run_as_stream(options, source);

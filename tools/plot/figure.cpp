@@ -38,19 +38,24 @@ void append_panel(std::string &script, const Panel &panel, std::size_t number) {
     auto out = std::back_inserter(script);
     fmt::format_to(out, "set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
                    quoted(panel.title), quoted(panel.x_label), quoted(panel.y_label));
+    fmt::format_to(out, "set key {}\n",
+                   panel.curves.size() < 2 ? "off"
+                   : panel.key_below       ? "on bottom left"
+                                           : "on top right");
     fmt::format_to(out, "set {}logscale x\nset size {}\nunset arrow\n", panel.logarithmic ? "" : "no",
                    panel.square ? "ratio -1" : "noratio");
     fmt::format_to(out, "set xrange [{}:{}] noextend\nset yrange [{}:*]\n", limit(panel.x_lowest),
                    limit(panel.x_highest), limit(panel.y_lowest));
     for (const double x : panel.marks)
-        fmt::format_to(out, "set arrow from {0}, graph 0 to {0}, graph 1 nohead dashtype 2 linecolor '#666666'\n",
+        fmt::format_to(out, "set arrow from {0}, graph 0 to {0}, graph 1 nohead dashtype 2 linecolor rgb '#666666'\n",
                        coordinate(x));
     script += "plot ";
     for (std::size_t i = 0; i < panel.curves.size(); ++i) {
         const Curve &curve = panel.curves[i];
         const std::size_t colour = panel.curves.size() == 1 ? 1 : i % kColours.size();
-        fmt::format_to(out, "{}$panel{}curve{} with {} linecolor '{}' title {} noenhanced", i > 0 ? ", \\\n     " : "",
-                       number, i, curve.points ? "points pointtype 6" : "lines", kColours[colour], quoted(curve.title));
+        fmt::format_to(out, "{}$panel{}curve{} with {} linecolor rgb '{}' linewidth 1.5 title {} noenhanced",
+                       i > 0 ? ", \\\n     " : "", number, i, curve.points ? "points pointtype 6" : "lines",
+                       kColours[colour], quoted(curve.title));
     }
     script += '\n';
 }
@@ -58,7 +63,7 @@ void append_panel(std::string &script, const Panel &panel, std::size_t number) {
 }  // namespace
 
 std::string gnuplot_script(const Figure &figure) {
-    std::string script = "set grid linecolor '#dddddd'\nset key top right\nset style data lines\n";
+    std::string script = "set grid linetype 1 linecolor rgb '#dddddd'\n";
     for (std::size_t i = 0; i < figure.panels.size(); ++i)
         for (std::size_t k = 0; k < figure.panels[i].curves.size(); ++k)
             append_data(script, fmt::format("$panel{}curve{}", i, k), figure.panels[i].curves[k]);

@@ -18,6 +18,7 @@ struct Panel {
     std::vector<Curve> curves = {};
     std::vector<double> marks = {};  // dashed vertical lines at these x
     bool logarithmic = false;        // the x axis
+    bool key_below = false;          // the key at the bottom left instead of the top right
     bool square = false;             // one unit has the same length on both axes
     std::optional<double> y_lowest = {}, x_lowest = {}, x_highest = {};
 };
