@@ -132,8 +132,8 @@ std::vector<Clamp> clamps_of(const ProtoSpec &spec) {
 
 void report_clamps(const ProtoSpec &spec) {
     for (const Clamp &clamp : clamps_of(spec))
-        remark("--{} {} is outside the range of {}: {} is taken", clamp.setting, clamp.asked, family_name(spec.Family),
-               clamp.taken);
+        remark("--{} {} is outside the range of {}: its prototype is made with {}", clamp.setting, clamp.asked,
+               family_name(spec.Family), clamp.taken);
 }
 
 }  // namespace tools
