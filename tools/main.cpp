@@ -137,7 +137,9 @@ int run_and_complain(int argc, char **argv) {
         program.footer(
             "Data go to standard output, messages to standard error.\n"
             "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
-        for (const auto add : {add_design, add_filter}) add(program);
+        for (const auto add : {add_design, add_filter, add_spectrum, add_tone, add_window, add_smooth, add_derive,
+                               add_despike, add_average, add_track, add_roots, add_demo})
+            add(program);
         return run(program, argc, argv);
     } catch (const Failure &failure) {
         return complain(failure.status(), failure.what());

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <mensura/iir.h>
 #include <sys/wait.h>
 
+#include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +14,8 @@
 #include <sstream>
 #include <string>
 #include <vector>
+
+inline const std::string kLowpass = "filter lowpass --cutoff 40Hz --rate 360Hz ";
 
 class Tool : public testing::Test {
   protected:
@@ -51,6 +56,32 @@ class Tool : public testing::Test {
             if (!row.empty()) table.push_back(row);
         }
         return table;
+    }
+
+    // Samples that every filter changes.
+    static std::vector<double> signal(std::size_t n) {
+        std::vector<double> x(n);
+        for (std::size_t i = 0; i < n; ++i)
+            x[i] = 0.3 * std::sin(0.02 * static_cast<double>(i)) - 0.1 * static_cast<double>(i % 3);
+        return x;
+    }
+    // What kLowpass makes of them.
+    static std::vector<double> filtered(std::vector<double> x) {
+        TIIRFilter filter;
+        initTIIRFilter(&filter, ptLowPass, 40, 360);
+        for (double &sample : x) sample = IIRFilter(&filter, sample);
+        return x;
+    }
+    // The layout with a number, in digits that read back as the same, in place of every @.
+    static std::string filled(const std::string &layout, const std::vector<double> &numbers) {
+        std::string text;
+        std::size_t next = 0;
+        for (const char c : layout) {
+            char digits[32] = {c};
+            text.append(digits,
+                        c == '@' ? std::to_chars(digits, std::end(digits), numbers.at(next++)).ptr : digits + 1);
+        }
+        return text;
     }
 
     // The call is refused with one line on stderr that has this in it, and nothing on stdout.

@@ -70,8 +70,8 @@ class Report {
 };
 
 std::string taken(double asked, double clamped, const char *unit) {
-    const std::string text = fmt::format("{}{}", asked, unit);
-    return asked == clamped ? text : fmt::format("{} (taken as {}{})", text, clamped, unit);
+    const std::string text = fmt::format("{}{}", clamped, unit);
+    return asked == clamped ? text : fmt::format("{} (asked: {}{})", text, asked, unit);
 }
 
 void print_asked(Report &report, const Design &design) {
