@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <cstdio>
 #include <stdexcept>
 #include <utility>
 
@@ -31,10 +32,13 @@ template <class... Arguments>
     throw Failure(Status::BadInput, fmt::format(text, std::forward<Arguments>(arguments)...));
 }
 
+// Where nobody listens to messages, the work goes on all the same.
+inline void to_stderr(const std::string &text) { std::fputs(text.c_str(), stderr); }
+
 // A remark on stderr; the work goes on.
 template <class... Arguments>
 void remark(fmt::format_string<Arguments...> text, Arguments &&...arguments) {
-    fmt::print(stderr, "mensura: {}\n", fmt::format(text, std::forward<Arguments>(arguments)...));
+    to_stderr("mensura: " + fmt::format(text, std::forward<Arguments>(arguments)...) + "\n");
 }
 
 }  // namespace tools

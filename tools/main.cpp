@@ -65,7 +65,7 @@ std::string one_line(std::string text) {
 }
 
 int complain(Status status, const std::string &line) {
-    fmt::print(stderr, "mensura: {}\n", one_line(line));
+    to_stderr("mensura: " + one_line(line) + "\n");
     return static_cast<int>(status);
 }
 
@@ -81,27 +81,25 @@ int complain_about_call(const std::string &line) {
     return complain(Status::BadInput, fmt::format("{}; --help shows what would be right", line));
 }
 
-int show_help(const CLI::App &program) {
+int show(const std::string &text) {
     Output out("");
-    out.write(help_of(chosen_command(program)));
+    out.write(text);
     out.commit();
     return 0;
 }
 
 // Where there is nothing to work on.
 int show_help_instead(const CLI::App &program) {
-    fmt::print(stderr, "{}", help_of(chosen_command(program)));
+    to_stderr(help_of(chosen_command(program)));
     return static_cast<int>(Status::BadInput);
 }
 
 // Every command's help in one, for the manual page.
-int show_all_help(const CLI::App &program) {
-    Output out("");
-    out.write(program.help());
+std::string all_help(const CLI::App &program) {
+    std::string text = program.help();
     for (const CLI::App *command : program.get_subcommands([](const CLI::App *) { return true; }))
-        out.write(fmt::format("\nmensura {}:\n{}", command->get_name(), command->help("mensura")));
-    out.commit();
-    return 0;
+        text += fmt::format("\nmensura {}:\n{}", command->get_name(), help_of(*command));
+    return text;
 }
 
 int run(CLI::App &program, int argc, char **argv) {
@@ -109,12 +107,11 @@ int run(CLI::App &program, int argc, char **argv) {
         program.parse(arguments_of(argc, argv));
         return argc > 1 ? 0 : show_help_instead(program);
     } catch (const CLI::CallForHelp &) {
-        return show_help(program);
+        return show(help_of(chosen_command(program)));
     } catch (const CLI::CallForAllHelp &) {
-        return show_all_help(program);
+        return show(all_help(program));
     } catch (const CLI::CallForVersion &) {
-        fmt::print("mensura {}\n", MENSURA_TOOL_VERSION);
-        return 0;
+        return show("mensura " MENSURA_TOOL_VERSION "\n");
     } catch (const CLI::ExtrasError &error) {
         if (&chosen_command(program) != &program) return complain_about_call(error.what());
         return complain_about_call(fmt::format("there is no command \"{}\"", argv[1]));
@@ -132,8 +129,9 @@ int run_and_complain(int argc, char **argv) {
             "mensura");
         program.formatter(std::make_shared<HelpFormatter>());
         program.require_subcommand(0, 1);
+        program.set_help_flag("-h,--help", "show this help");
         program.set_help_all_flag("--help-all", "show the help of every command");
-        program.set_version_flag("--version", MENSURA_TOOL_VERSION);
+        program.set_version_flag("--version", MENSURA_TOOL_VERSION, "show the version");
         program.footer(
             "Data go to standard output, messages to standard error.\n"
             "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");

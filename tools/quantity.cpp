@@ -52,7 +52,7 @@ std::optional<double> parse_quantity(std::string_view text, std::span<const Unit
         complaint = fmt::format("\"{}\" is not a number; {}", text, wish(units));
         return {};
     }
-    if (unit.empty()) return number;
+    if (unit.empty()) return *number + 0.0;  // no "-0"
     for (const Unit &known : units)
         if (known.name == unit && std::isfinite(*number * known.factor)) return *number * known.factor;
     complaint = fmt::format("unknown unit \"{}\" in \"{}\"; {}", unit, text, wish(units));

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "failure.h"
+#include "names.h"
 #include "quantity.h"
 
 namespace tools {
@@ -33,24 +34,6 @@ constexpr Family kFamilies[] = {
     {"chebyshev", pfChebyshev, 20, 0.0001},     {"inverse-chebyshev", pfInverseChebyshev, 15, 0.0001},
     {"papoulis", pfPapoulis, 20, 0.0001},       {"elliptic", pfElliptic, 15, 0.001}};
 
-// Lower case without dashes, so that low-pass and LowPass are lowpass.
-std::string folded(const std::string &name) {
-    std::string result;
-    for (const char c : name)
-        if (c != '-' && c != '_') result += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return result;
-}
-
-template <class Table>
-int code_of(const std::string &option, const std::string &text, const Table &table) {
-    std::string names;
-    for (const auto &entry : table) {
-        if (folded(entry.name) == folded(text)) return entry.code;
-        names += (names.empty() ? "" : ", ") + std::string(entry.name);
-    }
-    throw CLI::ValidationError(option, fmt::format("\"{}\" is none of {}", text, names));
-}
-
 void refuse_outside(const char *what, double frequency, double rate) {
     if (!(frequency > 0 && frequency < 0.5 * rate))
         reject("{} of {} Hz: must lie above 0 and below {} Hz, half the sampling rate", what, frequency, 0.5 * rate);
@@ -64,13 +47,15 @@ const char *family_name(int family) { return kFamilies[family].name; }
 
 void add_filter_request(CLI::App &app, FilterRequest &request) {
     app.add_option_function<std::string>(
-           "TYPE", [&request](const std::string &text) { request.pass_type = code_of("TYPE", text, kPassTypes); },
+           "TYPE",
+           [&request](const std::string &text) { request.pass_type = entry_called("TYPE", text, kPassTypes).code; },
            "lowpass, highpass, bandpass, notch or allpass")
         ->required();
     add_quantity(app, "--cutoff", request.cutoff, kHertz, "cut-off frequency, of band types the centre, in Hz");
     add_rate(app, request.rate, "sampling rate in Hz");
     app.add_option_function<std::string>(
-        "--family", [&request](const std::string &text) { request.family = code_of("--family", text, kFamilies); },
+        "--family",
+        [&request](const std::string &text) { request.family = entry_called("--family", text, kFamilies).code; },
         "butterworth (default), gaussian, bessel, adjustable, chebyshev, inverse-chebyshev, papoulis or elliptic");
     add_count(app, "--poles", request.poles, "poles of the low-pass prototype, default 6");
     add_quantity(app, "--ripple", request.ripple, kDecibel, "pass-band ripple in dB, default 0.1");

@@ -50,6 +50,7 @@ void add_columns(CLI::App &app, std::vector<std::string> &columns) {
     app.add_option("--column", columns, "column by name or number from 1; repeatable; default every column of numbers")
         ->type_name("NAME|N")
         ->expected(1)
+        ->allow_extra_args(false)  // what follows is the input
         ->take_all();
 }
 
@@ -130,7 +131,7 @@ void rewrite_record(Record &record, const Files &files, const Change &change, co
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         Channel &channel = record.channels[i];
         const std::vector<double> before = files.plot.wanted() ? channel.samples : std::vector<double>();
-        change(channel.samples);
+        if (channel.has_numbers()) change(channel);
         for (std::size_t k = 0; k < before.size(); ++k) comparison.add(i, before[k], channel.samples[k]);
         names.push_back(channel.name);
     }

@@ -45,8 +45,8 @@ class Comparison {
 void stream_table(Source &source, const Files &files, const MakeStep &make, const std::string &title, double rate);
 void stream_wav(WavReader &wav, const Files &files, const MakeStep &make, const std::string &title);
 
-// Whole records, changed channel by channel in place.
-using Change = std::function<void(std::vector<double> &samples)>;
+// Whole records, changed channel by channel in place; those without numbers stay.
+using Change = std::function<void(Channel &channel)>;
 void rewrite_record(Record &record, const Files &files, const Change &change, const std::string &title);
 
 // Refuses a WAV for commands that are about tables.

@@ -8,6 +8,7 @@
 
 #include "analysis.h"
 #include "failure.h"
+#include "names.h"
 #include "quantity.h"
 
 namespace tools {
@@ -40,14 +41,6 @@ constexpr NamedWindow kWindows[] = {{"rectangle", wkRectangle, false},
                                     {"triangle", wkTriangle},
                                     {"gauss", wkGauss},
                                     {"sine", wkSine, true, 1.0}};
-
-// Lower case without dashes, so that FlatTop and flat-top are flattop.
-std::string folded(const std::string &name) {
-    std::string result;
-    for (const char c : name)
-        if (c != '-' && c != '_') result += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return result;
-}
 
 const NamedWindow &entry_of(int kind) {
     return *std::ranges::find_if(kWindows, [kind](const NamedWindow &window) { return window.kind == kind; });
@@ -107,12 +100,7 @@ std::string quoted(const std::string &name) {
 const char *window_name(int kind) { return entry_of(kind).name; }
 
 int window_kind(const std::string &option, const std::string &name) {
-    std::string names;
-    for (const NamedWindow &window : kWindows) {
-        if (folded(window.name) == folded(name)) return window.kind;
-        names += (names.empty() ? "" : ", ") + std::string(window.name);
-    }
-    throw CLI::ValidationError(option, fmt::format("\"{}\" is none of {}", name, names));
+    return entry_called(option, name, kWindows).kind;
 }
 
 void add_window_shape(CLI::App &app, Window &window) {

@@ -27,8 +27,8 @@ void run(const Options &options) {
     Record record = read_record(source, options.files.columns, options.rate);
     if (record.length() < 2) reject("{}: a derivative needs 2 rows at least; there is 1", record.name);
     const double h = 1 / rate_of(record);
-    const Change change = [h](std::vector<double> &x) {
-        std::vector<double> dx(x.size());
+    const Change change = [h](Channel &channel) {
+        std::vector<double> &x = channel.samples, dx(x.size());
         central_difference(x.data(), dx.data(), static_cast<int>(x.size()), h);
         x.swap(dx);
     };

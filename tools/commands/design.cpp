@@ -118,25 +118,31 @@ std::string joined(const std::vector<double> &frequencies) {
     return text.empty() ? "none" : text;
 }
 
-// No "-0.00".
-double tidy(double value, double unit) { return std::round(value / unit) * unit + 0.0; }
+// No "-0.00"; what lies below -300 dB is rounding.
+std::string level(double decibel) {
+    if (std::isnan(decibel)) return "not defined";
+    if (decibel < -300) return "below -300 dB";
+    return fmt::format("{:.2f} dB", std::round(decibel / 0.01) * 0.01 + 0.0);
+}
 
 void print_band(Report &report, const char *name, const Band &band) {
-    report.entry(name, fmt::format("{:.2f} to {:.2f} dB from {:.6g} to {:.6g} Hz", tidy(band.lowest, 0.01),
-                                   tidy(band.highest, 0.01), band.from, band.to));
+    report.entry(name, fmt::format("{} to {}, from {:.6g} to {:.6g} Hz", level(band.lowest), level(band.highest),
+                                   band.from, band.to));
 }
 
 void print_achieved(Report &report, const Design &design) {
     const Achieved &a = design.achieved;
     report.heading("Achieved");
-    report.entry(reference_name(design.spec.PassType), fmt::format("{:.2f} dB", tidy(a.reference_db, 0.01)));
+    report.entry(reference_name(design.spec.PassType), level(a.reference_db));
     report.entry(is_band_type(design.spec.PassType) ? "level at the centre" : "level at the cut-off",
-                 fmt::format("{:.2f} dB", tidy(a.at_cutoff_db, 0.01)));
+                 level(a.at_cutoff_db));
     report.entry("-3 dB at", joined(a.half_power));
     for (const Band &band : a.pass) print_band(report, "pass band", band);
     for (const Band &band : a.stop) print_band(report, "stop band", band);
     report.entry("group delay at DC",
-                 fmt::format("{:.6g} samples, {:.6g} ms", a.delay_at_dc, 1e3 * a.delay_at_dc / design.rate));
+                 std::isfinite(a.delay_at_dc)
+                     ? fmt::format("{:.6g} samples, {:.6g} ms", a.delay_at_dc, 1e3 * a.delay_at_dc / design.rate)
+                     : "not defined");
     report.entry("largest pole radius", fmt::format("{:.6f}", a.pole_radius));
 }
 
@@ -214,13 +220,13 @@ double highest(const std::vector<Band> &bands) {
 }
 
 void print_families(Output &out, const std::vector<Design> &designs) {
-    out.write(fmt::format("{:<19}{:>13}{:>13}{:>13}{:>13}  {}\n", "family", "at cut-off", "stop band", "delay at DC",
+    out.write(fmt::format("{:<19}{:>15}{:>15}{:>13}{:>13}  {}\n", "family", "at cut-off", "stop band", "delay at DC",
                           "pole radius", "-3 dB at"));
     for (const Design &design : designs) {
         const Achieved &a = design.achieved;
-        out.write(fmt::format("{:<19}{:>10.2f} dB{:>10.2f} dB{:>10.3f} ms{:>13.6f}  {}\n",
-                              family_name(design.spec.Proto.Family), tidy(a.at_cutoff_db, 0.01), highest(a.stop),
-                              1e3 * a.delay_at_dc / design.rate, a.pole_radius, joined(a.half_power)));
+        out.write(fmt::format("{:<19}{:>15}{:>15}{:>10.3f} ms{:>13.6f}  {}\n", family_name(design.spec.Proto.Family),
+                              level(a.at_cutoff_db), level(highest(a.stop)), 1e3 * a.delay_at_dc / design.rate,
+                              a.pole_radius, joined(a.half_power)));
     }
 }
 
@@ -322,7 +328,8 @@ void add_design(CLI::App &program) {
     const auto options = std::make_shared<Options>();
     CLI::App *const app = add_command(program, "design", "design a filter and measure what it achieves", kExamples);
     add_filter_request(*app, options->request);
-    CLI::Option *const json = app->add_flag("--json", options->json, "print it all as JSON");
+    CLI::Option *const json =
+        app->add_flag("--json", options->json, "print it all as JSON; null: minus infinity, or not defined");
     add_count(*app, "--response", options->response,
               "print the response at N frequencies from DC up: Hz, dB, degrees (CSV)")
         ->type_name("N")

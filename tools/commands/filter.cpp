@@ -71,29 +71,31 @@ std::string captured(Call call) {
 
 // dataZeroPhaseFilter prints "rate, last bin that counts, samples, largest bin"; it filters at 15 bins of n - 1 samples
 // for each bin.
-void filter_automatically(std::vector<double> &samples, double rate, double ratio) {
+void filter_automatically(Channel &channel, double rate, double ratio) {
+    std::vector<double> &samples = channel.samples;
     const int n = static_cast<int>(samples.size());
     if (n < 4) reject("--auto needs 4 samples at least; there are {}", n);
-    if (n > 40000) remark("finding the cut-off of {} samples, about {:.0f} s", n, 0.66e-9 * n * n);
+    if (n > 40000) remark("{}: finding the cut-off from {} samples, about {:.0f} s", channel.name, n, 0.66e-9 * n * n);
     const std::string line =
         captured([&samples, n, rate, ratio] { dataZeroPhaseFilter(samples.data(), n, 1 / rate, ratio, 0); });
     double fs = 0;
     int last = 0;
     if (std::sscanf(line.c_str(), "%lf,%d", &fs, &last) != 2) fail("out of memory");
-    if (last < 1) remark("the spectrum has no peak to measure by: the result is meaningless");
-    remark("cut-off found: {:.6g} Hz", std::min(15.0 * last * rate / (n - 1), 0.5 * rate));
+    if (last < 1) remark("{}: the spectrum has no peak to measure by: the result is meaningless", channel.name);
+    remark("{}: cut-off found: {:.6g} Hz", channel.name, std::min(15.0 * last * rate / (n - 1), 0.5 * rate));
 }
 
 void run_automatically(const Options &options, Record &record) {
     const double rate = rate_of(record), ratio = *options.ratio;
     rewrite_record(
-        record, options.files, [rate, ratio](std::vector<double> &x) { filter_automatically(x, rate, ratio); },
+        record, options.files, [rate, ratio](Channel &channel) { filter_automatically(channel, rate, ratio); },
         "zero-phase lowpass, cut-off from the spectrum");
 }
 
 void run_on_record(const Options &options, Record &record) {
     const TIIRFilter design = designed(options.request, rate_of(record));
-    const Change change = [&design, &options](std::vector<double> &x) {
+    const Change change = [&design, &options](Channel &channel) {
+        std::vector<double> &x = channel.samples;
         TIIRFilter filter = design;
         if (options.zero_phase)
             IIRFilterZeroPhase(&filter, x.data(), nullptr, static_cast<int>(x.size()));
@@ -107,7 +109,7 @@ void run_as_stream(const Options &options, Source &source) {
     const std::string title = title_of(options.request, "");
     if (is_wav(source)) {
         WavReader wav(source);
-        wav.check_rate(options.request.rate);
+        wav.check_request(options.request.rate, options.files.columns);
         const TIIRFilter design = designed(options.request, wav.rate());
         stream_wav(wav, options.files, steps_of(design), title);
     } else {
@@ -118,6 +120,8 @@ void run_as_stream(const Options &options, Source &source) {
 
 void run(const Options &options) {
     if (options.ratio && options.request.pass_type != ptLowPass) reject("--auto is for lowpass");
+    if (options.ratio && !(*options.ratio > 0 && *options.ratio < 1))
+        reject("--auto {}: a ratio above 0 and below 1 is wanted", *options.ratio);
     if (!options.ratio) check_frequencies(options.request, options.request.rate.value_or(HUGE_VAL));
     Source source(options.files.input);
     const bool knows_rate = is_wav(source) || options.request.rate.has_value();
@@ -141,7 +145,8 @@ void add_filter(CLI::App &program) {
     add_quantity(*app, "--auto", options->ratio, kPlain,
                  "zero-phase lowpass at a cut-off from the spectrum: what exceeds RATIO of its largest bin is signal")
         ->type_name("RATIO")
-        ->excludes("--cutoff", "--zero-phase", "--family", "--poles", "--ripple", "--stopband", "--gamma", "--gain");
+        ->excludes("--cutoff", "--zero-phase", "--family", "--poles", "--ripple", "--stopband", "--gamma", "--gain",
+                   "--bandwidth");
     add_files(*app, options->files);
     app->callback([options] { run(*options); });
 }

@@ -61,8 +61,8 @@ void run(const Options &options) {
     Record record = read_record(source, options.files.columns, {});
     if (record.length() < static_cast<std::size_t>(smoother.window))
         remark("{}: nothing is smoothed: the window is longer than the record of {}", record.name, record.length());
-    const Change change = [&smoother](std::vector<double> &x) {
-        std::vector<double> y(x.size());
+    const Change change = [&smoother](Channel &channel) {
+        std::vector<double> &x = channel.samples, y(x.size());
         smoother.function(x.data(), y.data(), static_cast<int>(x.size()));
         x.swap(y);
     };

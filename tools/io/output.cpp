@@ -35,11 +35,14 @@ extern "C" void remove_temporary(int signal_number) {
     std::raise(signal_number);
 }
 
-// The file that a path names in the end, so that a link stays a link.
+// The file that a path names in the end, so that a link stays a link, even one to a file that is yet to come.
 std::string resolved(const std::string &file) {
+    constexpr int kMostLinks = 40;
+    std::filesystem::path path = file;
     std::error_code error;
-    const std::filesystem::path path = std::filesystem::weakly_canonical(file, error);
-    return error ? file : path.string();
+    for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(path, error); ++i)
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    return path.string();
 }
 
 std::string folder_of(const std::string &file) {
@@ -70,6 +73,7 @@ Output::Output(const std::string &file) : name_(file) {
     struct stat status = {};
     const bool exists = stat(file.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) reject("{}: is a directory; name a file", file);
+    if (exists && access(file.c_str(), W_OK) != 0) fail("{}: {}", file, std::strerror(errno));
     if (exists && !S_ISREG(status.st_mode)) {
         descriptor_ = open(file.c_str(), O_WRONLY | O_CLOEXEC);
     } else {
@@ -149,7 +153,8 @@ int nameless_file() {
 }
 
 void remove_temporary_on_signals() {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) std::signal(number, remove_temporary);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        if (std::signal(number, remove_temporary) == SIG_IGN) std::signal(number, SIG_IGN);  // as under nohup
     std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an error like a full disk
 }
 

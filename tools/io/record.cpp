@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cmath>
 
 #include "../failure.h"
@@ -17,27 +18,24 @@ void fill_front(std::vector<double> &samples) {
     if (first != samples.end()) std::fill(samples.begin(), first, *first);
 }
 
-void add_row(const TableReader &table, std::vector<Channel> &channels) {
-    channels.resize(table.columns().size());
-    for (std::size_t i = 0; i < channels.size(); ++i) {
-        std::vector<double> &samples = channels[i].samples;
-        const double value = table.values()[i];
-        channels[i].missing += std::isnan(value);
-        samples.push_back(std::isnan(value) && !samples.empty() ? samples.back() : value);
-    }
+void append(Channel &channel, double value) {
+    std::vector<double> &samples = channel.samples;
+    channel.missing += std::isnan(value);
+    samples.push_back(std::isnan(value) && !samples.empty() ? samples.back() : value);
 }
 
 Record read_csv(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
     Record record{.name = source.name(), .rate = rate.value_or(0), .text = source.rest(), .columns = columns};
     Source again(record.name, record.text);
     TableReader table(again, columns);
-    EvenTimes times;
+    EvenTimes times(record.name);
     while (table.next()) {
         if (table.kind() != LineKind::Data) continue;
-        if (!rate && table.has_time()) times.add(table.time(), record.name, table.line().number);
-        add_row(table, record.channels);
+        if (!rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
+        record.channels.resize(table.columns().size());
+        for (std::size_t i = 0; i < record.channels.size(); ++i) append(record.channels[i], table.values()[i]);
     }
-    if (!rate && table.has_time()) record.rate = times.rate(record.name);
+    if (!rate && table.has_time()) record.rate = times.rate();
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         record.channels[i].name = table.columns()[i].name;
         fill_front(record.channels[i].samples);
@@ -46,16 +44,15 @@ Record read_csv(Source &source, const std::vector<std::string> &columns, std::op
 }
 
 Record read_wav(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
-    if (!columns.empty())
-        reject("{}: is a WAV, all of whose channels are taken; --column is for tables", source.name());
     Record record{.name = source.name(), .wav = std::make_shared<WavReader>(source)};
     WavReader &wav = *record.wav;
-    wav.check_rate(rate);
+    wav.check_request(rate, columns);
     record.rate = wav.rate();
     for (std::size_t i = 0; i < wav.channels(); ++i) record.channels.push_back({.name = wav.channel_name(i)});
     std::vector<double> frames(kWavFrames * wav.channels());
     while (const std::size_t count = wav.read(frames))
-        for (std::size_t i = 0; i < count; ++i) record.channels[i % wav.channels()].samples.push_back(frames[i]);
+        for (std::size_t i = 0; i < count; ++i) append(record.channels[i % wav.channels()], frames[i]);
+    for (Channel &channel : record.channels) fill_front(channel.samples);
     return record;
 }
 
@@ -87,7 +84,9 @@ void write_sound(const Record &record, Output &out) {
 }  // namespace
 
 Record read_record(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
-    return is_wav(source) ? read_wav(source, columns, rate) : read_csv(source, columns, rate);
+    Record record = is_wav(source) ? read_wav(source, columns, rate) : read_csv(source, columns, rate);
+    if (record.length() > INT_MAX) reject("{}: has more than {} samples", record.name, INT_MAX);
+    return record;
 }
 
 double rate_of(const Record &record) {
@@ -97,7 +96,7 @@ double rate_of(const Record &record) {
 
 void remark_missing(const Record &record) {
     for (const Channel &channel : record.channels)
-        if (channel.missing > 0)
+        if (channel.missing > 0 && channel.has_numbers())
             remark("{}: {}: {} of {} cells are missing; the value before them stands in for them", record.name,
                    channel.name, channel.missing, record.length());
 }
@@ -109,20 +108,22 @@ void write_record(const Record &record, Output &out) {
         write_table(record, out);
 }
 
-void EvenTimes::add(double time, const std::string &name, std::size_t line) {
-    if (!times_.empty() && !(time > times_.back())) reject("{}:{}: the time does not increase", name, line);
+void EvenTimes::add(double time, std::size_t line, std::size_t column) {
+    column_ = column;
+    if (!times_.empty() && !(time > times_.back())) reject("{}:{}:{}: the time does not increase", file_, line, column);
     times_.push_back(time);
     lines_.push_back(line);
 }
 
-double EvenTimes::rate(const std::string &name) const {
+double EvenTimes::rate() const {
+    constexpr double kMostOff = 0.5 - 1e-9;  // in mean steps: passes times rounded to milliseconds, but no lost sample
     const std::size_t n = times_.size();
-    if (n < 2) reject("{}: a single row has no sampling rate; give --rate", name);
+    if (n < 2) reject("{}: a single row has no sampling rate; give --rate", file_);
     const double rate = static_cast<double>(n - 1) / (times_.back() - times_.front());
-    for (std::size_t i = 1; i < n; ++i)  // half a step passes times rounded to milliseconds, but no lost sample
-        if (std::abs((times_[i] - times_[i - 1]) * rate - 1) > 0.5)
-            reject("{}:{}: the times are not evenly spaced here; give --rate to take the rows as even", name,
-                   lines_[i]);
+    for (std::size_t i = 1; i < n; ++i)
+        if (std::abs((times_[i] - times_[i - 1]) * rate - 1) > kMostOff)
+            reject("{}:{}:{}: the times are not evenly spaced here; give --rate to take the rows as even", file_,
+                   lines_[i], column_);
     const double whole = std::round(rate);
     return std::abs(rate - whole) <= 1e-5 * whole ? whole : rate;
 }

@@ -16,6 +16,8 @@ struct Channel {
     std::string name = {};
     std::vector<double> samples = {};  // in place of a missing one stands the last before it, or the first there is
     std::size_t missing = 0;
+
+    bool has_numbers() const { return missing < samples.size(); }  // else a column of text, or of nothing
 };
 
 struct Record {
@@ -45,10 +47,13 @@ void write_record(const Record &record, Output &out);
 // clock keeps, because times are rounded.
 class EvenTimes {
   public:
-    void add(double time, const std::string &name, std::size_t line);
-    double rate(const std::string &name) const;
+    explicit EvenTimes(const std::string &file) : file_(file) {}
+    void add(double time, std::size_t line, std::size_t column);
+    double rate() const;
 
   private:
+    const std::string &file_;
+    std::size_t column_ = 0;
     std::vector<double> times_;
     std::vector<std::size_t> lines_;
 };

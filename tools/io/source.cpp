@@ -32,7 +32,7 @@ Source::Source(const std::string &file)
 Source::Source(const std::string &name, std::string text) : name_(name), buffer_(std::move(text)) {}
 
 Source::~Source() {
-    if (shown_) fmt::print(stderr, "\r\033[K");
+    if (shown_) to_stderr("\r\033[K");
     if (descriptor_ > STDERR_FILENO) close(descriptor_);
 }
 
@@ -64,9 +64,9 @@ void Source::show_progress() {
     if (now - shown_at_ < std::chrono::seconds(1) || isatty(STDERR_FILENO) == 0) return;
     const double done = static_cast<double>(consumed_), all = static_cast<double>(size_);
     if (size_ > 0)
-        fmt::print(stderr, "\rmensura: {}: {:.0f} %", name_, 100 * done / all);
+        to_stderr(fmt::format("\rmensura: {}: {:.0f} %", name_, 100 * done / all));
     else
-        fmt::print(stderr, "\rmensura: {}: {:.1f} MB", name_, 1e-6 * done);
+        to_stderr(fmt::format("\rmensura: {}: {:.1f} MB", name_, 1e-6 * done));
     shown_at_ = now;
     shown_ = true;
 }

@@ -32,14 +32,16 @@ bool is_missing(std::string_view cell) {
     return text.empty() || text == "nan" || text == "-nan" || text == "+nan" || text == "na" || text == "n/a";
 }
 
-// Seconds in the unit of a column called time or t: "time", "t", "time_ms", "Time [s]"; 0 for any other name.
+// Seconds in the unit of a column called time or t: "time", "t", "time_ms", "Time [s]", but not T, a temperature; 0 for
+// any other name.
 double unit_of_time(const std::string &name) {
-    constexpr Unit kUnits[] = {{"", 1},      {"s", 1},     {"sec", 1},   {"seconds", 1}, {"stamp", 1},
-                               {"ms", 1e-3}, {"us", 1e-6}, {"ns", 1e-9}, {"µs", 1e-6}};
+    constexpr Unit kUnits[] = {{"", 1},           {"s", 1},         {"sec", 1},   {"seconds", 1}, {"stamp", 1},
+                               {"min", 60},       {"h", 3600},      {"ms", 1e-3}, {"us", 1e-6},   {"ns", 1e-9},
+                               {"\u00B5s", 1e-6}, {"\u03BCs", 1e-6}};  // the micro sign, the Greek letter
     const std::string text = lower(name);
     const std::size_t start = text.starts_with("time") ? 4 : text.starts_with("t") ? 1 : 0;
-    if (start == 0 || (start == 1 && text.size() > 1 && std::isalpha(static_cast<unsigned char>(text[1])) != 0))
-        return 0;
+    if (start == 0 || name == "T") return 0;
+    if (start == 1 && text.size() > 1 && std::isalpha(static_cast<unsigned char>(text[1])) != 0) return 0;
     std::string unit;
     for (const char c : text.substr(start))
         if (std::string_view(" _-./()[],").find(c) == std::string_view::npos) unit += c;
@@ -72,19 +74,27 @@ bool TableReader::next() {
         width_line_ = line_.number;
         kind_ = looks_like_header() ? LineKind::Header : LineKind::Data;
         if (kind_ == LineKind::Header) read_header();
-        choose_columns();
     } else {
         kind_ = LineKind::Data;
     }
-    if (kind_ == LineKind::Data) read_row();
+    if (kind_ == LineKind::Data) {
+        if (rows_ == 0) begin_rows();
+        read_row();
+    }
     return true;
 }
 
-// The first of tab, semicolon and comma that the first line holds; else blanks.
+// The first of tab, semicolon and comma that the first line holds outside of quotes; else blanks.
 void TableReader::find_separator() {
+    std::string plain;
+    bool quoted = false;
+    for (const char c : line_.text) {
+        quoted = quoted != (c == '"');
+        if (!quoted) plain += c;
+    }
     separator_ = ' ';
     for (const char candidate : {'\t', ';', ','})
-        if (line_.text.find(candidate) != std::string_view::npos) {
+        if (plain.find(candidate) != std::string::npos) {
             separator_ = candidate;
             return;
         }
@@ -132,6 +142,18 @@ void TableReader::read_header() {
         if (const double unit = unit_of_time(names_[i]); unit > 0) time_ = {i, unit};
 }
 
+void TableReader::begin_rows() {
+    if (separator_ == ' ' && names_.size() > 1 && cells_.size() == 1) {  // one column, whose name has blanks in it
+        std::string name;
+        for (const std::string &word : names_) name += (name.empty() ? "" : " ") + word;
+        names_ = {name};
+        width_ = 1;
+        time_ = {};
+        if (const double unit = unit_of_time(name); unit > 0) time_ = {0, unit};
+    }
+    choose_columns();
+}
+
 void TableReader::choose_columns() {
     for (const std::string &wanted : wanted_) choose(wanted);
     for (std::size_t i = 0; i < width_ && wanted_.empty(); ++i)
@@ -165,8 +187,8 @@ void TableReader::choose(const std::string &wanted) {
 
 void TableReader::check_width() const {
     if (cells_.size() != width_)
-        reject("{}:{}: has {} cells; expected {} as in line {}", lines_.name(), line_.number, cells_.size(), width_,
-               width_line_);
+        reject("{}:{}:{}: has {} cells; expected {} as in line {}", lines_.name(), line_.number,
+               std::min(cells_.size(), width_) + 1, cells_.size(), width_, width_line_);
 }
 
 void TableReader::read_row() {
@@ -199,14 +221,15 @@ void TableReader::reject_cell(std::size_t index) const {
            comma ? " with a decimal point" : "");
 }
 
-double TableReader::time() {
+double TableReader::time() const {
     const std::optional<double> number = parse_number(content(cells_[time_.index]));
+    if (!number && is_missing(cells_[time_.index]))
+        reject("{}:{}:{}: the time is missing", lines_.name(), line_.number, time_column());
     if (!number) reject_cell(time_.index);
     return *number * time_.unit;
 }
 
-void TableReader::write_row(Output &out, const std::vector<double> &numbers,
-                            const std::vector<double> &appended) const {
+void TableReader::write_row(Output &out, const std::vector<double> &numbers) const {
     const char *from = line_.text.data();
     for (std::size_t cell = 0; cell < cells_.size(); ++cell) {
         const std::size_t column = column_of_cell_[cell];
@@ -217,10 +240,6 @@ void TableReader::write_row(Output &out, const std::vector<double> &numbers,
         from = old.data() + old.size();
     }
     out.write({from, static_cast<std::size_t>(line_.text.data() + line_.text.size() - from)});
-    for (const double value : appended) {
-        out.write({&separator_, 1});
-        if (!std::isnan(value)) out.number(value);
-    }
     out.write(line_.end);
 }
 

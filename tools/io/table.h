@@ -43,11 +43,12 @@ class TableReader {
     // The row's numbers in the order of columns(): NaN where a cell is missing or its column is text.
     const std::vector<double> &values() const { return values_; }
     bool has_time() const { return time_.index != kNone; }
-    // The row's time in seconds.
-    double time();
+    // The row's time in seconds, and the number of its column.
+    double time() const;
+    std::size_t time_column() const { return time_.index + 1; }
 
-    // The row with new numbers in its cells; missing cells and text stay.  `appended` come behind the last cell.
-    void write_row(Output &out, const std::vector<double> &numbers, const std::vector<double> &appended = {}) const;
+    // The row with new numbers in its cells; missing cells and text stay.
+    void write_row(Output &out, const std::vector<double> &numbers) const;
     void write_line(Output &out) const;
     [[noreturn]] void reject_cell(std::size_t index) const;
 
@@ -58,6 +59,7 @@ class TableReader {
     };
 
     void find_separator();
+    void begin_rows();
     void split();
     bool looks_like_header() const;
     void read_header();

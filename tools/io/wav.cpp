@@ -84,13 +84,13 @@ bool is_wav(Source &source) {
 WavReader::WavReader(Source &source) : name_(source.name()), descriptor_(seekable(source)) {
     refuse_truncated(descriptor_, name_);
     lseek(descriptor_, 0, SEEK_SET);
-    file_ = sf_open_fd(descriptor_, SFM_READ, &format_, SF_FALSE);
-    if (file_ == nullptr) reject("{}: {}", name_, sf_strerror(nullptr));
+    file_.reset(sf_open_fd(descriptor_, SFM_READ, &format_, SF_FALSE));
+    if (!file_) reject("{}: {}", name_, sf_strerror(nullptr));
     if (format_.frames == 0) reject("{}: holds no sound", name_);
 }
 
 WavReader::~WavReader() {
-    sf_close(file_);
+    file_.reset();
     close(descriptor_);
 }
 
@@ -98,18 +98,20 @@ std::string WavReader::channel_name(std::size_t channel) const {
     return channels() == 1 ? "sound" : fmt::format("channel {}", channel + 1);
 }
 
-void WavReader::check_rate(std::optional<double> asked) const {
+void WavReader::check_request(std::optional<double> asked, const std::vector<std::string> &columns) const {
     if (asked && *asked != rate()) reject("{}: is sampled at {} Hz; leave --rate out, or give that", name_, rate());
+    if (!columns.empty()) reject("{}: is a WAV, all of whose channels are taken; --column is for tables", name_);
 }
 
 std::size_t WavReader::read(std::span<double> samples) {
-    return static_cast<std::size_t>(sf_read_double(file_, samples.data(), static_cast<sf_count_t>(samples.size())));
+    return static_cast<std::size_t>(
+        sf_read_double(file_.get(), samples.data(), static_cast<sf_count_t>(samples.size())));
 }
 
 std::vector<std::pair<int, std::string>> WavReader::texts() const {
     std::vector<std::pair<int, std::string>> found;
     for (int kind = SF_STR_FIRST; kind <= SF_STR_LAST; ++kind)
-        if (const char *const text = sf_get_string(file_, kind)) found.emplace_back(kind, text);
+        if (const char *const text = sf_get_string(file_.get(), kind)) found.emplace_back(kind, text);
     return found;
 }
 
@@ -119,14 +121,15 @@ WavWriter::WavWriter(Output &out, const WavReader &like) : out_(out), bits_(bits
     const bool direct = lseek(out.descriptor(), 0, SEEK_CUR) == 0 && out.descriptor() != STDOUT_FILENO;
     descriptor_ = direct ? dup(out.descriptor()) : nameless_file();
     SF_INFO format = like.format();
-    file_ = sf_open_fd(descriptor_, SFM_WRITE, &format, SF_FALSE);
-    if (file_ == nullptr) fail("{}: {}", out.name(), sf_strerror(nullptr));
-    sf_command(file_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
-    for (const auto &[kind, text] : like.texts()) sf_set_string(file_, kind, text.c_str());
+    file_.reset(sf_open_fd(descriptor_, SFM_WRITE, &format, SF_FALSE));
+    if (!file_) fail("{}: {}", out.name(), sf_strerror(nullptr));
+    sf_command(file_.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);  // it holds the time of writing
+    for (const auto &[kind, text] : like.texts()) sf_set_string(file_.get(), kind, text.c_str());
 }
 
 WavWriter::~WavWriter() {
-    sf_close(file_);
+    file_.reset();
     close(descriptor_);
 }
 
@@ -139,20 +142,20 @@ void WavWriter::write_integers(std::span<const double> samples) {
         clipped_ += wanted != held;
         integers_[i] = static_cast<int>(std::isnan(held) ? 0.0 : std::ldexp(held, 32 - bits_));
     }
-    if (sf_write_int(file_, integers_.data(), static_cast<sf_count_t>(samples.size())) !=
+    if (sf_write_int(file_.get(), integers_.data(), static_cast<sf_count_t>(samples.size())) !=
         static_cast<sf_count_t>(samples.size()))
-        fail("{}: {}", out_.name(), sf_strerror(file_));
+        fail("{}: {}", out_.name(), sf_strerror(file_.get()));
 }
 
 void WavWriter::write(std::span<const double> samples) {
     if (bits_ > 0) return write_integers(samples);
-    if (sf_write_double(file_, samples.data(), static_cast<sf_count_t>(samples.size())) !=
+    if (sf_write_double(file_.get(), samples.data(), static_cast<sf_count_t>(samples.size())) !=
         static_cast<sf_count_t>(samples.size()))
-        fail("{}: {}", out_.name(), sf_strerror(file_));
+        fail("{}: {}", out_.name(), sf_strerror(file_.get()));
 }
 
 void WavWriter::finish() {
-    const int failed = sf_close(std::exchange(file_, nullptr));
+    const int failed = sf_close(file_.release());
     if (failed != 0) fail("{}: {}", out_.name(), sf_error_number(failed));
     if (out_.descriptor() == STDOUT_FILENO || lseek(out_.descriptor(), 0, SEEK_CUR) < 0)
         copy_contents(descriptor_, out_);

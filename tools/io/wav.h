@@ -3,6 +3,7 @@
 
 #include <sndfile.h>
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -19,6 +20,8 @@ bool is_wav(Source &source);
 
 inline constexpr std::size_t kWavFrames = 4096;  // to read and write at a time
 
+using SoundFile = std::unique_ptr<SNDFILE, int (*)(SNDFILE *)>;
+
 class WavReader {
   public:
     explicit WavReader(Source &source);
@@ -30,8 +33,8 @@ class WavReader {
     std::size_t channels() const { return static_cast<std::size_t>(format_.channels); }
     double rate() const { return format_.samplerate; }
     std::string channel_name(std::size_t channel) const;
-    // Refuses another rate than the file's.
-    void check_rate(std::optional<double> asked) const;
+    // Refuses another rate than the file's, and a choice of columns.
+    void check_request(std::optional<double> rate, const std::vector<std::string> &columns) const;
     // Fills whole frames (a sample of each channel); returns how many numbers were read, 0 at the end.
     std::size_t read(std::span<double> samples);
     std::vector<std::pair<int, std::string>> texts() const;  // title, artist, ...
@@ -40,7 +43,7 @@ class WavReader {
     std::string name_;
     SF_INFO format_ = {};
     int descriptor_ = -1;
-    SNDFILE *file_ = nullptr;
+    SoundFile file_{nullptr, sf_close};
 };
 
 class WavWriter {
@@ -61,7 +64,7 @@ class WavWriter {
     int descriptor_ = -1, bits_ = 0;  // bits 0: not a format of plain integers
     std::size_t clipped_ = 0;
     std::vector<int> integers_;
-    SNDFILE *file_ = nullptr;
+    SoundFile file_{nullptr, sf_close};
 };
 
 }  // namespace tools

@@ -50,12 +50,15 @@ void write_all(int descriptor, std::string_view text) {
     }
 }
 
-std::string first_line_of(int descriptor) {
+// gnuplot echoes the command, points at the place and gives the reason last.
+std::string last_line_of(int descriptor) {
     std::array<char, 4096> text;
-    const ssize_t got = pread(descriptor, text.data(), text.size(), 0);
+    const off_t size = lseek(descriptor, 0, SEEK_END);
+    const ssize_t got = pread(descriptor, text.data(), text.size(), std::max<off_t>(size - 4096, 0));
     std::string_view lines(text.data(), static_cast<std::size_t>(got > 0 ? got : 0));
-    lines.remove_prefix(std::min(lines.find_first_not_of(" \n"), lines.size()));
-    return std::string(lines.substr(0, lines.find('\n')));
+    lines = lines.substr(0, lines.find_last_not_of(" \n") + 1);
+    lines.remove_prefix(lines.find_last_of('\n') + 1);
+    return std::string(lines.substr(std::min(lines.find_first_not_of(' '), lines.size())));
 }
 
 [[noreturn]] void become_gnuplot(int script, int picture, int complaints) {
@@ -81,7 +84,7 @@ void run_gnuplot(const std::string &script, int picture) {
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    const std::string complaint = first_line_of(complaints);
+    const std::string complaint = last_line_of(complaints);
     close(complaints);
     if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound)
         fail("gnuplot, which draws the pictures, is not installed: apt-get install gnuplot-nox");
@@ -114,8 +117,10 @@ std::string data_file(const PlotOptions &plot, const std::string &output) {
     return plot.on_standard_output() && output.empty() ? "/dev/null" : output;
 }
 
-void draw(const Figure &figure, const PlotOptions &plot) {
+void draw(const Figure &whole, const PlotOptions &plot) {
     if (!plot.wanted()) return;
+    const Figure figure = drawable(whole);
+    if (figure.panels.empty()) fail("there is nothing to draw: no curve has a point");
     const std::string script = gnuplot_script(figure);
     Output out(plot.kind == PlotOptions::File ? plot.file : "");
     if (plot.kind == PlotOptions::Script)

@@ -14,9 +14,35 @@ namespace {
 // Grey for what was before, then colours that can be told apart by people with any kind of colour vision (Okabe and Ito).
 constexpr std::array kColours{"#999999", "#0072b2", "#d55e00", "#009e73", "#cc79a7", "#56b4e9", "#e69f00", "#000000"};
 
+// Names in a table may be in Latin-1, which a picture cannot hold.
+bool is_utf8(const std::string &text) {
+    std::size_t rest = 0;  // bytes still to come
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (rest > 0 && byte >> 6 != 2) return false;
+        if (rest > 0)
+            --rest;
+        else if (byte >= 0x80)
+            rest = byte >> 5 == 6 ? 1 : byte >> 4 == 14 ? 2 : byte >> 3 == 30 ? 3 : 4;
+        if (rest > 3) return false;
+    }
+    return rest == 0;
+}
+
+std::string utf8(const std::string &text) {
+    if (is_utf8(text)) return text;
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80) result += static_cast<char>(0xC0 | byte >> 6);
+        result += static_cast<char>(byte >= 0x80 ? 0x80 | (byte & 0x3F) : byte);
+    }
+    return result;
+}
+
 std::string quoted(const std::string &text) {
     std::string result = "'";
-    for (const char c : text) {
+    for (const char c : utf8(text)) {
         if (c == '\'') result += '\'';
         result += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
     }
@@ -61,6 +87,15 @@ void append_panel(std::string &script, const Panel &panel, std::size_t number) {
 }
 
 }  // namespace
+
+Figure drawable(Figure figure) {
+    const auto has_no_point = [](const Curve &curve) {
+        return std::ranges::none_of(curve.y, [](double y) { return std::isfinite(y); });
+    };
+    for (Panel &panel : figure.panels) std::erase_if(panel.curves, has_no_point);
+    std::erase_if(figure.panels, [](const Panel &panel) { return panel.curves.empty(); });
+    return figure;
+}
 
 std::string gnuplot_script(const Figure &figure) {
     std::string script = "set grid linetype 1 linecolor rgb '#dddddd'\n";

@@ -28,6 +28,9 @@ struct Figure {
     std::vector<Panel> panels = {};  // one below the other
 };
 
+// Without curves that have no point, and panels that have no curve: gnuplot takes them for errors.
+Figure drawable(Figure figure);
+
 // Commands and inline data; draws with whatever terminal is set before.
 std::string gnuplot_script(const Figure &figure);
 
@@ -45,7 +48,7 @@ class Envelope {
     };
     void merge_pairs();
 
-    static constexpr std::size_t kCapacity = 2048;  // a picture has fewer columns than half of it
+    static constexpr std::size_t kCapacity = 1600;  // a picture has no more than half as many columns
     std::vector<Bucket> buckets_;
     std::size_t stride_ = 1, filled_ = 0;  // samples in a bucket, and in the last one
 };
