@@ -1,8 +1,9 @@
 // The commands, one a file in commands/: each adds itself, its options and what it does to the program.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
+
+#include "command_line.h"
 
 namespace tools {
 

@@ -10,8 +10,8 @@
 #include "failure.h"
 #include "io/output.h"
 #include "io/source.h"
+#include "number.h"
 #include "plot/draw.h"
-#include "quantity.h"
 
 namespace tools {
 

@@ -1,22 +1,15 @@
 // Numbers with units on the command line: 40Hz, 2kHz, 5ms, 3dB.
 #pragma once
 
-#include <fast_float/fast_float.h>
-
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "command_line.h"
+
 namespace tools {
-
-// One finite number that fills the text, blanks aside; a plus sign may stand before it.
-std::optional<double> parse_number(std::string_view text);
-
-// Without the blanks at both ends.
-std::string_view trimmed(std::string_view text);
 
 struct Unit {
     std::string_view name;

@@ -1,5 +1,6 @@
 #include "request.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 

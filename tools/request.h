@@ -3,10 +3,11 @@
 
 #include <mensura/iir.h>
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "command_line.h"
 
 namespace tools {
 

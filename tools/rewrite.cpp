@@ -1,5 +1,6 @@
 #include "rewrite.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 

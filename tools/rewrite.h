@@ -1,12 +1,12 @@
 // Commands that give a table or a WAV back with other numbers in it.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "command_line.h"
 #include "io/output.h"
 #include "io/record.h"
 #include "io/source.h"

@@ -1,5 +1,6 @@
 #include "spectrum.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <limits>

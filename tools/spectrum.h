@@ -3,11 +3,11 @@
 
 #include <mensura/spectral.h>
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "command_line.h"
 #include "io/output.h"
 #include "io/record.h"
 

@@ -1,6 +1,7 @@
 // mensura average: the moving average of every column.
 #include <mensura/online.h>
 
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "../commands.h"

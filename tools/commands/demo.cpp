@@ -2,6 +2,7 @@
 #include <mensura/iir.h>
 #include <mensura/spectral.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cmath>

@@ -1,6 +1,7 @@
 // mensura derive: the derivative of every column.
 #include <mensura/online.h>
 
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "../commands.h"

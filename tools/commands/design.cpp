@@ -1,6 +1,7 @@
 // mensura design: a filter as it was asked for, as it was designed, and what it achieves.
 #include <mensura/iir.h>
 
+#include <CLI/CLI.hpp>
 #include <cmath>
 #include <complex>
 #include <memory>

@@ -1,6 +1,7 @@
 // mensura despike: replaces spikes in every column by the sample before them.
 #include <mensura/online.h>
 
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "../commands.h"

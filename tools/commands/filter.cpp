@@ -3,9 +3,11 @@
 #include <mensura/iir.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "../analysis.h"
@@ -78,11 +80,12 @@ void filter_automatically(Channel &channel, double rate, double ratio) {
     if (n > 40000) remark("{}: finding the cut-off from {} samples, about {:.0f} s", channel.name, n, 0.66e-9 * n * n);
     const std::string line =
         captured([&samples, n, rate, ratio] { dataZeroPhaseFilter(samples.data(), n, 1 / rate, ratio, 0); });
-    double fs = 0;
-    int last = 0;
-    if (std::sscanf(line.c_str(), "%lf,%d", &fs, &last) != 2) fail("out of memory");
+    const std::size_t comma = line.find(',');
+    if (comma == std::string::npos) fail("out of memory");
+    const long last = std::strtol(line.c_str() + comma + 1, nullptr, 10);
     if (last < 1) remark("{}: the spectrum has no peak to measure by: the result is meaningless", channel.name);
-    remark("{}: cut-off found: {:.6g} Hz", channel.name, std::min(15.0 * last * rate / (n - 1), 0.5 * rate));
+    remark("{}: cut-off found: {:.6g} Hz", channel.name,
+           std::min(15.0 * static_cast<double>(last) * rate / (n - 1), 0.5 * rate));
 }
 
 void run_automatically(const Options &options, Record &record) {

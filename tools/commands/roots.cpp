@@ -1,6 +1,7 @@
 // mensura roots: the roots of a polynomial, checked by multiplying them out again.
 #include <mensura/roots.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <complex>

@@ -1,6 +1,7 @@
 // mensura smooth: least-squares smoothing of every column.
 #include <mensura/smooth.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 

@@ -1,6 +1,7 @@
 // mensura spectrum: the amplitudes of every column or channel over frequency.
 #include "../spectrum.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 

@@ -1,4 +1,5 @@
 // mensura tone: the amplitudes of every column or channel at single frequencies.
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "../commands.h"

@@ -1,6 +1,7 @@
 // mensura track: position, velocity and acceleration estimated from measured positions; docs/kalman.md tells how.
 #include <mensura/kalman.h>
 
+#include <CLI/CLI.hpp>
 #include <array>
 #include <cmath>
 #include <memory>

@@ -1,4 +1,5 @@
 // mensura window: the weights of a data window.
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "../commands.h"

@@ -132,8 +132,6 @@ void Output::publish() {
     forget_temporary();
 }
 
-std::string shortest(double value) { return fmt::format(FMT_COMPILE("{}"), value); }
-
 void copy_contents(int from, Output &to) {
     std::array<char, 1 << 16> piece;
     if (lseek(from, 0, SEEK_SET) != 0) fail("{}: {}", to.name(), std::strerror(errno));

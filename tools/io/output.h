@@ -32,8 +32,6 @@ class Output {
     int descriptor_ = -1;
 };
 
-std::string shortest(double value);
-
 // Copies a whole file of which only the descriptor is known.
 void copy_contents(int from, Output &to);
 

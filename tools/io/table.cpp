@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "../failure.h"
-#include "../quantity.h"
+#include "../number.h"
 
 namespace tools {
 
@@ -35,6 +35,10 @@ bool is_missing(std::string_view cell) {
 // Seconds in the unit of a column called time or t: "time", "t", "time_ms", "Time [s]", but not T, a temperature; 0 for
 // any other name.
 double unit_of_time(const std::string &name) {
+    struct Unit {
+        std::string_view name;
+        double seconds;
+    };
     constexpr Unit kUnits[] = {{"", 1},           {"s", 1},         {"sec", 1},   {"seconds", 1}, {"stamp", 1},
                                {"min", 60},       {"h", 3600},      {"ms", 1e-3}, {"us", 1e-6},   {"ns", 1e-9},
                                {"\u00B5s", 1e-6}, {"\u03BCs", 1e-6}};  // the micro sign, the Greek letter
@@ -46,7 +50,7 @@ double unit_of_time(const std::string &name) {
     for (const char c : text.substr(start))
         if (std::string_view(" _-./()[],").find(c) == std::string_view::npos) unit += c;
     const auto *const known = std::ranges::find(kUnits, unit, &Unit::name);
-    return known == std::end(kUnits) ? 0 : known->factor;
+    return known == std::end(kUnits) ? 0 : known->seconds;
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 // --plot and --plot-script: a figure becomes a picture, a drawing in the terminal, or the program that draws it.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 
+#include "../command_line.h"
 #include "../io/output.h"
 #include "figure.h"
 

@@ -66,8 +66,8 @@ void append_panel(std::string &script, const Panel &panel, std::size_t number) {
                    quoted(panel.title), quoted(panel.x_label), quoted(panel.y_label));
     fmt::format_to(out, "set key {}\n",
                    panel.curves.size() < 2 ? "off"
-                   : panel.key_below       ? "on bottom left"
-                                           : "on top right");
+                   : panel.key_below       ? "on inside bottom left"
+                                           : "on above right horizontal");
     fmt::format_to(out, "set {}logscale x\nset size {}\nunset arrow\n", panel.logarithmic ? "" : "no",
                    panel.square ? "ratio -1" : "noratio");
     fmt::format_to(out, "set xrange [{}:{}] noextend\nset yrange [{}:*]\n", limit(panel.x_lowest),
