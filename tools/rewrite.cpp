@@ -11,8 +11,6 @@ namespace tools {
 
 namespace {
 
-constexpr std::size_t kMostPanels = 6;
-
 // Runs the steps over one row; before the first number of a channel nothing goes in.
 class Channels {
   public:

@@ -19,7 +19,6 @@ constexpr const char *kExamples =
     "  mensura spectrum --window hanning --db --plot=spectrum.svg ecg.csv\n"
     "  mensura spectrum --rate 1kHz --column current --window flattop --no-mean --plot measured.csv\n";
 
-constexpr std::size_t kMostPanels = 6;
 constexpr double kDepthOfPicture = 200;  // dB: what lies deeper below the highest bin is rounding
 
 struct Options {

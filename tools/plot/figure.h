@@ -23,6 +23,8 @@ struct Panel {
     std::optional<double> y_lowest = {}, x_lowest = {}, x_highest = {};
 };
 
+inline constexpr std::size_t kMostPanels = 6;  // that are still readable
+
 struct Figure {
     std::string title = {};
     std::vector<Panel> panels = {};  // one below the other
