@@ -24,7 +24,7 @@ std::string wish(std::span<const Unit> units) {
     return fmt::format("expected a number in {}", unit_names(units));
 }
 
-std::string placeholder(std::span<const Unit> units) {
+std::string argument_name(std::span<const Unit> units) {
     return units.empty() ? "X" : units.front().name == "Hz" ? "F" : std::string(units.front().name);
 }
 
@@ -55,7 +55,7 @@ CLI::Option *add_quantity(CLI::App &app, const std::string &name, std::function<
         if (!value) throw CLI::ValidationError(name, complaint);
         take(*value);
     };
-    return app.add_option_function<std::string>(name, parse, help)->type_name(placeholder(units));
+    return app.add_option_function<std::string>(name, parse, help)->type_name(argument_name(units));
 }
 
 CLI::Option *add_rate(CLI::App &app, std::optional<double> &rate, const std::string &help) {

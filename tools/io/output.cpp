@@ -143,7 +143,7 @@ void copy_contents(int from, Output &to) {
 }
 
 int nameless_file() {
-    std::string path = (std::filesystem::temp_directory_path() / "mensura.XXXXXX").string();
+    std::string path = (std::filesystem::temp_directory_path() / "mensura.").string() + std::string(6, 'X');
     const int descriptor = mkostemp(path.data(), O_CLOEXEC);
     if (descriptor < 0) fail("{}: {}", path, std::strerror(errno));
     unlink(path.c_str());
