@@ -51,14 +51,17 @@ struct Edges {
 Edges band_edges(const IIRDesignSpec &spec, double rate) {
     const double nyquist = 0.5 * rate, cutoff = spec.NormCutoff * nyquist, width = spec.NormBandwidth * nyquist;
     const Band below{0, 0.5 * cutoff}, above{octave_above(cutoff, nyquist), nyquist};
+    const auto around = [cutoff, nyquist](double reach) {
+        return Band{std::max(cutoff - reach, 0.0), std::min(cutoff + reach, nyquist)};
+    };
     std::vector<Band> away;
     if (cutoff - 2 * width > 0) away.push_back({0, cutoff - 2 * width});
     if (cutoff + 2 * width < nyquist) away.push_back({cutoff + 2 * width, nyquist});
     switch (spec.PassType) {
         case ptLowPass: return {{below}, {above}};
         case ptHighPass: return {{above}, {below}};
-        case ptBandPass: return {{{cutoff - 0.25 * width, cutoff + 0.25 * width}}, away};
-        case ptNotch: return {away, {{cutoff - 0.05 * width, cutoff + 0.05 * width}}};
+        case ptBandPass: return {{around(0.25 * width)}, away};
+        case ptNotch: return {away, {around(0.05 * width)}};
         default: return {{{0, nyquist}}, {}};
     }
 }
@@ -179,7 +182,7 @@ std::vector<std::string> warnings_about(const Achieved &achieved) {
     if (!(achieved.pole_radius < 1))
         warnings.push_back(fmt::format("unstable: the largest pole radius is {:.6g}", achieved.pole_radius));
     for (const Band &band : achieved.stop)
-        if (band.highest > 0)
+        if (band.highest > 0.01)  // dB: more than rounding
             warnings.push_back(fmt::format("unusable: gains up to {:.1f} dB in its stop band, {:.6g} Hz to {:.6g} Hz",
                                            band.highest, band.from, band.to));
     if (!(std::abs(achieved.reference_db - achieved.asked_db) < 0.1))

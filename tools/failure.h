@@ -32,8 +32,18 @@ template <class... Arguments>
     throw Failure(Status::BadInput, fmt::format(text, std::forward<Arguments>(arguments)...));
 }
 
+inline bool progress_is_shown = false;  // on the last line of the terminal
+
+inline void erase_progress() {
+    if (progress_is_shown) std::fputs("\r\033[K", stderr);
+    progress_is_shown = false;
+}
+
 // Where nobody listens to messages, the work goes on all the same.
-inline void to_stderr(const std::string &text) { std::fputs(text.c_str(), stderr); }
+inline void to_stderr(const std::string &text) {
+    erase_progress();
+    std::fputs(text.c_str(), stderr);
+}
 
 // A remark on stderr; the work goes on.
 template <class... Arguments>

@@ -133,6 +133,9 @@ int run_and_complain(int argc, char **argv) {
         program.set_help_all_flag("--help-all", "show the help of every command");
         program.set_version_flag("--version", MENSURA_TOOL_VERSION, "show the version");
         program.footer(
+            "Tables are CSV, with or without a line of names; what is not filtered comes back as it was. A missing "
+            "cell stays\n"
+            "missing; where a value is needed, the one before stands in for it.\n"
             "Data go to standard output, messages to standard error.\n"
             "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
         for (const auto add : {add_design, add_filter, add_spectrum, add_tone, add_window, add_smooth, add_derive,
@@ -152,12 +155,15 @@ int run_and_complain(int argc, char **argv) {
 
 CLI::App *add_command(CLI::App &program, const std::string &name, const std::string &line,
                       const std::string &examples) {
-    return program.add_subcommand(name, with_examples(line, examples));
+    CLI::App *const command = program.add_subcommand(name, with_examples(line, examples));
+    command->set_help_all_flag();  // is for the program as a whole
+    return command;
 }
 
 }  // namespace tools
 
 int main(int argc, char **argv) {
+    tools::open_standard_descriptors();
     tools::remove_temporary_on_signals();
     return tools::run_and_complain(argc, argv);
 }

@@ -1,4 +1,4 @@
-// Numbers with units on the command line: 40Hz, 2kHz, 5ms, 3dB.
+// Numbers with units on the command line: 40Hz, 2kHz, 3dB.
 #pragma once
 
 #include <functional>
@@ -18,8 +18,8 @@ struct Unit {
 };
 
 // The unit that a bare number has comes first.
-inline constexpr Unit kHertz[] = {{"Hz", 1},     {"kHz", 1e3},     {"MHz", 1e6},
-                                  {"mHz", 1e-3}, {"hz", 1, false}, {"khz", 1e3, false}};
+inline constexpr Unit kHertz[] = {{"Hz", 1},        {"kHz", 1e3},        {"MHz", 1e6},       {"mHz", 1e-3},
+                                  {"hz", 1, false}, {"khz", 1e3, false}, {"KHz", 1e3, false}};
 inline constexpr Unit kDecibel[] = {{"dB", 1}, {"db", 1, false}};
 inline constexpr std::span<const Unit> kPlain;
 

@@ -55,9 +55,10 @@ void add_filter_request(CLI::App &app, FilterRequest &request) {
     add_quantity(app, "--cutoff", request.cutoff, kHertz, "cut-off frequency, of band types the centre, in Hz");
     add_rate(app, request.rate, "sampling rate in Hz");
     app.add_option_function<std::string>(
-        "--family",
-        [&request](const std::string &text) { request.family = entry_called("--family", text, kFamilies).code; },
-        "butterworth (default), gaussian, bessel, adjustable, chebyshev, inverse-chebyshev, papoulis or elliptic");
+           "--family",
+           [&request](const std::string &text) { request.family = entry_called("--family", text, kFamilies).code; },
+           "butterworth (default), gaussian, bessel, adjustable, chebyshev, inverse-chebyshev, papoulis or elliptic")
+        ->type_name("NAME");
     add_count(app, "--poles", request.poles, "poles of the low-pass prototype, default 6");
     add_quantity(app, "--ripple", request.ripple, kDecibel, "pass-band ripple in dB, default 0.1");
     add_quantity(app, "--stopband", request.stop_band, kDecibel, "stop-band attenuation in dB, default 60");

@@ -100,8 +100,8 @@ void stream_table(Source &source, const Files &files, const MakeStep &make, cons
         else
             table.write_line(out);
     }
-    comparison.draw(title, names_of(table), rate);
     out.commit();
+    comparison.draw(title, names_of(table), rate);
 }
 
 void stream_wav(WavReader &wav, const Files &files, const MakeStep &make, const std::string &title) {
@@ -120,11 +120,12 @@ void stream_wav(WavReader &wav, const Files &files, const MakeStep &make, const 
     result.finish();
     std::vector<std::string> names;
     for (std::size_t i = 0; i < wav.channels(); ++i) names.push_back(wav.channel_name(i));
-    comparison.draw(title, names, wav.rate());
     out.commit();
+    comparison.draw(title, names, wav.rate());
 }
 
 void rewrite_record(Record &record, const Files &files, const Change &change, const std::string &title) {
+    remark_missing(record);
     Comparison comparison(files.plot);
     std::vector<std::string> names;
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
@@ -136,8 +137,8 @@ void rewrite_record(Record &record, const Files &files, const Change &change, co
     }
     Output out(data_file(files.plot, files.output));
     write_record(record, out);
-    comparison.draw(title, names, record.rate);
     out.commit();
+    comparison.draw(title, names, record.rate);
 }
 
 void expect_table(Source &source) {

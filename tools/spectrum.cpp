@@ -9,6 +9,7 @@
 
 #include "analysis.h"
 #include "failure.h"
+#include "io/table.h"
 #include "names.h"
 #include "quantity.h"
 
@@ -87,13 +88,6 @@ double modulus_at(const std::vector<double> &samples, double f) {
     const int n = static_cast<int>(samples.size());
     const double goertzel = f > 0.1 && f < 0.9 ? Goertzel(samples.data(), n, f) : 0;
     return goertzel > 1.001e-6 ? goertzel : SingleFreqDFT(samples.data(), n, f);
-}
-
-std::string quoted(const std::string &name) {
-    if (name.find_first_of(",\"\n") == std::string::npos) return name;
-    std::string result = "\"";
-    for (const char c : name) result += c == '"' ? "\"\"" : std::string(1, c);
-    return result + '"';
 }
 
 }  // namespace
@@ -202,7 +196,7 @@ double scaled(double amplitude, bool mirrored, Scale scale) {
 
 void write_csv(const Spectra &spectra, Output &out) {
     out.write("frequency_Hz");
-    for (const std::string &name : spectra.names) out.write("," + quoted(name));
+    for (const std::string &name : spectra.names) out.write("," + cell_text(name, ','));
     out.write("\n");
     for (std::size_t i = 0; i < spectra.frequencies.size(); ++i) {
         out.number(spectra.frequencies[i]);

@@ -143,6 +143,7 @@ void run(const Options &options) {
     const Signals signals = signals_of(record.channels.front().samples, design);
     Output out(data_file(options.plot, ""));
     print_table(out, signals, design.Spec, design.Coeffs, rate);
+    out.flush();
     draw({.title = "An electrocardiogram freed from 60 Hz hum",
           .panels = {signals_panel(signals, rate), spectra_panel(signals, rate)}},
          options.plot);

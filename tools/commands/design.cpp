@@ -29,6 +29,8 @@ constexpr const char *kExamples =
     "  mensura design lowpass --cutoff 40Hz --rate 360Hz --all-families --plot=families.svg\n"
     "  mensura design highpass --cutoff 0.5Hz --rate 360Hz --response 1000 > response.csv\n";
 
+constexpr int kMostFrequencies = 10'000'000;
+
 struct Options {
     FilterRequest request;
     bool json = false, all_families = false;
@@ -215,9 +217,9 @@ std::vector<Design> design_families(FilterRequest request) {
 }
 
 double highest(const std::vector<Band> &bands) {
-    double level = -HUGE_VAL;
-    for (const Band &band : bands) level = std::max(level, band.highest);
-    return level;
+    double highest_level = std::nan("");  // an all-pass has no stop band
+    for (const Band &band : bands) highest_level = std::fmax(highest_level, band.highest);
+    return highest_level;
 }
 
 void print_families(Output &out, const std::vector<Design> &designs) {
@@ -261,7 +263,8 @@ void add_response(const Design &design, Curve &gain, Curve &phase) {
             phase.y.push_back(std::nan(""));
         }
         gain.x.push_back(f);
-        gain.y.push_back(std::max(decibels(std::abs(h)), design.achieved.asked_db - 100));
+        const double shown = std::max(decibels(std::abs(h)), design.achieved.asked_db - 100);
+        gain.y.push_back(std::round(1e9 * shown) / 1e9);  // an all-pass is no picture of its rounding errors
         phase.x.push_back(f);
         phase.y.push_back(degrees);
     }
@@ -312,15 +315,16 @@ void report(const Design &design, const std::string &prefix) {
 }
 
 void run(const Options &options) {
-    if (options.response && *options.response < 1) reject("--response needs 1 frequency at least");
+    if (options.response && (*options.response < 1 || *options.response > kMostFrequencies))
+        reject("--response {}: from 1 to {} frequencies are possible", *options.response, kMostFrequencies);
     const std::vector<Design> designs =
         options.all_families ? design_families(options.request) : std::vector{design_for(options.request)};
     for (const Design &design : designs)
         report(design, options.all_families ? fmt::format("{}: ", family_name(design.spec.Proto.Family)) : "");
     Output out(data_file(options.plot, options.output));
     print(out, options, designs);
-    if (options.plot.wanted()) draw(figure_of(designs), options.plot);
     out.commit();
+    if (options.plot.wanted()) draw(figure_of(designs), options.plot);
 }
 
 }  // namespace

@@ -83,7 +83,7 @@ void filter_automatically(Channel &channel, double rate, double ratio) {
     const std::size_t comma = line.find(',');
     if (comma == std::string::npos) fail("out of memory");
     const long last = std::strtol(line.c_str() + comma + 1, nullptr, 10);
-    if (last < 1) remark("{}: the spectrum has no peak to measure by: the result is meaningless", channel.name);
+    if (last < 1) return remark("{}: the spectrum has no peak to measure by: the result is meaningless", channel.name);
     remark("{}: cut-off found: {:.6g} Hz", channel.name,
            std::min(15.0 * static_cast<double>(last) * rate / (n - 1), 0.5 * rate));
 }
@@ -144,7 +144,7 @@ void add_filter(CLI::App &program) {
         add_command(program, "filter", "filter the columns of a table or the channels of a WAV", kExamples);
     add_filter_request(*app, options->request);
     app->add_flag("--zero-phase", options->zero_phase,
-                  "filter forwards and backwards: no delay, twice the attenuation");
+                  "filter forwards and backwards: no delay, twice the attenuation and the gain in dB");
     add_quantity(*app, "--auto", options->ratio, kPlain,
                  "zero-phase lowpass at a cut-off from the spectrum: what exceeds RATIO of its largest bin is signal")
         ->type_name("RATIO")

@@ -135,7 +135,7 @@ void remark_on_misfit(const Answer &answer, const std::vector<double> &c) {
     if (answer.roots.empty())
         remark("no roots are found at first");
     else
-        remark("the roots found at first do not fit: multiplied out they give {:.6g} x^{} instead of {:.6g} x^{}",
+        remark("the roots found at first do not fit: multiplied out they give {} x^{} instead of {} x^{}",
                answer.rebuilt, answer.power, c[c.size() - 1 - answer.power], answer.power);
 }
 
@@ -204,8 +204,8 @@ void run(const Options &options) {
     const Answer answer = solve_and_check(c);
     Output out(data_file(options.plot, options.output));
     write_roots(c, answer.roots, out);
-    if (options.plot.wanted()) draw(figure_of(answer.roots), options.plot);
     out.commit();
+    if (options.plot.wanted()) draw(figure_of(answer.roots), options.plot);
     if (!answer.fits())
         fail("no x = s t gives roots that fit; these are the closest, off by {:.1g} in x^{}", answer.misfit,
              answer.power);

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "../commands.h"
@@ -55,13 +56,19 @@ std::string label_of(const std::string &name, Scale scale) {
     return scale == Scale::Decibel ? name + " [dB]" : scale == Scale::Power ? name + ", mean square" : name;
 }
 
+double highest_finite(const std::vector<double> &values) {
+    double highest = std::nan("");
+    for (const double value : values)
+        if (std::isfinite(value)) highest = std::fmax(highest, value);
+    return highest;
+}
+
 Figure figure_of(const Spectra &spectra, double spacing, const SpectrumOptions &options) {
     Figure figure;
     const std::string title = fmt::format("spectrum, {} window", window_name(options.window.kind));
     for (std::size_t i = 0; i < std::min(spectra.names.size(), kMostPanels); ++i) {
         const std::vector<double> &values = spectra.values[i];
-        const double lowest =
-            options.scale == Scale::Decibel ? *std::ranges::max_element(values) - kDepthOfPicture : 0.0;
+        const double lowest = options.scale == Scale::Decibel ? highest_finite(values) - kDepthOfPicture : 0.0;
         Envelope envelope;
         for (const double value : values) envelope.add(std::max(value, lowest));
         figure.panels.push_back({.title = spectra.names.size() == 1 ? title : "",
@@ -85,9 +92,9 @@ void run(const Options &options) {
     const Spectra spectra = spectra_of(record, options.spectrum);
     Output out(data_file(options.files.plot, options.files.output));
     write_csv(spectra, out);
+    out.commit();
     if (options.files.plot.wanted())
         draw(figure_of(spectra, transform.frequency(1, record.rate), options.spectrum), options.files.plot);
-    out.commit();
 }
 
 }  // namespace

@@ -21,7 +21,8 @@ constexpr const char *kExamples =
     "  logger | mensura track --q 1e-4 --r 0.0025 --rate 100Hz --column x --column y | viewer\n";
 
 constexpr const char *kEstimates[] = {"_position", "_velocity", "_acceleration"};
-constexpr double kNoMeasurement = 1e12;  // times r: so uncertain a position has no weight
+constexpr std::size_t kMostColumns = 100;  // a Kalman filter takes 1.3 MB
+constexpr double kNoMeasurement = 1e12;    // times r: so uncertain a position has no weight
 
 struct Options {
     Files files;
@@ -91,18 +92,13 @@ class Head {
     void write(Output &out, const std::vector<Axis> &axes, char separator) {
         std::string names;
         for (const Axis &axis : axes)
-            for (const char *const estimate : kEstimates) names += separator + cell(axis.name() + estimate, separator);
+            for (const char *const estimate : kEstimates)
+                names += separator + cell_text(axis.name() + estimate, separator);
         if (end_of_header_ != kNone) text_.insert(end_of_header_, names);
         out.write(text_);
     }
 
   private:
-    // In quotes if it has to be; quotes within a name are still doubled, as they were read.
-    static std::string cell(const std::string &name, char separator) {
-        const bool plain = name.find(separator) == std::string::npos && !name.starts_with('"');
-        return plain ? name : '"' + name + '"';
-    }
-
     std::string text_;
     std::size_t end_of_header_ = kNone;
 };
@@ -121,6 +117,9 @@ Model model_of(const Options &options, double rate) {
 }
 
 std::vector<Axis> axes_of(const TableReader &table, const Model &model) {
+    if (table.columns().size() > kMostColumns)
+        reject("{} columns are too many to track, {} at most; choose with --column", table.columns().size(),
+               kMostColumns);
     std::vector<Axis> axes;
     for (std::size_t i = 0; i < table.columns().size(); ++i)
         if (table.columns()[i].kind != Column::Text) axes.emplace_back(table.columns()[i], i, model);
@@ -179,9 +178,9 @@ void track(Source &source, const Options &options, double rate) {
     std::vector<std::string> names;
     names.reserve(axes.size());
     for (const Axis &axis : axes) names.push_back(axis.name());
+    out.commit();
     comparison.draw(fmt::format("position estimated, q = {:.3g}", model.qaa * std::pow(model.dt, 4) / model.r), names,
                     rate);
-    out.commit();
 }
 
 void check(const Options &options) {

@@ -55,8 +55,8 @@ void run(const Options &options) {
     apply(options.window, weights, options.unity_gain);
     Output out(data_file(options.plot, options.output));
     write_weights(weights, out);
-    if (options.plot.wanted()) draw(figure_of(weights, options.window.kind), options.plot);
     out.commit();
+    if (options.plot.wanted()) draw(figure_of(weights, options.window.kind), options.plot);
 }
 
 }  // namespace

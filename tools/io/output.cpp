@@ -143,11 +143,18 @@ void copy_contents(int from, Output &to) {
 }
 
 int nameless_file() {
-    std::string path = (std::filesystem::temp_directory_path() / "mensura.").string() + std::string(6, 'X');
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    std::string path = ((error ? "/tmp" : folder) / "mensura.").string() + std::string(6, 'X');
     const int descriptor = mkostemp(path.data(), O_CLOEXEC);
     if (descriptor < 0) fail("{}: {}", path, std::strerror(errno));
     unlink(path.c_str());
     return descriptor;
+}
+
+void open_standard_descriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0) static_cast<void>(open("/dev/null", O_RDWR));
 }
 
 void remove_temporary_on_signals() {

@@ -38,6 +38,9 @@ void copy_contents(int from, Output &to);
 // A nameless file that vanishes with its descriptor.
 int nameless_file();
 
+// A closed one of the first three would be taken by the next file that is opened, which messages would then go into.
+void open_standard_descriptors();
+
 // From now on an interrupted run removes the temporary file that it is writing.
 void remove_temporary_on_signals();
 

@@ -32,7 +32,7 @@ Source::Source(const std::string &file)
 Source::Source(const std::string &name, std::string text) : name_(name), buffer_(std::move(text)) {}
 
 Source::~Source() {
-    if (shown_) to_stderr("\r\033[K");
+    erase_progress();
     if (descriptor_ > STDERR_FILENO) close(descriptor_);
 }
 
@@ -58,17 +58,15 @@ std::string Source::rest() {
     return std::string(pending());
 }
 
-// For people who watch: nothing in the first second, nothing where stderr is not a terminal.
+// For people who watch: nothing in the first second, nothing where stderr is not a terminal, nothing among data.
 void Source::show_progress() {
     const auto now = std::chrono::steady_clock::now();
-    if (now - shown_at_ < std::chrono::seconds(1) || isatty(STDERR_FILENO) == 0) return;
+    if (now - shown_at_ < std::chrono::seconds(1) || isatty(STDERR_FILENO) == 0 || isatty(STDOUT_FILENO) != 0) return;
     const double done = static_cast<double>(consumed_), all = static_cast<double>(size_);
-    if (size_ > 0)
-        to_stderr(fmt::format("\rmensura: {}: {:.0f} %", name_, 100 * done / all));
-    else
-        to_stderr(fmt::format("\rmensura: {}: {:.1f} MB", name_, 1e-6 * done));
+    to_stderr(size_ > 0 ? fmt::format("mensura: {}: {:.0f} %", name_, 100 * done / all)
+                        : fmt::format("mensura: {}: {:.1f} MB", name_, 1e-6 * done));
+    progress_is_shown = true;
     shown_at_ = now;
-    shown_ = true;
 }
 
 bool LineReader::next(Line &line) {

@@ -37,7 +37,6 @@ class Source {
     std::string name_, buffer_;
     std::size_t position_ = 0, consumed_ = 0, size_ = 0;  // size 0: not known
     int descriptor_ = -1;
-    bool shown_ = false;
     std::chrono::steady_clock::time_point shown_at_ = std::chrono::steady_clock::now();
 };
 

@@ -53,7 +53,28 @@ double unit_of_time(const std::string &name) {
     return known == std::end(kUnits) ? 0 : known->seconds;
 }
 
+// In quotes, two stand for one.
+std::string name_in(std::string_view cell) {
+    std::string name(content(cell));
+    if (trimmed(cell).starts_with('"'))
+        for (std::size_t at = 0; (at = name.find("\"\"", at)) != std::string::npos; ++at) name.erase(at, 1);
+    return name;
+}
+
+bool has_decimal_comma(std::string_view cell) {
+    std::string text(content(cell));
+    std::ranges::replace(text, ',', '.');
+    return text != content(cell) && parse_number(text);
+}
+
 }  // namespace
+
+std::string cell_text(const std::string &name, char separator) {
+    if (name.find_first_of(std::string{separator, '"', '\n'}) == std::string::npos) return name;
+    std::string text = "\"";
+    for (const char c : name) text += c == '"' ? "\"\"" : std::string(1, c);
+    return text + '"';
+}
 
 TableReader::TableReader(Source &source, std::vector<std::string> wanted)
     : lines_(source), wanted_(std::move(wanted)) {}
@@ -141,7 +162,7 @@ bool TableReader::looks_like_header() const {
 }
 
 void TableReader::read_header() {
-    for (const std::string_view cell : cells_) names_.emplace_back(content(cell));
+    for (const std::string_view cell : cells_) names_.push_back(name_in(cell));
     for (std::size_t i = 0; i < names_.size() && !has_time(); ++i)
         if (const double unit = unit_of_time(names_[i]); unit > 0) time_ = {i, unit};
 }
@@ -207,7 +228,7 @@ void TableReader::read_row() {
             values_[i] = *number;
             column.kind = Column::Numbers;
         } else if (!is_missing(cell)) {
-            if (column.kind == Column::Numbers || column.demanded) reject_cell(column.index);
+            if (column.kind == Column::Numbers || column.demanded || has_decimal_comma(cell)) reject_cell(column.index);
             column.kind = Column::Text;
         }
         numbers = numbers || column.kind != Column::Text;

@@ -23,6 +23,9 @@ struct Column {
     bool demanded = false;  // named on the command line: then text is an error
 };
 
+// A name as a cell: in quotes if it has to be, the quotes in it doubled.
+std::string cell_text(const std::string &name, char separator);
+
 enum class LineKind { Other, Header, Data };  // Other: comments and blank lines
 
 class TableReader {

@@ -122,7 +122,8 @@ void draw(const Figure &whole, const PlotOptions &plot) {
     if (!plot.wanted()) return;
     const Figure figure = drawable(whole);
     if (figure.panels.empty()) fail("there is nothing to draw: no curve has a point");
-    const std::string script = gnuplot_script(figure);
+    const std::string script =
+        gnuplot_script(figure, plot.kind != PlotOptions::Terminal);  // of letters it hides the curve
     Output out(plot.kind == PlotOptions::File ? plot.file : "");
     if (plot.kind == PlotOptions::Script)
         out.write(script);

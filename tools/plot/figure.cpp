@@ -40,7 +40,7 @@ std::string utf8(const std::string &text) {
     return result;
 }
 
-std::string quoted(const std::string &text) {
+std::string gnuplot_string(const std::string &text) {
     std::string result = "'";
     for (const char c : utf8(text)) {
         if (c == '\'') result += '\'';
@@ -63,7 +63,7 @@ std::string limit(std::optional<double> value) { return value ? coordinate(*valu
 void append_panel(std::string &script, const Panel &panel, std::size_t number) {
     auto out = std::back_inserter(script);
     fmt::format_to(out, "set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
-                   quoted(panel.title), quoted(panel.x_label), quoted(panel.y_label));
+                   gnuplot_string(panel.title), gnuplot_string(panel.x_label), gnuplot_string(panel.y_label));
     fmt::format_to(out, "set key {}\n",
                    panel.curves.size() < 2 ? "off"
                    : panel.key_below       ? "on inside bottom left"
@@ -81,7 +81,7 @@ void append_panel(std::string &script, const Panel &panel, std::size_t number) {
         const std::size_t colour = panel.curves.size() == 1 ? 1 : i % kColours.size();
         fmt::format_to(out, "{}$panel{}curve{} with {} linecolor rgb '{}' linewidth 1.5 title {} noenhanced",
                        i > 0 ? ", \\\n     " : "", number, i, curve.points ? "points pointtype 6" : "lines",
-                       kColours[colour], quoted(curve.title));
+                       kColours[colour], gnuplot_string(curve.title));
     }
     script += '\n';
 }
@@ -97,15 +97,15 @@ Figure drawable(Figure figure) {
     return figure;
 }
 
-std::string gnuplot_script(const Figure &figure) {
-    std::string script = "set grid linetype 1 linecolor rgb '#dddddd'\n";
+std::string gnuplot_script(const Figure &figure, bool grid) {
+    std::string script = grid ? "set grid linetype 1 linecolor rgb '#dddddd'\n" : "";
     for (std::size_t i = 0; i < figure.panels.size(); ++i)
         for (std::size_t k = 0; k < figure.panels[i].curves.size(); ++k)
             append_data(script, fmt::format("$panel{}curve{}", i, k), figure.panels[i].curves[k]);
     const bool several = figure.panels.size() > 1;
     if (several)
-        script +=
-            fmt::format("set multiplot layout {}, 1 title {} noenhanced\n", figure.panels.size(), quoted(figure.title));
+        script += fmt::format("set multiplot layout {}, 1 title {} noenhanced\n", figure.panels.size(),
+                              gnuplot_string(figure.title));
     for (std::size_t i = 0; i < figure.panels.size(); ++i) append_panel(script, figure.panels[i], i);
     if (several) script += "unset multiplot\n";
     return script;

@@ -34,7 +34,7 @@ struct Figure {
 Figure drawable(Figure figure);
 
 // Commands and inline data; draws with whatever terminal is set before.
-std::string gnuplot_script(const Figure &figure);
+std::string gnuplot_script(const Figure &figure, bool grid);
 
 // A long record as its minimum and maximum per pixel column, in bounded memory.
 class Envelope {
