@@ -124,9 +124,8 @@ void add_spectrum_options(CLI::App &app, SpectrumOptions &options) {
     app.add_option_function<std::string>(
            "--window",
            [&window = options.window](const std::string &name) { window.kind = window_kind("--window", name); },
-           "data window: rectangle (default, none), hanning, hamming, flattop (true amplitudes between bins), "
-           "blackman, "
-           "blackman-harris, blackman-nuttall, nuttall, kaiser, kaiser-bessel, triangle, gauss, sinc or sine")
+           "data window: rectangle (default, none), hanning, hamming, blackman, blackman-harris, blackman-nuttall, "
+           "nuttall, flattop (true amplitudes between bins), kaiser, kaiser-bessel, triangle, gauss, sinc or sine")
         ->type_name("NAME");
     add_window_shape(app, options.window);
     const auto add_scale = [&app, &options](const char *name, Scale scale, const char *help) {
@@ -145,7 +144,7 @@ void add_spectrum_options(CLI::App &app, SpectrumOptions &options) {
 Record read_signals(const std::string &file, const std::vector<std::string> &columns, std::optional<double> rate) {
     Source source(file);
     Record record = read_record(source, columns, rate);
-    std::erase_if(record.channels, [](const Channel &channel) { return channel.missing == channel.samples.size(); });
+    std::erase_if(record.channels, [](const Channel &channel) { return !channel.has_numbers(); });
     if (record.channels.empty()) reject("{}: holds no numbers", record.name);
     rate_of(record);
     remark_missing(record);
