@@ -40,7 +40,7 @@ TEST_F(Tool, demo_shows_the_electrocardiogram_both_ways) {
     EXPECT_NEAR(later, 5.27792 / 0.72 / std::tan(std::numbers::pi * 50 / 360), 0.1);
     EXPECT_NEAR(zero, 0, 0.1);
     EXPECT_EQ(shell("xmllint --noout ecg.svg && grep -o 'zero-phase' ecg.svg | wc -l"), 0) << err;
-    EXPECT_GE(std::atoi(out.c_str()), 2) << "in both panels";
+    EXPECT_GE(std::strtol(out.c_str(), nullptr, 10), 2) << "in both panels";
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ TEST_F(Tool, pictures_hold_every_curve) {
         EXPECT_EQ(run(call), 0) << err;
         EXPECT_NE(out, "");
         EXPECT_EQ(shell("xmllint --noout x.svg && " + kCurves + "x.svg"), 0) << err;
-        EXPECT_GE(std::atoi(out.c_str()), curves) << call;
+        EXPECT_GE(std::strtol(out.c_str(), nullptr, 10), curves) << call;
     }
     EXPECT_EQ(run(kLowpass + "x.csv --column=1 -o y.csv --plot=x.png"), 0) << err;
     EXPECT_TRUE(read("x.png").starts_with("\x89PNG\r\n\x1A\n"));
