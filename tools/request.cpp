@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
+#include <string>
 
 #include "failure.h"
 #include "names.h"
@@ -104,23 +104,16 @@ ProtoSpec clamped(ProtoSpec spec) {
     return spec;
 }
 
-std::vector<Clamp> clamps_of(const ProtoSpec &spec) {
-    const ProtoSpec taken = clamped(spec);
-    std::vector<Clamp> clamps;
-    const auto note = [&clamps](const char *setting, double asked, double held) {
-        if (asked != held) clamps.push_back({setting, asked, held});
-    };
-    note("poles", spec.NumPoles, taken.NumPoles);
-    note("ripple", spec.Ripple, taken.Ripple);
-    note("stopband", spec.StopBandDb, taken.StopBandDb);
-    note("gamma", spec.Gamma, taken.Gamma);
-    return clamps;
-}
-
 void report_clamps(const ProtoSpec &spec) {
-    for (const Clamp &clamp : clamps_of(spec))
-        remark("--{} {} is outside the range of {}: its prototype is made with {}", clamp.setting, clamp.asked,
-               family_name(spec.Family), clamp.taken);
+    const ProtoSpec taken = clamped(spec);
+    const auto report = [family = family_name(spec.Family)](const char *setting, double asked, double held) {
+        if (asked != held)
+            remark("--{} {} is outside the range of {}: its prototype is made with {}", setting, asked, family, held);
+    };
+    report("poles", spec.NumPoles, taken.NumPoles);
+    report("ripple", spec.Ripple, taken.Ripple);
+    report("stopband", spec.StopBandDb, taken.StopBandDb);
+    report("gamma", spec.Gamma, taken.Gamma);
 }
 
 }  // namespace tools

@@ -4,8 +4,6 @@
 #include <mensura/iir.h>
 
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "command_line.h"
 
@@ -31,16 +29,12 @@ void check_frequencies(const FilterRequest &request, double rate);
 
 // The request as the library takes it.
 IIRDesignSpec design_spec(const FilterRequest &request, double rate);
-// Half the bandwidth's default is the library's: 0.1 of the Nyquist frequency.
+// In Hz; the default is the library's, 0.1 of the Nyquist frequency.
 double bandwidth_of(const FilterRequest &request, double rate);
 
-// A setting outside the range of its family, and what the library takes instead.
-struct Clamp {
-    std::string setting;
-    double asked, taken;
-};
-std::vector<Clamp> clamps_of(const ProtoSpec &spec);
+// With the settings that the library takes instead of those outside the range of their family.
 ProtoSpec clamped(ProtoSpec spec);
+// Names each of them on stderr.
 void report_clamps(const ProtoSpec &spec);
 
 }  // namespace tools

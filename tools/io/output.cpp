@@ -1,6 +1,7 @@
 #include "output.h"
 
 #include <fcntl.h>
+#include <fmt/compile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,7 +14,6 @@
 #include <cstring>
 #include <filesystem>
 
-#include <fmt/compile.h>
 #include "../failure.h"
 
 namespace tools {

@@ -1,7 +1,6 @@
 #include "record.h"
 
 #include <algorithm>
-#include <array>
 #include <climits>
 #include <cmath>
 

@@ -1,7 +1,6 @@
 // Tables of numbers as text (CSV): cells are found and read in place, everything else can be passed through as it stands.
 #pragma once
 
-#include <functional>
 #include <limits>
 #include <string>
 #include <string_view>
