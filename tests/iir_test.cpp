@@ -15,7 +15,6 @@
 #include <numbers>
 #include <numeric>
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "allocations.h"
@@ -237,21 +236,6 @@ TEST(IirDesign, degenerate_requests_give_the_same_bits_in_bounded_time) {
                         << pass << ' ' << family << ' ' << bad << ' ' << field;
                     EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC);
                 }
-}
-
-TEST(IirDesign, threads_get_the_bits_of_a_single_thread) {
-    const auto design_all = [] {
-        std::vector<IIRCoeffs> designs;
-        for_all_designs({ptNotch}, {0.2}, [&](const auto &spec) { designs.push_back(CalcIIRFilterCoeff(spec)); });
-        return designs;
-    };
-    const std::vector<IIRCoeffs> expected = design_all();
-    std::array<std::vector<IIRCoeffs>, 4> results;
-    std::vector<std::thread> threads;
-    for (auto &result : results) threads.emplace_back([&] { result = design_all(); });
-    for (std::thread &thread : threads) thread.join();
-    for (const auto &result : results)
-        EXPECT_TRUE(std::ranges::equal(result, expected, [](const auto &a, const auto &b) { return same(a, b); }));
 }
 
 // ---- Prototypes ----

@@ -1,0 +1,8 @@
+# Compares the fingerprints of the families that only add, multiply, divide and take square roots with the ones on
+# record, which hold for every machine.
+# Usage: exact.sh exact.txt digest-program...
+set -eu
+export LC_ALL=C
+record=$1
+shift
+"$@" | grep ' exact ' | diff "$record" -

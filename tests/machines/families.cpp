@@ -1,0 +1,461 @@
+#include "families.h"
+
+#include <mensura/mensura.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <initializer_list>
+#include <memory>
+#include <random>
+
+namespace {
+
+using Size = std::size_t;
+
+std::vector<double> noise(Size n, unsigned seed) {  // uniform in [-1, 1), by integers alone
+    std::mt19937_64 bits(seed);
+    std::vector<double> x(n);
+    for (double &value : x) value = static_cast<double>(bits() >> 11) * 0x1p-52 - 1;
+    return x;
+}
+
+void add(Results &results, std::initializer_list<double> values) { results.insert(results.end(), values); }
+void add(Results &results, std::span<const double> values) {
+    results.insert(results.end(), values.begin(), values.end());
+}
+void add(Results &results, std::span<const CplxD> values) {
+    for (const CplxD &z : values) add(results, {z.re, z.im});
+}
+void add(Results &results, CplxD z) { add(results, {z.re, z.im}); }
+void add(Results &results, std::span<const long double> values) {
+    for (const long double value : values) results.push_back(static_cast<double>(value));
+}
+
+// ---- Complex numbers ----
+
+template <typename F>
+void for_complex_pairs(F f) {
+    const auto x = noise(4000, 1);
+    for (Size i = 0; i < x.size(); i += 4) f(getCplxD(9 * x[i], x[i + 1]), getCplxD(x[i + 2], 9 * x[i + 3]));
+}
+
+void complex_arithmetic(Results &results) {
+    for_complex_pairs([&](CplxD a, CplxD b) {
+        for (const auto f : {CplxDAdd, CplxDSub, CplxDMult, CplxDDivision}) add(results, f(a, b));
+        add(results, CplxDMult_coef(CplxDConj(a), b.re));
+        results.push_back(CplxDCabs(a));
+    });
+}
+
+void complex_functions(Results &results) {
+    for_complex_pairs([&](CplxD a, CplxD b) {
+        for (const auto f : {CplxDCos, CplxDSin, CplxDTan}) add(results, f(a));
+        add(results, CplxDPow(a, 0.3 * b.im));
+    });
+}
+
+// ---- Roots ----
+
+using Long = std::array<long double, 16>;
+
+void roots_closed_forms(Results &results) {
+    const auto x = noise(2000, 2);
+    for (Size i = 0; i + 5 <= x.size(); i += 5) {
+        Long p{1}, re{}, im{};
+        std::copy_n(&x[i], 5, &p[1]);
+        Long quartic = p, cubic = p, any = p;
+        QuadRoots(p.data(), re.data(), im.data());
+        CubicRoots(cubic.data(), &re[2], &im[2]);
+        BiQuadRoots(quartic.data(), &re[5], &im[5]);
+        ReversePoly(any.data(), 4);
+        QuadCubicRoots(any.data(), 4, &re[9], &im[9]);
+        InvertRoots(4, &re[9], &im[9]);
+        add(results, re);
+        add(results, im);
+    }
+}
+
+void roots_stages(Results &results) {
+    const auto x = noise(14, 3);
+    Long p{}, derivative{}, k{}, quotient{}, scratch{}, tuv{};
+    std::ranges::copy(x, p.begin());
+    const int n = 12;
+    for (int mode = 0; mode < 4; ++mode) {
+        int flag = 0;
+        long double start = 0.5L;
+        DerivOfP(p.data(), n, derivative.data());
+        SetTUVandK(p.data(), n, tuv.data(), derivative.data(), k.data(), 30 * mode, 0.7L, mode, quotient.data(), &flag);
+        QuadSynDiv(p.data(), n, tuv.data(), quotient.data());
+        UpdateTUV(0, p.data(), n, quotient.data(), k.data(), scratch.data(), tuv.data(), &flag);
+        QuadIterate(0, p.data(), quotient.data(), k.data(), scratch.data(), n, tuv.data(), &flag);
+        add(results, std::span<const long double>(tuv).first(3));
+        RealIterate(0, p.data(), quotient.data(), derivative.data(), scratch.data(), n, &start);
+        add(results, {static_cast<double>(start)});
+    }
+}
+
+void roots_found(Results &results) {
+    for (int n = 1; n <= 100; n += n / 6 + 1) {
+        auto p = noise(static_cast<Size>(n) + 1, 4);
+        std::array<CplxD, 100> roots{};
+        std::array<long double, 100> re{}, im{};
+        std::array<long double, 101> precise{};
+        std::ranges::copy(p, precise.begin());
+        const int count = FindRoots(n, p.data(), roots.data());
+        PFiftyOne(precise.data(), n, re.data(), im.data());
+        add(results, std::span<const CplxD>(roots).first(static_cast<Size>(count)));
+        add(results, std::span<const long double>(re).first(static_cast<Size>(n)));
+    }
+}
+
+// ---- Filters ----
+
+IIRCoeffs sections(double shift) {  // three stable ones
+    IIRCoeffs c{};
+    for (const Size k : {0U, 1U, 2U}) {
+        c.a0[k] = 1;
+        c.a1[k] = -1.25 + 0.25 * static_cast<double>(k) + shift;
+        c.a2[k] = 0.5;
+        c.b0[k] = c.b2[k] = 0.1;
+        c.b1[k] = 0.19;
+    }
+    c.NumSections = 3;
+    return c;
+}
+
+void iir_filters(Results &results) {
+    for (int k = 0; k <= 22; ++k) results.push_back(Factorial(k));
+    auto x = noise(4000, 5);
+    TIIRFilter filter{};
+    filter.Coeffs = sections(0);
+    for (const double sample : x) results.push_back(IIRFilter(&filter, sample));
+    const auto bank = std::make_unique<TIIRFilterBank>();
+    for (Size i = 0; i < 10; ++i) bank->Filters[i].Coeffs = sections(0.02 * static_cast<double>(i));
+    bank->Count = 10;
+    for (Size i = 0; i + 10 <= x.size(); i += 10) IIRFilters(bank.get(), &x[i], &x[i]);
+    add(results, x);
+    add(results, {IIRFilterZeroPhase(&filter, x.data(), nullptr, 4000), x.size()});
+}
+
+void iir_shared_registers(Results &results) {
+    const auto x = noise(4000, 6);
+    std::vector<double> y(x.size());
+    FilterWithIIR(x.data(), y.data(), 4000, sections(0));
+    add(results, y);
+    for (int k = 0; k < 100; ++k)
+        for (int j = 0; j < 3; ++j) results.push_back(SectCalc(x[static_cast<Size>(k)], k, j, sections(0)));
+}
+
+void iir_designs(Results &results) {
+    for (int pass = ptLowPass; pass <= ptAllPass; ++pass)
+        for (int family = pfButterworth; family <= pfElliptic; ++family)
+            for (int poles = 1; poles <= 12; poles += 2) {
+                const IIRCoeffs c = CalcIIRFilterCoeff({pass, 0.3, 0.1, 3, {family, poles, 0.1, 60, 0.2}});
+                for (const auto &values : {c.a0, c.a1, c.a2, c.b0, c.b1, c.b2}) add(results, {values, 6});
+            }
+    TIIRFilter filter;
+    initTIIRFilter(&filter, ptHighPass, 40, 360);
+    add(results, {filter.Coeffs.a1, 3});
+    const auto bank = std::make_unique<TIIRFilterBank>();
+    initTIIRFilters(bank.get(), ptNotch, 10, 60, 360);
+    add(results, {bank->Filters[9].Coeffs.a1, 6});
+    auto x = noise(500, 7);
+    dataZeroPhaseFilter(x.data(), 500, 0.01, 0.5, 10);
+    add(results, x);
+}
+
+void iir_prototypes(Results &results) {
+    for (int n = 1; n <= 12; ++n) {
+        std::array<CplxD, 50> roots{}, zeros{};
+        int count = 0;
+        const auto keep = [&](int poles) {
+            add(results, std::span<const CplxD>(roots).first(static_cast<Size>(poles)));
+        };
+        keep(ButterworthPoly(n, roots.data()));
+        keep(ChebyshevPoly(0.1, n, roots.data()));
+        keep(GaussianPoly(n, roots.data()));
+        keep(AdjustablePoly(0.3, n, roots.data()));
+        keep(BesselPoly(n, roots.data()));
+        keep(PapoulisPoly(n, roots.data()));
+        keep(InvChebyPoly(60, n, roots.data(), zeros.data(), &count));
+        keep(EllipticPoly(0.1, 60, n, roots.data(), zeros.data(), &count));
+        std::array<std::array<double, 50>, 6> c{};
+        std::array<double, 101> product{};
+        const int quadratics = GetFilterCoeff(n, roots.data(), c[0].data(), c[1].data(), c[2].data());
+        RebuildPoly(quadratics, product.data(), c[0].data(), c[1].data(), c[2].data());
+        ReverseCoeff(product.data(), 2 * quadratics);
+        c[5].fill(1);
+        SetCornerFreq(quadratics, c[0].data(), c[1].data(), c[2].data(), c[3].data(), c[4].data(), c[5].data());
+        add(results, product);
+        add(results, c[0]);
+        std::array<int, 12> order{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+        HeapIndexSort(c[1].data(), order.data(), n, 1);
+        SortRootsByZeta(roots.data(), n, 1);
+        add(results, roots);
+        results.push_back(order[0]);
+        add(results, {CalcLowPassProtoCoeff({pfBessel, n, 0.1, 60, 0}).Den1, 12});
+    }
+}
+
+void iir_response(Results &results) {
+    std::array<double, 1000> re{}, im{};
+    IIRFreqResponse(sections(0), 3, re.data(), im.data(), 1000);
+    add(results, re);
+    add(results, im);
+}
+
+// ---- Spectra ----
+
+void spectral_butterflies(Results &results) {
+    for (int n = 8; n <= 4096; n *= 8) {
+        const Size size = static_cast<Size>(n);
+        const auto x = noise(2 * size, 8), w = noise(size, 9);  // any factors do
+        std::vector<double> a(2 * size), b(2 * size);
+        std::vector<int> order(size);
+        ReArrangeInput(x.data(), &x[size], a.data(), &a[size], order.data(), n);
+        Transform(b.data(), &b[size], a.data(), &a[size], w.data(), &w[size / 2], n);
+        add(results, a);
+        add(results, b);
+        results.push_back(RequiredFFTSize(n + 1) + IsValidFFTSize(n));
+    }
+}
+
+void spectral_transforms(Results &results) {
+    for (const int n : {8, 64, 1000, 1024, 65536}) {
+        const Size size = static_cast<Size>(n);
+        auto x = noise(2 * size, 10), twiddles = x, bins = x;
+        FFT(x.data(), &x[size], n, 0);
+        add(results, x);
+        FillTwiddleArray(twiddles.data(), &twiddles[size], n, 0);
+        add(results, twiddles);
+        if (n > 1024) continue;
+        RealSigDFT(x.data(), bins.data(), &bins[size], n);
+        DFT(x.data(), &x[size], n, 1);
+        add(results, bins);
+        add(results, x);
+    }
+}
+
+void spectral_single_frequencies(Results &results) {
+    const auto x = noise(1000, 11);
+    for (int i = 1; i < 100; ++i)
+        for (const auto f : {SingleFreqDFT, Goertzel}) results.push_back(f(x.data(), 1000, 0.01 * i));
+}
+
+void spectral_windows(Results &results) {
+    for (int kind = wkNone; kind <= wkSine; ++kind)
+        for (const int n : {5, 64, 1000}) {
+            std::vector<double> window(static_cast<Size>(n), 1);
+            WindowData(window.data(), n, kind, 0.1, 3, 1);
+            add(results, window);
+            add(results, {Bessel(0.01 * n), Sinc(0.01 * n)});
+        }
+}
+
+// ---- Matrices ----
+
+void add(Results &results, const RMATRIX &m) {
+    for (Size i = 0; i < static_cast<Size>(m.rows); ++i) add(results, {&m.data[100 * i], static_cast<Size>(m.cols)});
+}
+
+void matrix_fixed(Results &results) {
+    for (const int n : {1, 3, 9, 32, 100}) {
+        const Size size = static_cast<Size>(n * n);
+        const auto x = noise(2 * size, 12);
+        std::vector<const double *> rows;
+        for (Size i = 0; i < size; i += static_cast<Size>(n)) rows.push_back(&x[size + i]);
+        const auto m = std::make_unique<std::array<RMATRIX, 4>>();
+        auto &[a, b, c, d] = *m;
+        setRMATRIX_ptr(x.data(), n, n, &a);
+        setRMATRIX1_ptr(rows.data(), n, n, &b);
+        add(results, *rmatrix_multi_ptr(&a, &b, &c));
+        add(results, *rmatrix_inverse_ptr(&a, &c));
+        add(results, *rmatrix_add_ptr(&a, rmatrix_sub_ptr(&a, &b, &c), &c));
+        rmatrix_transpose_ptr(&a, &c);
+        initRMATRIX(&d, n, n);
+        initRMATRIX_identity(&d, n, n);
+        copyRMATRIX(&c, &d);
+        c = rmatrix_add(rmatrix_multi(a, rmatrix_sub(b, a)), rmatrix_transpose(rmatrix_inverse(b)));
+        add(results, c);
+        add(results, {rmatrix_to_vector(&(c = setRMATRIX(x.data(), n, 1)), nullptr), static_cast<Size>(n)});
+        add(results, setRMATRIX1(rows.data(), n, n));
+        results.push_back(isEmptyRMATRIX(&d));
+    }
+}
+
+struct Delete {
+    void operator()(Matrix *m) const { matrix_delete(m); }
+};
+using Owner = std::unique_ptr<Matrix, Delete>;
+
+void add(Results &results, const Owner &m) {
+    for (int i = 0; i < m->m; ++i) add(results, {m->v[i], static_cast<Size>(m->n)});
+}
+
+void matrix_heap(Results &results) {
+    auto x = noise(40 * 21, 13);
+    std::vector<double *> rows;
+    for (Size i = 0; i < 40; ++i) rows.push_back(&x[21 * i]);
+    const Owner a{matrix_copy(21, rows.data(), 40)}, zero{matrix_new(21, 3)}, reflection{vmul(rows[0], 40)};
+    matrix_transpose(a.get());
+    const Owner product{matrix_mul(reflection.get(), a.get())}, minor{matrix_minor(a.get(), 2)};
+    Matrix *r = nullptr, *q = nullptr;
+    householder(a.get(), &r, &q);
+    for (const Owner &m : {std::cref(a), std::cref(zero), std::cref(product), std::cref(minor)}) add(results, m);
+    add(results, Owner{q});
+    add(results, Owner{r});
+    std::array<double, 40> column{};
+    mcol(a.get(), column.data(), 3);
+    vmadd(column.data(), rows[1], 0.3, column.data(), 21);
+    results.push_back(vnorm(column.data(), 40));
+    add(results, {vdiv(column.data(), 3, column.data(), 40), 40});
+}
+
+// ---- The Kalman filter ----
+
+template <Size n>
+std::array<double *, n> rows_of(std::array<double, n * n> &packed) {
+    std::array<double *, n> rows{};
+    for (Size i = 0; i < n; ++i) rows[i] = &packed[n * i];
+    return rows;
+}
+
+void kalman(Results &results) {
+    std::array<double, 81> A{}, Q{}, P{};
+    std::array<double, 27> C{};
+    std::array<double, 9> R{}, x{};
+    getKalmanFilterA(A.data(), 9, 0.02);
+    getKalmanFilterC(C.data(), 3);
+    getKalmanFilterQ(Q.data(), 9, 1e-4, 1e-5, 1e-6, 1e-2, 1e-3, 1);
+    getKalmanFilterR(R.data(), 3, 0.25);
+    getKalmanFilterP(P.data(), 9, 1);
+    std::array<double *, 3> c_rows{&C[0], &C[9], &C[18]}, r_rows{&R[0], &R[3], &R[6]};
+    auto a_rows = rows_of<9>(A), q_rows = rows_of<9>(Q), p_rows = rows_of<9>(P);
+    const auto filters = std::make_unique<std::array<KalmanFilter, 2>>();
+    auto &[kf, other] = *filters;
+    initKalmanFilter_d(&other, A.data(), C.data(), Q.data(), R.data(), P.data(), nullptr, 3, 9);
+    initKalmanFilter_d1(&kf, a_rows.data(), c_rows.data(), q_rows.data(), r_rows.data(), p_rows.data(), x.data(), 3, 9);
+    resetKalmanFilter_d(&kf, x.data());
+    initKalmanFilter(&kf, &other.A, &other.C, &other.Q, &other.R, &other.P, nullptr);
+    resetKalmanFilter(&kf);
+    const auto z = noise(1200, 14);
+    const auto measurement = std::make_unique<RMATRIX>();
+    for (Size i = 0; i + 12 <= z.size(); i += 12) {
+        KalmanFilter_update_d(&kf, &z[i], x.data());
+        KalmanFilter_update1_d(&kf, &z[i + 3], A.data(), x.data());
+        KalmanFilter_update1_d1(&kf, &z[i + 6], a_rows.data(), x.data());
+        add(results, *KalmanFilter_update1(&kf, setRMATRIX_ptr(&z[i + 9], 3, 1, measurement.get()), &other.A));
+        add(results, *KalmanFilter_update(&other, measurement.get()));
+        add(results, {getKalmanFilter_out_d(&kf, x.data()), 3});
+        add(results, {getKalmanFilter_state_d(&kf, x.data()), 9});
+    }
+    add(results, *getKalmanFilter_out(&kf));
+    add(results, *getKalmanFilter_state(&kf));
+    add(results, kf.P);
+}
+
+// ---- Streams and smoothers ----
+
+void online(Results &results) {
+    const auto x = noise(3000, 15);
+    std::vector<double> derivative(x.size());
+    central_difference(x.data(), derivative.data(), 3000, 0.1);
+    add(results, derivative);
+    struct Streams {
+        CentralDiffOnline difference[11];
+        AmplitudeLimitOnline limit[11];
+        LimitAverageOnline both[11];
+        MovingAverageOnline average;
+        MovingAverageBank averages;
+    };
+    const auto s = std::make_unique<Streams>();
+    init_central_difference_online(&s->difference[10], 0.1);
+    init_central_difference_onlines(s->difference, 10, 0.1);
+    init_amlitude_limit_filer_online(&s->limit[10], 0.5);
+    init_amlitude_limit_filer_onlines(s->limit, 10, 0.5);
+    init_amlitude_limit_move_average_filter_online(&s->both[10], 16, 0.5);
+    init_amlitude_limit_move_average_filter_onlines(s->both, 16, 10, 0.5);
+    init_move_average_filter_online(&s->average, 100);
+    init_move_average_filter_onlines(&s->averages, 20, 10);
+    for (Size i = 0; i + 10 <= x.size(); i += 10) {
+        std::array<double, 10> y{};
+        central_difference_onlines(s->difference, &x[i], y.data(), 10);
+        add(results, y);
+        amlitude_limit_filer_onlines(s->limit, &x[i], y.data(), 10);
+        add(results, y);
+        amlitude_limit_move_average_filter_onlines(s->both, &x[i], y.data(), 10);
+        add(results, y);
+        move_average_filter_onlines(&s->averages, &x[i], y.data());
+        add(results, y);
+        add(results,
+            {central_difference_online(&s->difference[10], x[i]), amlitude_limit_filer_online(&s->limit[10], x[i]),
+             amlitude_limit_move_average_filter_online(&s->both[10], x[i]),
+             move_average_filter_online(&s->average, x[i])});
+    }
+}
+
+void smooth(Results &results) {
+    const auto x = noise(500, 16);
+    for (const auto f : {linearSmooth3, linearSmooth5, linearSmooth7, linearSmooth9, linearSmooth11, quadraticSmooth5,
+                         quadraticSmooth7, cubicSmooth5, cubicSmooth7})
+        for (const int n : {5, 20, 500}) {
+            std::vector<double> y(static_cast<Size>(n));
+            f(x.data(), y.data(), n);
+            add(results, y);
+        }
+}
+
+// ---- Differential equations ----
+
+int spin(double t, const double *y, void *, double *dydt) {  // a rigid body, driven
+    dydt[0] = y[1] * y[2] + 0.01 * t;
+    dydt[1] = -y[0] * y[2];
+    dydt[2] = -0.51 * y[0] * y[1];
+    return 0;
+}
+
+void ode_fixed_steps(Results &results) {
+    std::array<double, 3> y{0, 1, 1};
+    for (double t = 0; t < 10; t += 0.5) {
+        rkf452(t, t + 0.505, 100, spin, y.data(), 3, nullptr, y.data());
+        add(results, y);
+    }
+}
+
+void ode_own_steps(Results &results) {
+    std::array<double, 3> y{0, 1, 1};
+    for (double t = 0; t < 10; t += 0.5) {
+        rkf45(t, t + 0.5, 20, 1e-7, spin, y.data(), 3, nullptr, y.data());
+        add(results, y);
+    }
+}
+
+using enum Family::Bits;
+constexpr Family kFamilies[] = {
+    {"complex.arithmetic", kExact, complex_arithmetic},
+    {"complex.functions", kLibm, complex_functions},
+    {"roots.closed_forms", kRoots, roots_closed_forms},
+    {"roots.stages", kRoots, roots_stages},
+    {"roots.found", kRoots, roots_found},
+    {"iir.filters", kExact, iir_filters},
+    {"iir.shared_registers", kExact, iir_shared_registers, true},
+    {"iir.designs", kRoots, iir_designs},
+    {"iir.prototypes", kRoots, iir_prototypes},
+    {"iir.response", kLibm, iir_response},
+    {"spectral.butterflies", kExact, spectral_butterflies},
+    {"spectral.transforms", kLibm, spectral_transforms},
+    {"spectral.single_frequencies", kLibm, spectral_single_frequencies},
+    {"spectral.windows", kLibm, spectral_windows},
+    {"matrix.fixed", kExact, matrix_fixed},
+    {"matrix.heap", kExact, matrix_heap},
+    {"kalman", kExact, kalman},
+    {"online", kExact, online},
+    {"smooth", kExact, smooth},
+    {"ode.fixed_steps", kExact, ode_fixed_steps},
+    {"ode.own_steps", kLibm, ode_own_steps},
+};
+
+}  // namespace
+
+const std::span<const Family> kAllFamilies = kFamilies;

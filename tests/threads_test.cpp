@@ -1,0 +1,60 @@
+// Everything that may run in several threads at once does, and gives the bits of one thread.
+#include <gtest/gtest.h>
+#include <mensura/matrix.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "machines/families.h"
+
+namespace {
+
+constexpr std::size_t kThreads = 4;
+
+template <typename F>
+void in_threads(F f) {  // f(0), f(1), ... at the same time
+    std::vector<std::jthread> threads;
+    for (std::size_t i = 0; i < kThreads; ++i) threads.emplace_back([=] { f(i); });
+}
+
+bool same(const Results &a, const Results &b) {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
+}
+
+std::vector<Results> results_of(std::span<const Family> families, std::size_t first) {
+    std::vector<Results> results(families.size());
+    for (std::size_t i = 0; i < families.size(); ++i) {
+        const std::size_t at = (first + i) % families.size();
+        families[at].run(results[at]);
+    }
+    return results;
+}
+
+TEST(Threads, have_the_bits_of_one_in_every_family) {
+    std::vector<Family> families;
+    std::ranges::copy_if(kAllFamilies, std::back_inserter(families), [](const Family &f) { return !f.shared; });
+    const auto alone = results_of(families, 0);
+    std::array<std::vector<Results>, 2 * kThreads> together;
+    in_threads([&](std::size_t i) {  // half of them side by side with themselves, then all with others
+        together[i] = results_of(families, i / 2);
+        together[kThreads + i] = results_of(families, 5 * i);
+    });
+    for (const auto &results : together)
+        for (std::size_t i = 0; i < families.size(); ++i) EXPECT_TRUE(same(results[i], alone[i])) << families[i].name;
+}
+
+TEST(Threads, may_print_at_the_same_time) {
+    static RMATRIX m;
+    initRMATRIX_identity(&m, 2, 3);
+    testing::internal::CaptureStdout();
+    in_threads([](std::size_t i) { i % 2 == 0 ? rmatrix_printf_ptr(&m) : rmatrix_printf(m); });
+    const std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(std::ranges::count(out, '\n'), kThreads * 5);  // two rules, the size, two rows
+    EXPECT_EQ(std::ranges::count(out, '1'), kThreads * 2);
+}
+
+}  // namespace
