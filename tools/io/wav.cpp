@@ -104,8 +104,10 @@ void WavReader::check_request(std::optional<double> asked, const std::vector<std
 }
 
 std::size_t WavReader::read(std::span<double> samples) {
-    return static_cast<std::size_t>(
-        sf_read_double(file_.get(), samples.data(), static_cast<sf_count_t>(samples.size())));
+    const auto count =
+        static_cast<std::size_t>(sf_read_double(file_.get(), samples.data(), static_cast<sf_count_t>(samples.size())));
+    if (count % channels() != 0) reject("{}: ends within a sample of its {} channels", name_, channels());
+    return count;
 }
 
 std::vector<std::pair<int, std::string>> WavReader::texts() const {

@@ -1,0 +1,61 @@
+// Matrices of random sizes and any values: fixed and on the heap, the forms by pointer, by value and in place.
+#include <mensura/matrix.h>
+
+#include <memory>
+
+#include "input.h"
+
+using namespace fuzz;
+
+// Mostly small; sizes above the capacity are stored, and no operation takes such a matrix.
+static void fill(Input &input, RMATRIX &m) {
+    const int most = input.ConsumeIntegralInRange(0, 8) == 8 ? 110 : 8;
+    const int rows = code(input, -1, most), cols = input.ConsumeBool() ? rows : code(input, -1, most);
+    initRMATRIX_identity(&m, rows, cols);
+    if (rows < 1 || rows > RMATRIX_CAPACITY || cols < 1 || cols > RMATRIX_CAPACITY) return;
+    law(setRMATRIX_ptr(numbers(input, rows * cols).data(), rows, cols, &m) == &m);
+}
+
+// A result by pointer and by value is the same, and empty when it was refused.
+static void compare(const RMATRIX *result, const RMATRIX &out, const RMATRIX &by_value) {
+    law(result == (out.rows == 0 && out.cols == 0 ? nullptr : &out));
+    law(result == nullptr ? isEmptyRMATRIX(&by_value) == 1 : out.rows == by_value.rows && out.cols == by_value.cols);
+    for (int i = 0; i < out.rows * RMATRIX_CAPACITY; ++i)
+        law(i % RMATRIX_CAPACITY >= out.cols || same(out.data[i], by_value.data[i]));
+}
+
+static void combine(Input &input) {
+    static RMATRIX a, b, out;
+    fill(input, a);
+    fill(input, b);
+    if (input.ConsumeBool()) b = a;
+    compare(rmatrix_multi_ptr(&a, &b, &out), out, rmatrix_multi(a, b));
+    compare(rmatrix_transpose_ptr(&a, &out), out, rmatrix_transpose(a));
+    out = a;
+    compare(rmatrix_add_ptr(&out, &b, &out), out, rmatrix_add(a, b));
+    out = a;
+    compare(rmatrix_sub_ptr(&b, &out, &out), out, rmatrix_sub(b, a));
+    out = a;
+    compare(rmatrix_inverse_ptr(&out, &out), out, rmatrix_inverse(a));
+    rmatrix_to_vector(&a, nullptr);
+}
+
+static void decompose(Input &input) {
+    using Heap = std::unique_ptr<Matrix, void (*)(Matrix *)>;
+    const int m = input.ConsumeIntegralInRange(0, 16), n = input.ConsumeIntegralInRange(0, 16);
+    const int any = code(input, -1, 18);
+    Doubles values = numbers(input, m * n), column = numbers(input, m);
+    std::vector<double *> rows;
+    for (int i = 0; i < m; ++i) rows.push_back(values.data() + i * n);
+    const Heap x(matrix_copy(n, rows.data(), m), matrix_delete), part(matrix_minor(x.get(), any), matrix_delete);
+    Matrix *r = nullptr, *q = nullptr;
+    householder(x.get(), &r, &q);
+    const Heap upper(r, matrix_delete), orthogonal(q, matrix_delete), product(matrix_mul(q, r), matrix_delete);
+    law(q->m == m && q->n == m && product->m == m && product->n == n);
+    matrix_transpose(part.get());
+    mcol(x.get(), column.data(), any);
+    vdiv(vmadd(column.data(), column.data(), number(input), column.data(), m), number(input), column.data(), m);
+    law(!(vnorm(column.data(), m) < 0));
+}
+
+void fuzz::test(Input &input) { input.PickValueInArray({combine, decompose})(input); }
