@@ -49,7 +49,7 @@ inline real at_least_one_ulp(real step, real x) {
 inline bool negligible_beside(real step, real x) { return magnitude(step) < magnitude(x) * 0x1p-60L; }
 inline bool far_beyond(real step, real x) { return magnitude(step) > 10 * magnitude(x); }
 
-void newton_step(IterationMemory &memory, int step, const real *P, int N, real *QP, real *KQ, real *QK, real *TUV,
+void newton_step(IterationMemory &memory, Step step, const real *P, int N, real *QP, real *KQ, real *QK, real *TUV,
                  int *flag) {
     if (step == 0) memory.damping_restarted = 0;
     if (*flag == kNoProgress) memory.damping_restarted = step;
@@ -109,7 +109,7 @@ int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, 
     divide_by_quadratic(KQ, N - 1, TUV, QK);
     real best = 1e100;
     for (int i = 0; i < kSteps; ++i) {
-        newton_step(memory, pass * kSteps + i, P, N, QP, KQ, QK, TUV, flag);
+        newton_step(memory, Step{pass} * kSteps + i, P, N, QP, KQ, QK, TUV, flag);
         if (*flag == kAbandon) return 0;
 
         const real error = (magnitude(QP[N + 1]) + magnitude(QP[N - 1])) * weight;

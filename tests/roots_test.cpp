@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cfloat>
+#include <climits>
 #include <chrono>
 #include <cmath>
 #include <complex>
@@ -355,4 +356,15 @@ TEST(Stages, touch_nothing_outside_their_domain) {
     DerivOfP(p.data(), -1, a.data());
     for (const Polynomial &x : {a, b, c, d, TUV, p}) EXPECT_EQ(x, marked);
     EXPECT_EQ(flag, 9);
+}
+
+TEST(Stages, take_any_pass_and_step) {  // which count steps: the sanitizers look for an overflow
+    for (const int pass : {INT_MIN, INT_MAX}) {
+        Polynomial p{1, -6, 11, -6, 0}, TUV{1, 5, 9}, qp(5), kq{1, -4, 11. / 3, 0, 0}, qk(5);
+        int flag = 3;  // no progress
+        UpdateTUV(-pass / 2, p.data(), 3, qp.data(), kq.data(), qk.data(), TUV.data(), &flag);
+        UpdateTUV(pass, p.data(), 3, qp.data(), kq.data(), qk.data(), TUV.data(), &flag);
+        QuadIterate(pass, p.data(), qp.data(), kq.data(), qk.data(), 3, TUV.data(), &flag);
+        EXPECT_TRUE(std::isfinite(TUV[1]) && std::isfinite(TUV[2])) << pass;
+    }
 }

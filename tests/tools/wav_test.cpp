@@ -62,7 +62,9 @@ TEST_F(Tool, sound_that_cannot_be_done_justice_is_told) {
     EXPECT_EQ(run("filter allpass --cutoff 1kHz --gain 20dB x.wav -o y.wav"), 0);
     EXPECT_NE(err.find("samples exceeded full scale and were clipped"), std::string::npos) << err;
     write("cut.wav", wav.substr(0, wav.size() - 3));
+    write("torn.wav", wav.substr(0, 22) + '\3' + wav.substr(23));  // three channels in samples of one
     for (const auto &[arguments, complaint] : {std::pair{"cut.wav", "cut.wav: is cut off"},
+                                               {"torn.wav --zero-phase", "torn.wav: ends within a sample"},
                                                {"x.wav --rate 9kHz", "is sampled at 8000 Hz"},
                                                {"x.wav --column=1", "--column is for tables"}})
         expect_refused("filter lowpass --cutoff 1kHz " + std::string(arguments), complaint);
