@@ -11,8 +11,6 @@
 #include <sstream>
 #include <string>
 
-#include "allocations.h"
-
 namespace {
 
 using Owner = std::unique_ptr<Matrix, decltype([](Matrix *x) { matrix_delete(x); })>;
@@ -246,36 +244,6 @@ TEST(Householder, has_the_bits_of_plain_steps_and_its_laws) {
             EXPECT_LE(error(r, identity, [&r = r](int i, int j) { return i > j ? 0 : r->v[i][j]; }), 9 * scaled);
         }
 }
-
-#ifdef COUNTS_ALLOCATIONS
-TEST(HeapMatrix, is_null_without_memory_and_keeps_none) {
-    const auto expect_all_or_nothing = [](auto make) {
-        for (int few = 0;; ++few) {
-            Matrix *made[2] = {};
-            const int before = alive;
-            granted = few;
-            make(made);
-            granted = INT_MAX;
-            const bool done = made[0] != nullptr;
-            EXPECT_TRUE(done || made[1] == nullptr) << few;
-            for (Matrix *const m : made) matrix_delete(m);
-            EXPECT_EQ(alive, before) << few;
-            if (!done) continue;
-            EXPECT_GE(few, 2);
-            return;
-        }
-    };
-    const Owner x = sample(kNoise, 5, 4), square = sample(kNoise, 4, 4);
-    expect_all_or_nothing([](Matrix **made) { *made = matrix_new(3, 4); });
-    expect_all_or_nothing([&](Matrix **made) { *made = matrix_copy(4, x->v, 5); });
-    expect_all_or_nothing([&](Matrix **made) { *made = matrix_mul(x.get(), square.get()); });
-    expect_all_or_nothing([&](Matrix **made) { *made = matrix_minor(x.get(), 1); });
-    expect_all_or_nothing([&](Matrix **made) { *made = vmul(x->v[0], 4); });
-    const Owner one_row = sample(kNoise, 1, 4), infinite = matrix(5, 4, [](int, int) { return HUGE_VAL; });
-    for (const Matrix *const m : {x.get(), one_row.get(), infinite.get()})
-        expect_all_or_nothing([m](Matrix **made) { householder(m, &made[0], &made[1]); });
-}
-#endif
 
 TEST(DataQR, holds_the_matrix_shown_last) {
     const auto home = std::filesystem::current_path();

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cfloat>
-#include <climits>
 #include <cmath>
 #include <complex>
 #include <cstring>
@@ -11,8 +10,6 @@
 #include <random>
 #include <thread>
 #include <vector>
-
-#include "allocations.h"
 
 namespace {
 
@@ -226,25 +223,3 @@ TEST(Bessel, is_its_series_up_to_the_ninth_term_and_Sinc_is_1_around_0) {
     EXPECT_NEAR(Bessel(-10) / 2806.6743218166369, 1, 4 * DBL_EPSILON);
     for (const double x : {-1e-5, 0.0, 9e-6, 4.0}) EXPECT_EQ(Sinc(x), std::fabs(x) < 1e-5 ? 1 : std::sin(x) / x);
 }
-
-#ifdef COUNTS_ALLOCATIONS
-TEST(Spectral, without_memory_the_data_stay_as_they_were) {
-    const auto starved = [](double *re, double *im, int n) {
-        granted = 1;
-        DFT(re, im, n, 0);  // wants memory twice, as the next
-        granted = 1;
-        RealSigDFT(re, re, im, n);
-        granted = 0;
-        FFT(re, im, n, 0);
-        DFT(re, im, n, 0);
-        RealSigDFT(re, re, im, n);
-        WindowData(re, n, wkHanning, 0, 0, 0);
-        for (const int arrays : {0, 1, 2, 3}) {  // of five, two of them the transform's, one perhaps from calloc
-            granted = arrays;
-            dataZeroPhaseFilter(re, n, 0.01, 0.5, 0);
-        }
-        granted = INT_MAX;
-    };
-    for (const Size n : {8U, 16U, 512U}) EXPECT_TRUE(same(run(starved, noise(n), 1), noise(n))) << n;
-}
-#endif
