@@ -1,0 +1,142 @@
+"""The library through ctypes: the records and calls that the Python programs of this project use (NumPy arrays)."""
+
+import ctypes
+import sys
+
+import numpy as np
+
+SECTIONS = 50  # MAX_IIR_SECTIONS
+CAPACITY = 100  # RMATRIX_CAPACITY
+
+Double, Int, Pointer = ctypes.c_double, ctypes.c_int, ctypes.POINTER
+Array = Double * SECTIONS
+Doubles = np.ctypeslib.ndpointer(np.float64, flags="C_CONTIGUOUS")
+LongDoubles = np.ctypeslib.ndpointer(np.longdouble, flags="C_CONTIGUOUS")
+Complexes = np.ctypeslib.ndpointer(np.complex128, flags="C_CONTIGUOUS")  # an array of CplxD
+OdeFunction = ctypes.CFUNCTYPE(Int, Double, Pointer(Double), ctypes.c_void_p, Pointer(Double))
+
+
+class CplxD(ctypes.Structure):
+    _fields_ = [("re", Double), ("im", Double)]
+
+
+class ProtoSpec(ctypes.Structure):
+    _fields_ = [("Family", Int), ("NumPoles", Int), ("Ripple", Double), ("StopBandDb", Double), ("Gamma", Double)]
+
+
+class IIRDesignSpec(ctypes.Structure):
+    _fields_ = [
+        ("PassType", Int),
+        ("NormCutoff", Double),
+        ("NormBandwidth", Double),
+        ("GainDb", Double),
+        ("Proto", ProtoSpec),
+    ]
+
+
+class IIRCoeffs(ctypes.Structure):
+    _fields_ = [(name, Array) for name in ("a0", "a1", "a2", "a3", "a4", "b0", "b1", "b2", "b3", "b4")]
+    _fields_ += [("NumSections", Int)]
+
+
+class TIIRFilter(ctypes.Structure):
+    _fields_ = [("Spec", IIRDesignSpec), ("Coeffs", IIRCoeffs)]
+    _fields_ += [(name, Array) for name in ("RegX1", "RegX2", "RegY1", "RegY2")]
+    _fields_ += [("Primed", Int)]
+
+
+class LowPassProto(ctypes.Structure):
+    _fields_ = [(name, Array) for name in ("Num2", "Num1", "Num0", "Den2", "Den1", "Den0")] + [("SectionCount", Int)]
+
+
+class RMATRIX(ctypes.Structure):
+    _fields_ = [("data", Double * CAPACITY**2), ("rows", Int), ("cols", Int)]
+
+    def array(self):
+        return np.ctypeslib.as_array(self.data).reshape(CAPACITY, CAPACITY)[: self.rows, : self.cols].copy()
+
+
+class Matrix(ctypes.Structure):
+    _fields_ = [("m", Int), ("n", Int), ("v", Pointer(Pointer(Double)))]
+
+
+class KalmanFilter(ctypes.Structure):
+    _fields_ = [(name, RMATRIX) for name in ("A", "C", "Q", "R", "P", "K", "Ident", "PInit", "xInit")]
+    _fields_ += [("MeasCount", Int), ("StateCount", Int)]
+    _fields_ += [(name, RMATRIX) for name in ("x", "xPred", "ATrans", "CTrans", "y", "Work1", "Work2")]
+
+
+class CentralDiffOnline(ctypes.Structure):
+    _fields_ = [("Step", Double), ("Prev1", Double), ("Prev2", Double), ("Count", Int)]
+
+
+class MovingAverageOnline(ctypes.Structure):
+    _fields_ = [("Length", Int), ("Buffer", Double * 2000), ("Pos", Int), ("Full", Int)]
+
+
+UNARY, BINARY = ("CplxDCos", "CplxDSin", "CplxDTan"), ("CplxDAdd", "CplxDSub", "CplxDMult", "CplxDDivision")
+SMOOTHERS = [f"linearSmooth{w}" for w in (3, 5, 7, 9, 11)]
+SMOOTHERS += [f"{d}Smooth{w}" for w in (5, 7) for d in ("quadratic", "cubic")]
+CALLS = (  # result, name, arguments
+    *((CplxD, name, CplxD) for name in UNARY),
+    *((CplxD, name, CplxD, CplxD) for name in BINARY),
+    *((CplxD, name, CplxD, Double) for name in ("CplxDMult_coef", "CplxDPow")),
+    (Double, "CplxDCabs", CplxD),
+    (None, "initTIIRFilter", Pointer(TIIRFilter), Int, Double, Double),
+    (Double, "IIRFilter", Pointer(TIIRFilter), Double),
+    (IIRCoeffs, "CalcIIRFilterCoeff", IIRDesignSpec),
+    (LowPassProto, "CalcLowPassProtoCoeff", ProtoSpec),
+    (None, "FilterWithIIR", Doubles, Doubles, Int, IIRCoeffs),
+    (None, "IIRFilterZeroPhase", Pointer(TIIRFilter), Doubles, Doubles, Int),
+    (None, "IIRFreqResponse", IIRCoeffs, Int, Doubles, Doubles, Int),
+    *((Int, name, Int, Complexes) for name in ("ButterworthPoly", "GaussianPoly", "BesselPoly", "PapoulisPoly")),
+    *((Int, name, Double, Int, Complexes) for name in ("ChebyshevPoly", "AdjustablePoly")),
+    (Int, "InvChebyPoly", Double, Int, Complexes, Complexes, Pointer(Int)),
+    (Int, "EllipticPoly", Double, Double, Int, Complexes, Complexes, Pointer(Int)),
+    *((None, name, Doubles, Doubles, Int, Int) for name in ("FFT", "DFT")),
+    (None, "RealSigDFT", Doubles, Doubles, Doubles, Int),
+    *((Double, name, Doubles, Int, Double) for name in ("SingleFreqDFT", "Goertzel")),
+    (None, "WindowData", Doubles, Int, Int, Double, Double, Int),
+    (Int, "FindRoots", Int, Doubles, Complexes),
+    (Int, "QuadCubicRoots", LongDoubles, Int, LongDoubles, LongDoubles),
+    (ctypes.c_void_p, "setRMATRIX_ptr", Doubles, Int, Int, Pointer(RMATRIX)),
+    (ctypes.c_void_p, "rmatrix_inverse_ptr", Pointer(RMATRIX), Pointer(RMATRIX)),
+    (Pointer(Matrix), "matrix_new", Int, Int),
+    (None, "matrix_delete", Pointer(Matrix)),
+    (None, "householder", Pointer(Matrix), Pointer(Pointer(Matrix)), Pointer(Pointer(Matrix))),
+    (None, "initKalmanFilter_d", Pointer(KalmanFilter), *[Doubles] * 6, Int, Int),
+    (ctypes.c_void_p, "KalmanFilter_update_d", Pointer(KalmanFilter), Doubles, Doubles),
+    (ctypes.c_void_p, "getKalmanFilterA", Doubles, Int, Double),
+    (ctypes.c_void_p, "getKalmanFilterC", Doubles, Int),
+    (ctypes.c_void_p, "getKalmanFilterQ", Doubles, Int, *[Double] * 6),
+    (ctypes.c_void_p, "getKalmanFilterR", Doubles, Int, Double),
+    (ctypes.c_void_p, "getKalmanFilterP", Doubles, Int, Double),
+    (Int, "rkf45", *[Double] * 4, OdeFunction, Doubles, Int, ctypes.c_void_p, Doubles),
+    (Int, "rkf452", *[Double] * 3, OdeFunction, Doubles, Int, ctypes.c_void_p, Doubles),
+    *((None, name, Doubles, Doubles, Int) for name in SMOOTHERS),
+    (None, "central_difference", Doubles, Doubles, Int, Double),
+    (None, "init_central_difference_online", Pointer(CentralDiffOnline), Double),
+    (Double, "central_difference_online", Pointer(CentralDiffOnline), Double),
+    (None, "init_move_average_filter_online", Pointer(MovingAverageOnline), Int),
+    (Double, "move_average_filter_online", Pointer(MovingAverageOnline), Double),
+)
+
+
+def load(path):
+    """The library with the argument and result types that ctypes has to know."""
+    try:
+        library = ctypes.CDLL(str(path))
+    except OSError as error:
+        sys.exit(f"{error}\nbuild it first: cmake --preset release && cmake --build --preset release")
+    for result, name, *arguments in CALLS:
+        getattr(library, name).argtypes = arguments
+        getattr(library, name).restype = result
+    return library
+
+
+def sections_of(coeffs):
+    """The cascade as SciPy has it: b0 b1 b2 1 a1 a2 a row."""
+    c = {name: np.array(getattr(coeffs, name)[: coeffs.NumSections]) for name in ("a0", "a1", "a2", "b0", "b1", "b2")}
+    return np.column_stack(
+        [c["a0"] * c["b0"], c["a0"] * c["b1"], c["a0"] * c["b2"], np.ones_like(c["a0"]), c["a1"], c["a2"]]
+    )
