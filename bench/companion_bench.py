@@ -1,12 +1,13 @@
 """`mensura filter` against the same work in NumPy and SciPy: a CSV of a million rows in, a CSV out.
 
     cmake --build --preset release --target mensura_tool
-    /usr/bin/python3 bench/companion_bench.py [build/release/tools/mensura]
+    /usr/bin/python3 bench/companion_bench.py [--json] [build/release/tools/mensura]
 
 Both run as programs of their own, in turn in one run; seconds are medians of the wall clock, MiB the peak of the resident
 set (at least that of this program, which therefore stays small).  The script filters with the coefficients of `mensura design --json`, so both must give the same numbers.
 """
 
+import argparse
 import json
 import os
 import random
@@ -43,7 +44,11 @@ def run(command, output):
 
 
 def main():
-    program = sys.argv[1] if len(sys.argv) > 1 else "build/release/tools/mensura"
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--json", action="store_true", help="as Google Benchmark has it")
+    parser.add_argument("program", nargs="?", default="build/release/tools/mensura")
+    arguments = parser.parse_args()
+    program = arguments.program
     with tempfile.TemporaryDirectory() as folder:
         records, design, ours, theirs = (f"{folder}/{name}" for name in ("x.csv", "design.json", "ours.csv", "theirs.csv"))
         random.seed(1)
@@ -63,12 +68,21 @@ def main():
         with open(ours) as a, open(theirs) as b:
             next(a), next(b)
             difference = max(abs(float(x) - float(y)) for x, y in zip(a, b, strict=True))
-    seconds = {name: statistics.median(s for s, _ in runs) for name, runs in measured.items()}
-    for name, runs in measured.items():
-        print(f"{name:<16}{seconds[name]:8.2f} s{max(mib for _, mib in runs):8.1f} MiB")
-    print(f"ratio           {seconds['mensura filter'] / seconds['NumPy, SciPy']:8.2f}")
-    print(f"difference      {difference:8.1e}")
     assert difference < 1e-12, "they do not filter alike"
+    seconds = [statistics.median(s for s, _ in runs) for runs in measured.values()]
+    mib = [max(m for _, m in runs) for runs in measured.values()]
+    if arguments.json:
+        tables = (("mensura_filter_time", "ns", [s * 1e9 for s in seconds]), ("mensura_filter_memory", "MiB", mib))
+        rows = [
+            {"name": name, f"ours_{unit}": ours, f"peer_{unit}": peer, "ratio": ours / peer}
+            for name, unit, (ours, peer) in tables
+        ]
+        print(json.dumps({"benchmarks": rows}))
+        return
+    for name, s, m in zip(measured, seconds, mib):
+        print(f"{name:<16}{s:8.2f} s{m:8.1f} MiB")
+    print(f"ratio           {seconds[0] / seconds[1]:8.2f}")
+    print(f"difference      {difference:8.1e}")
 
 
 main()

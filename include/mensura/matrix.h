@@ -10,6 +10,8 @@
  * Memory.  The fixed-capacity functions never allocate.  An RMATRIX takes 80 KB whatever its size: the _ptr forms touch
  * the corner in use only, the by-value forms copy whole records over the stack, 80 KB an argument and result.  The heap
  * functions that return a Matrix hand it to the caller, who gives it to matrix_delete.
+ * Stack, arguments and result included, with optimisation and without: rmatrix_inverse_ptr takes up to 101 and 110 KB,
+ * the by-value forms 261 and 440 KB, matrix_mul and householder 26 and 60 KB; without it rmatrix_multi_ptr 35 KB.
  *
  * Threads.  All functions are safe in several threads at once, each on its own data; matrix_show and QRtest write one
  * file in the current directory: one call at a time.
@@ -82,8 +84,7 @@ MENSURA_EXPORT RMATRIX rmatrix_transpose(RMATRIX a);
 /** The inverse of a square matrix; out may be a.  Gauss-Jordan elimination in place with complete pivoting (Golub and
  * Van Loan, Matrix Computations); the first of equally large pivots, row by row, is taken.
  * THE PIVOT IS COMPARED WITH 1: a matrix is singular when the largest element that remains, p, has p + 1 = 1, that is
- * |p| up to 1.1e-16.  Scale a matrix of tiny elements first.  NaN is never a pivot.
- * Takes 100 KB of stack. */
+ * |p| up to 1.1e-16.  Scale a matrix of tiny elements first.  NaN is never a pivot. */
 MENSURA_EXPORT RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out);
 MENSURA_EXPORT RMATRIX rmatrix_inverse(RMATRIX a);
 
@@ -122,8 +123,7 @@ MENSURA_EXPORT Matrix *matrix_copy(int n, double *const *rows, int m);
 /** Transposes the square that the first m columns form, in place.  With fewer columns than rows: nothing. */
 MENSURA_EXPORT void matrix_transpose(Matrix *x);
 
-/** x y: v[i][j] = 0 + x[i][0] y[0][j] + x[i][1] y[1][j] + ...; null when x->n differs from y->m.
- * Takes 25 KB of stack. */
+/** x y: v[i][j] = 0 + x[i][0] y[0][j] + x[i][1] y[1][j] + ...; null when x->n differs from y->m. */
 MENSURA_EXPORT Matrix *matrix_mul(const Matrix *x, const Matrix *y);
 
 /** Of x's size: the identity in the first d rows and columns, x's elements from row d and column d on. */
