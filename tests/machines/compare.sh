@@ -6,6 +6,8 @@
 # Builds for this machine must agree in every family.  Processors without AVX2 and FMA, glibc's functions for them, and
 # builds for 64-bit ARM must agree in the exact families and keep a tolerance in the others; the differences are printed.
 set -euo pipefail
+mapfile -t programs < <(realpath "$@")
+set -- "${programs[@]}"
 cd "$(dirname "$0")"
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT

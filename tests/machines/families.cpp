@@ -417,7 +417,8 @@ int spin(double t, const double *y, void *, double *dydt) {  // a rigid body, dr
 
 void ode_fixed_steps(Results &results) {
     std::array<double, 3> y{0, 1, 1};
-    for (double t = 0; t < 10; t += 0.5) {
+    for (int i = 0; i < 20; ++i) {
+        const double t = 0.5 * i;
         rkf452(t, t + 0.505, 100, spin, y.data(), 3, nullptr, y.data());
         add(results, y);
     }
@@ -425,7 +426,8 @@ void ode_fixed_steps(Results &results) {
 
 void ode_own_steps(Results &results) {
     std::array<double, 3> y{0, 1, 1};
-    for (double t = 0; t < 10; t += 0.5) {
+    for (int i = 0; i < 20; ++i) {
+        const double t = 0.5 * i;
         rkf45(t, t + 0.5, 20, 1e-7, spin, y.data(), 3, nullptr, y.data());
         add(results, y);
     }
