@@ -62,7 +62,7 @@ MENSURA_EXPORT int rkf452(double t0, double t1, double rate, OdeFunction f, cons
 /** Integrates y' = (y1 y2, y2 - y0, -0.51 y0 y1) from (1, 1, 3) to t = 15 by calls of rkf45 over 0.001 each, and writes
  * "test_rkf45.txt" in the current directory: the state after each call, 15001 lines "%f,%f,%f,0".  Prints
  * "test_rkf45 end"; if a call fails "Fdynamics: rkf45 failure!" instead.  A file that cannot be opened is a failure
- * too, without a line. */
+ * too, without a line; a full disk goes unnoticed. */
 MENSURA_EXPORT void test_rkf45(void);
 
 /** A 5 x 3 matrix of sample data, which no function reads. */

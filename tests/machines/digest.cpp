@@ -29,7 +29,7 @@ void print_fingerprint(const Family &family, const Results &results) {
                 static_cast<unsigned long long>(hash));
 }
 
-// Of the largest value in a family.  Designs of 11 poles by way of a polynomial of degree 22 lose half of their digits.
+// Of the largest value in a family.  Designs made from the roots of a polynomial lose up to half of their digits.
 constexpr double kTolerance[] = {0, 4e-16, 1e-8};
 
 bool within_tolerance(const Family &family, Results results, Results other) {
