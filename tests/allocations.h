@@ -12,9 +12,9 @@
 #define SANITIZED 0
 #endif
 
-static thread_local int allocations = 0;    // so far
-static thread_local int alive = 0;          // of them, not freed
-static thread_local int granted = INT_MAX;  // allocations before memory runs out
+[[maybe_unused]] static thread_local int allocations = 0;    // so far
+[[maybe_unused]] static thread_local int alive = 0;          // of them, not freed
+[[maybe_unused]] static thread_local int granted = INT_MAX;  // allocations before memory runs out
 
 #if defined(__GLIBC__) && !SANITIZED  // a sanitizer brings its own malloc
 #define COUNTS_ALLOCATIONS 1

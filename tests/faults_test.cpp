@@ -109,7 +109,7 @@ class Files : public testing::Test {  // in a directory of its own
         std::filesystem::remove_all(dir_);
         matrix_delete(m_);
     }
-    Matrix *m_ = matrix_new(300, 10);
+    Matrix *m_ = matrix_new(300, 100);  // its text is more than a pipe holds
 
   private:
     std::string dir_ = (std::filesystem::temp_directory_path() / "faults_XXXXXX").string();

@@ -27,7 +27,7 @@ LimitAverageOnline limited[kChannels];
 MovingAverageBank averages;
 KalmanFilter kf;
 RMATRIX a, b, c;
-Matrix *const square = matrix_new(9, 9), *r, *q;
+Matrix *square, *r, *q;
 CplxD u, v;
 double x, tame, samples[kStates], out[kStates], model[5][kStates * kStates], *rows[kStates];
 int n;  // states, a third of them measured
@@ -144,7 +144,9 @@ TEST(RealTime, calls_stay_on_the_stack_that_the_headers_name) {
         EXPECT_LE(touched(call) - touched(CALL(0, x = 0)), 1000 * call.kilobytes) << call.text;
     };
     std::ranges::for_each(kCalls, check);
+    square = matrix_new(9, 9);
     check(CALL(60, householder(square, &r, &q); matrix_delete(r); matrix_delete(q)));
+    matrix_delete(square);
 }
 
 }  // namespace
