@@ -141,7 +141,7 @@ def quantity(value, unit):
 def line(row, runs, reasons):
     if not runs:
         return f"| {row.what} | | {row.peer} | | | {row.bar or ''} | **not measured**: the peer or ours was not there |"
-    ours, peer = (min(r[i] for r in runs) for i in (0, 1))
+    ours, peer = (statistics.median(r[i] for r in runs) for i in (0, 1))
     unit, ratios = runs[0].unit, [float(f"{r.ratio:.3g}") for r in runs]
     ratio = statistics.median(ratios)
     asked = [(ratio, row.bar, f"{ratio:g}", f"{row.bar:g}")] if row.bar else []
@@ -179,9 +179,9 @@ Made on {datetime.date.today()} by `cmake --build --preset release --target perf
 - peers compiled here (Eigen, loops of filters): `-O3 -march={cache["MENSURA_PEER_ARCH"]} -ffp-contract=fast`
 - packages: {", ".join(packages) or "unknown"}
 
-Every program ran {rounds} times, in turn with the others, and in each run ours and the peer take turns. A time is the
-best of all runs. The ratio, ours to the peer's (below 1 is faster), is the median over the runs; it is compared with
-what is asked, and the column beside it shows the least and the largest. See `bench/compare.h` for how a run measures.
+Every program ran {rounds} times, in turn with the others, and in each run ours and the peer take turns. Times
+are medians over the runs, and so is the ratio of ours to the peer's (below 1 is faster), taken run by run; it is compared
+with what is asked, and the column beside it shows the least and the largest. See `bench/compare.h` for how a run measures.
 """
 
 

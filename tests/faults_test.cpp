@@ -149,7 +149,7 @@ TEST_F(Files, without_memory_for_their_buffers) {
         return with_memory_again(std::filesystem::exists("test_rkf45.txt"));
     });
     int few = 0, result = -1;
-    for (; result != 0 && few < 10000; few += 23) {  // of some thousand
+    for (; result != 0 && few < 10000; few += 97) {  // of some thousand
         const int before = alive;
         granted = few;
         result = QRtest();

@@ -31,7 +31,7 @@ void fuzz::test(Input &input) {
     std::vector<std::string> wanted{input.ConsumeRandomLengthString(8)};
     if (wanted[0].empty()) wanted.clear();
     const std::string text = input.ConsumeRemainingBytesAsString();
-    tools::Output out("/tmp/never_committed"), again("/tmp/never_committed");
+    tools::Output out("/tmp/never_committed"), again("/tmp/never_committed_again");
     try {
         const Doubles before = copy_table(text, wanted, out);
         std::string copy(static_cast<std::size_t>(lseek(out.descriptor(), 0, SEEK_END)), ' ');

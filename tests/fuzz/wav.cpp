@@ -22,11 +22,11 @@ void fuzz::test(Input &input) {
     const auto bytes = input.ConsumeRemainingBytes<char>();
     const int file = memfd_create("sound", 0);
     law(write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
+    tools::Output out("/tmp/never_committed");
     try {
         tools::Source source(fmt::format("/proc/self/fd/{}", file));
         tools::WavReader wav(source);
         const Doubles samples = samples_of(wav);
-        tools::Output out("/tmp/never_committed");
         tools::WavWriter writer(out, wav);
         writer.write(samples);
         writer.finish();

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <compare>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -18,7 +19,7 @@ namespace {
 
 using Bytes = std::streamsize;
 
-std::uint64_t bits(double x) { return std::isnan(x) ? 0 : std::bit_cast<std::uint64_t>(x); }  // a NaN's sign is open
+std::uint64_t bits(double x) { return std::bit_cast<std::uint64_t>(std::isnan(x) ? NAN : x); }  // a NaN's sign is open
 
 void print_fingerprint(const Family &family, const Results &results) {
     std::uint64_t hash = 14695981039346656037U;
@@ -34,18 +35,21 @@ constexpr double kTolerance[] = {0, 4e-16, 1e-8};
 
 bool within_tolerance(const Family &family, Results results, Results other) {
     if (family.bits == Family::Bits::kRoots)
-        for (Results *const values : {&results, &other}) std::ranges::sort(*values);
+        for (Results *const values : {&results, &other})
+            std::ranges::sort(*values, [](double a, double b) { return std::strong_order(a, b) < 0; });
     std::size_t differing = 0;
     double largest = 0, difference = 0;
     for (std::size_t i = 0; i < results.size(); ++i) {
         differing += bits(results[i]) != bits(other[i]);
         largest = std::max(largest, std::fabs(results[i]));
-        difference = std::max(difference, std::fabs(results[i] - other[i]));
+        if (bits(results[i]) == bits(other[i])) continue;
+        const double apart = std::fabs(results[i] - other[i]);
+        difference = std::isfinite(apart) ? std::max(difference, apart) : HUGE_VAL;
     }
     if (differing > 0)
         std::printf("%-28s %6zu of %6zu differ, by %.1e of the largest at most\n", family.name, differing,
                     results.size(), difference / largest);
-    return difference <= kTolerance[static_cast<int>(family.bits)] * largest;
+    return differing == 0 || difference <= kTolerance[static_cast<int>(family.bits)] * largest;
 }
 
 }  // namespace

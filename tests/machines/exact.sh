@@ -5,4 +5,5 @@ set -eu
 export LC_ALL=C
 record=$1
 shift
-"$@" | grep ' exact ' | diff "$record" -
+fingerprints=$("$@")
+printf '%s\n' "$fingerprints" | grep ' exact ' | diff "$record" -
