@@ -112,7 +112,7 @@ class Files : public testing::Test {  // in a directory of its own
     Matrix *m_ = matrix_new(300, 100);  // its text is more than a pipe holds
 
   private:
-    std::string dir_ = (std::filesystem::temp_directory_path() / "faults_XXXXXX").string();
+    std::string dir_ = (std::filesystem::temp_directory_path() / "faults_").string() + std::string(6, 'X');
     std::filesystem::path home_ = std::filesystem::current_path();
 };
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <bit>
 #include <cfloat>
-#include <climits>
 #include <chrono>
+#include <climits>
 #include <cmath>
 #include <complex>
 #include <cstdint>

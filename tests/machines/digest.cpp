@@ -36,7 +36,7 @@ constexpr double kTolerance[] = {0, 4e-16, 1e-8};
 bool within_tolerance(const Family &family, Results results, Results other) {
     if (family.bits == Family::Bits::kRoots)
         for (Results *const values : {&results, &other})
-            std::ranges::sort(*values, [](double a, double b) { return std::strong_order(a, b) < 0; });
+            std::ranges::sort(*values, [](double a, double b) { return std::is_lt(std::strong_order(a, b)); });
     std::size_t differing = 0;
     double largest = 0, difference = 0;
     for (std::size_t i = 0; i < results.size(); ++i) {
