@@ -44,6 +44,10 @@ TEST_F(Tool, work_that_fails_ends_with_status_1) {
     expect_refused(kLowpass + "x.csv >/dev/full", "standard output: No space left on device", 1);
     expect_refused("--version >/dev/full", "standard output: No space left on device", 1);
     expect_refused(kLowpass + "x.csv -o nothere/y", "nothere/y: No such file or directory", 1);
+    expect_refused(kLowpass + "x.csv -o /proc/y", "/proc/y: ", 1);  // not even root can make a file there
+    ASSERT_EQ(shell("ln -s /dev/full full.svg"), 0);
+    for (const char *picture : {"--plot >/dev/full", "--plot-script >/dev/full", "--plot=full.svg -o y"})
+        expect_refused(kLowpass + "x.csv " + picture, ": No space left on device", 1);
     if (geteuid() != 0) expect_refused(kLowpass + "x.csv -o locked/y", "locked/y: Permission denied", 1);
     write("pipe.sh", "\"$M\" " + kLowpass + "x.csv | head -n 1\nexit ${PIPESTATUS[0]}\n");
     EXPECT_EQ(shell("M=\"$M\" bash pipe.sh"), 1);

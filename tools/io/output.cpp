@@ -133,8 +133,12 @@ void Output::publish() {
 }
 
 void copy_contents(int from, Output &to) {
-    std::array<char, 1 << 16> piece;
     if (lseek(from, 0, SEEK_SET) != 0) fail("{}: {}", to.name(), std::strerror(errno));
+    copy_rest(from, to);
+}
+
+void copy_rest(int from, Output &to) {
+    std::array<char, 1 << 16> piece;
     for (ssize_t got = 0; (got = read(from, piece.data(), piece.size())) != 0;) {
         if (got < 0) fail("{}: {}", to.name(), std::strerror(errno));
         to.write({piece.data(), static_cast<std::size_t>(got)});

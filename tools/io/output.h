@@ -35,6 +35,9 @@ class Output {
 // Copies a whole file of which only the descriptor is known.
 void copy_contents(int from, Output &to);
 
+// Copies what is left of a file or comes through a pipe.
+void copy_rest(int from, Output &to);
+
 // A nameless file that vanishes with its descriptor.
 int nameless_file();
 

@@ -42,13 +42,15 @@ std::string text_terminal(std::size_t panels) {
     return fmt::format("set terminal dumb size {},{}\n", columns, rows * panels);
 }
 
-void write_all(int descriptor, std::string_view text) {
+int file_of(std::string_view text) {
+    const int file = nameless_file();
     while (!text.empty()) {
-        const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return;  // gnuplot has ended: its exit status tells why
+        const ssize_t written = write(file, text.data(), text.size());
+        if (written < 0) fail("the script for gnuplot: {}", std::strerror(errno));
         text.remove_prefix(static_cast<std::size_t>(written));
     }
+    lseek(file, 0, SEEK_SET);
+    return file;
 }
 
 // gnuplot echoes the command, points at the place and gives the reason last.
@@ -71,17 +73,18 @@ std::string last_line_of(int descriptor) {
     _exit(kNotFound);
 }
 
-// gnuplot reads the script from a pipe and writes the picture to a descriptor.
-void run_gnuplot(const std::string &script, int picture) {
+// The picture comes through a pipe: gnuplot itself does not tell when it cannot write.
+void run_gnuplot(const std::string &script, Output &picture) {
     std::array<int, 2> ends;
-    const int complaints = nameless_file();
+    const int commands = file_of(script), complaints = nameless_file();
     if (pipe2(ends.data(), O_CLOEXEC) != 0) fail("gnuplot: {}", std::strerror(errno));
     const pid_t child = fork();
     if (child < 0) fail("gnuplot: {}", std::strerror(errno));
-    if (child == 0) become_gnuplot(ends[0], picture, complaints);
-    close(ends[0]);
-    write_all(ends[1], script);
+    if (child == 0) become_gnuplot(commands, ends[1], complaints);
+    close(commands);
     close(ends[1]);
+    copy_rest(ends[0], picture);
+    close(ends[0]);
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
@@ -128,9 +131,9 @@ void draw(const Figure &whole, const PlotOptions &plot) {
     if (plot.kind == PlotOptions::Script)
         out.write(script);
     else if (plot.kind == PlotOptions::Terminal)
-        run_gnuplot(text_terminal(figure.panels.size()) + script, out.descriptor());
+        run_gnuplot(text_terminal(figure.panels.size()) + script, out);
     else
-        run_gnuplot(file_terminal(plot.file, figure.panels.size()) + script, out.descriptor());
+        run_gnuplot(file_terminal(plot.file, figure.panels.size()) + script, out);
     out.commit();
 }
 
