@@ -13,7 +13,7 @@
  * covariance R.  Units are the caller's: Q and R are variances in squared units of x and z.
  *
  * Memory.  Nothing here allocates.  Only the corners in use of the matrices are touched.  An update takes up to
- * 101 KB of stack, 110 KB if the library is compiled without optimisation.
+ * 101 KB of stack on x86-64, 110 KB if the library is compiled without optimisation.
  *
  * Threads.  Separate filters may run in separate threads at once; one filter belongs to one thread at a time.
  *
