@@ -10,8 +10,9 @@
  * Memory.  The fixed-capacity functions never allocate.  An RMATRIX takes 80 KB whatever its size: the _ptr forms touch
  * the corner in use only, the by-value forms copy whole records over the stack, 80 KB an argument and result.  The heap
  * functions that return a Matrix hand it to the caller, who gives it to matrix_delete.
- * Stack on x86-64, arguments and result included, with optimisation and without: rmatrix_inverse_ptr takes up to 101 and 110 KB,
- * the by-value forms 261 and 440 KB, matrix_mul and householder 26 and 60 KB; without it rmatrix_multi_ptr 35 KB.
+ * Stack on x86-64, arguments and result included, with optimisation and without: rmatrix_inverse_ptr takes up to 101
+ * and 110 KB, the by-value forms 261 and 440 KB, matrix_mul and householder 26 and 60 KB; without it rmatrix_multi_ptr
+ * 35 KB.
  *
  * Threads.  All functions are safe in several threads at once, each on its own data; matrix_show and QRtest write one
  * file in the current directory: one call at a time.
