@@ -4,7 +4,8 @@
     /usr/bin/python3 bench/companion_bench.py [--json] [build/release/tools/mensura]
 
 Both run as programs of their own, in turn in one run; seconds are medians of the wall clock, MiB the peak of the resident
-set (at least that of this program, which therefore stays small).  The script filters with the coefficients of `mensura design --json`, so both must give the same numbers.
+set (at least that of this program, which therefore stays small).  The script filters with the coefficients of
+`mensura design --json`, so both must give the same numbers.
 """
 
 import argparse

@@ -8,6 +8,7 @@ from matrix import householder, inverse, random_matrix
 from ode import problems, run_rkf45, run_scipy
 from report import noise
 from scipy import signal
+from spectral import transformed
 
 
 def show(values, digits="{:.3f}"):
@@ -47,11 +48,6 @@ def names(lib):
         lib.IIRFilterZeroPhase(f, x, y, len(x))
         theirs = signal.sosfiltfilt(sections_of(f.Coeffs), x, **options)
         return f"{np.max(abs(y - theirs)[inner]) / np.max(abs(y)):.1g}"
-
-    def transform(x, direction):
-        re, im = x.real.copy(), x.imag.copy()
-        lib.FFT(re, im, len(x), direction)
-        return re + 1j * im
 
     def unwritten_bin():
         re, im = np.full(9, 77.0), np.zeros(9)
