@@ -128,8 +128,8 @@ def run(command):
 def commands(build):
     yield from ([path, "--benchmark_format=json"] for path in sorted(build.glob("bench/*_bench")))
     yield [sys.executable, HERE / "scipy_bench.py", "--json", build / "libmensura.so"]
-    if (tool := build / "tools/mensura").exists():
-        yield [sys.executable, HERE / "companion_bench.py", "--json", tool]
+    if (tool := build / "cli/mensura").exists():
+        yield [sys.executable, HERE / "cli_bench.py", "--json", tool]
 
 
 def quantity(value, unit):

@@ -1,7 +1,7 @@
 # Debian packages: the library, what other programs are built with, the companion program.
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL runtime development)
-if(MENSURA_BUILD_TOOLS)
+if(MENSURA_BUILD_CLI)
     list(APPEND CPACK_COMPONENTS_ALL program)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)

@@ -1,8 +1,8 @@
 // The companion's command line: any arguments are parsed, and no command is run; numbers with units.
 #include <CLI/CLI.hpp>
 
-#include "../../tools/program.h"
-#include "../../tools/quantity.h"
+#include "cli/app/program.h"
+#include "cli/app/quantity.h"
 #include "input.h"
 
 struct Parsed {};  // thrown in place of the work that would follow
@@ -10,7 +10,7 @@ struct Parsed {};  // thrown in place of the work that would follow
 void fuzz::test(Input &input) {
     const std::string quantity = input.ConsumeRandomLengthString(20);
     std::string complaint, line = "mensura\n" + input.ConsumeRemainingBytesAsString();  // an argument a line
-    const std::optional<double> value = tools::parse_quantity(quantity, tools::kHertz, complaint);
+    const std::optional<double> value = cli::parse_quantity(quantity, cli::kHertz, complaint);
     law(value ? std::isfinite(*value) && complaint.empty() : !complaint.empty());
     std::vector<char *> arguments{line.data()};
     for (std::size_t at = 0; (at = line.find('\n', at)) != std::string::npos;) {
@@ -18,10 +18,10 @@ void fuzz::test(Input &input) {
         arguments.push_back(line.data() + at);
     }
     CLI::App program;
-    tools::describe(program);
+    cli::describe(program);
     program.parse_complete_callback([] { throw Parsed(); });
     try {
-        const int status = tools::run(program, static_cast<int>(arguments.size()), arguments.data());
+        const int status = cli::run(program, static_cast<int>(arguments.size()), arguments.data());
         law(status == 0 || status == 2);
     } catch (const Parsed &) {  // a call that is right
     }

@@ -1,20 +1,20 @@
 // The companion's reader of tables: any text, any choice of columns, and the same table written and read again.
 #include <unistd.h>
 
-#include "../../tools/failure.h"
-#include "../../tools/io/record.h"
-#include "../../tools/io/table.h"
+#include "cli/app/diagnostics.h"
+#include "cli/data/record.h"
+#include "cli/data/table.h"
 #include "input.h"
 
 using namespace fuzz;
 
 // All numbers of a table, which is written into `out` line by line.
-static Doubles copy_table(const std::string &text, const std::vector<std::string> &wanted, tools::Output &out) {
-    tools::Source source("table", text);
-    tools::TableReader table(source, wanted);
+static Doubles copy_table(const std::string &text, const std::vector<std::string> &wanted, cli::Output &out) {
+    cli::Source source("table", text);
+    cli::TableReader table(source, wanted);
     Doubles all;
     while (table.next()) {
-        if (table.kind() != tools::LineKind::Data) {
+        if (table.kind() != cli::LineKind::Data) {
             table.write_line(out);
             continue;
         }
@@ -31,15 +31,15 @@ void fuzz::test(Input &input) {
     std::vector<std::string> wanted{input.ConsumeRandomLengthString(8)};
     if (wanted[0].empty()) wanted.clear();
     const std::string text = input.ConsumeRemainingBytesAsString();
-    tools::Output out("/tmp/never_committed"), again("/tmp/never_committed_again");
+    cli::Output out("/tmp/never_committed"), again("/tmp/never_committed_again");
     try {
         const Doubles before = copy_table(text, wanted, out);
         std::string copy(static_cast<std::size_t>(lseek(out.descriptor(), 0, SEEK_END)), ' ');
         law(pread(out.descriptor(), copy.data(), copy.size(), 0) == static_cast<ssize_t>(copy.size()));
         law(same(before, copy_table(copy, wanted, again)));
-        tools::Source source("table", text);
-        const tools::Record record = tools::read_record(source, wanted, {});
-        for (const tools::Channel &channel : record.channels) law(channel.samples.size() == record.length());
-    } catch (const tools::Failure &) {  // tells of bad input
+        cli::Source source("table", text);
+        const cli::Record record = cli::read_record(source, wanted, {});
+        for (const cli::Channel &channel : record.channels) law(channel.samples.size() == record.length());
+    } catch (const cli::Failure &) {  // tells of bad input
     }
 }

@@ -2,15 +2,15 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "../../tools/failure.h"
-#include "../../tools/io/wav.h"
+#include "cli/app/diagnostics.h"
+#include "cli/data/wav.h"
 #include "input.h"
 
 using namespace fuzz;
 
-static Doubles samples_of(tools::WavReader &wav) {
+static Doubles samples_of(cli::WavReader &wav) {
     law(wav.channels() >= 1);
-    Doubles all, block(tools::kWavFrames * wav.channels());
+    Doubles all, block(cli::kWavFrames * wav.channels());
     while (const std::size_t count = wav.read(block)) {
         law(count <= block.size() && count % wav.channels() == 0);
         all.insert(all.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(count));
@@ -22,18 +22,18 @@ void fuzz::test(Input &input) {
     const auto bytes = input.ConsumeRemainingBytes<char>();
     const int file = memfd_create("sound", 0);
     law(write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
-    tools::Output out("/tmp/never_committed");
+    cli::Output out("/tmp/never_committed");
     try {
-        tools::Source source(fmt::format("/proc/self/fd/{}", file));
-        tools::WavReader wav(source);
+        cli::Source source(fmt::format("/proc/self/fd/{}", file));
+        cli::WavReader wav(source);
         const Doubles samples = samples_of(wav);
-        tools::WavWriter writer(out, wav);
+        cli::WavWriter writer(out, wav);
         writer.write(samples);
         writer.finish();
-        tools::Source written(fmt::format("/proc/self/fd/{}", out.descriptor()));
-        tools::WavReader again(written);
+        cli::Source written(fmt::format("/proc/self/fd/{}", out.descriptor()));
+        cli::WavReader again(written);
         law(again.channels() == wav.channels() && samples_of(again).size() == samples.size());
-    } catch (const tools::Failure &) {  // tells of bad input
+    } catch (const cli::Failure &) {  // tells of bad input
     }
     close(file);
 }

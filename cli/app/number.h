@@ -1,0 +1,15 @@
+// Numbers as text.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace cli {
+
+// One finite number that fills the text, blanks aside; a plus sign may stand before it.
+std::optional<double> parse_number(std::string_view text);
+
+// Without the blanks at both ends.
+std::string_view trimmed(std::string_view text);
+
+}  // namespace cli

@@ -1,0 +1,167 @@
+#include "cli/app/program.h"
+
+#include <CLI/CLI.hpp>
+#include <new>
+#include <sstream>
+#include <vector>
+
+#include "cli/app/commands.h"
+#include "cli/app/diagnostics.h"
+#include "cli/app/number.h"
+#include "cli/data/source.h"
+#include "cli/files/output.h"
+#include "cli/plot/draw.h"
+
+namespace cli {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura demo\n"
+    "  mensura design lowpass --cutoff 40Hz --rate 360Hz\n"
+    "  mensura filter lowpass --cutoff 40Hz --rate 360Hz --plot=ecg.svg ecg.csv > clean.csv\n"
+    "  mensura spectrum --window hanning --db ecg.csv\n";
+
+std::string with_examples(const std::string &text, const std::string &examples) {
+    return text + "\n\nExamples:\n" + examples;
+}
+
+// A command's line in the list of commands is the first of its description.
+class HelpFormatter : public CLI::Formatter {
+  public:
+    HelpFormatter() { column_width(28); }
+    std::string make_subcommand(const CLI::App *command) const override {
+        const std::string text = command->get_description();
+        std::ostringstream line;
+        CLI::detail::format_help(line, command->get_name(), text.substr(0, text.find('\n')), get_column_width());
+        return line.str();
+    }
+    std::string make_option_opts(const CLI::Option *option) const override {
+        const std::string name = option->get_type_name();
+        return name.empty() || name == "TEXT" || name == "BOOLEAN" ? "" : (name.front() == '[' ? name : " " + name);
+    }
+};
+
+// Numbers below 0 are arguments, not options: CLI11 sees that of -6, not of -.5.  A plain --plot has no value; an
+// argument that ends like a picture's file was meant to be one.
+std::vector<std::string> arguments_of(int argc, char **argv) {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string &argument = arguments[i];
+        if (argument.starts_with("-.") && parse_number(argument)) argument.insert(1, "0");
+        if (argument != "--plot") continue;
+        const bool named = i + 1 < arguments.size() && is_picture(arguments[i + 1]);
+        argument += std::string("=") + (named ? arguments[i + 1] : kPlotInTerminal);
+        if (named) arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+    }
+    return {arguments.rbegin(), arguments.rend()};  // the order that CLI11 takes them in
+}
+
+std::string one_line(std::string text) {
+    for (char &c : text)
+        if (c == '\n' || c == '\r') c = ' ';
+    return text;
+}
+
+int complain(Status status, const std::string &line) {
+    to_stderr("mensura: " + one_line(line) + "\n");
+    return static_cast<int>(status);
+}
+
+const CLI::App &chosen_command(const CLI::App &program) {
+    const std::vector<const CLI::App *> commands =
+        program.get_subcommands([](const CLI::App *app) { return app->parsed(); });
+    return commands.empty() ? program : *commands.front();
+}
+
+std::string help_of(const CLI::App &app) { return app.help(app.get_parent() == nullptr ? "" : "mensura"); }
+
+int complain_about_call(const std::string &line) {
+    return complain(Status::BadInput, fmt::format("{}; --help shows what would be right", line));
+}
+
+int show(const std::string &text) {
+    Output out("");
+    out.write(text);
+    out.commit();
+    return 0;
+}
+
+// Where there is nothing to work on.
+int show_help_instead(const CLI::App &program) {
+    to_stderr(help_of(chosen_command(program)));
+    return static_cast<int>(Status::BadInput);
+}
+
+// Every command's help in one, for the manual page.
+std::string all_help(const CLI::App &program) {
+    std::string text = program.help();
+    for (const CLI::App *command : program.get_subcommands([](const CLI::App *) { return true; }))
+        text += fmt::format("\nmensura {}:\n{}", command->get_name(), help_of(*command));
+    return text;
+}
+
+}  // namespace
+
+int run(CLI::App &program, int argc, char **argv) {
+    try {
+        program.parse(arguments_of(argc, argv));
+        return argc > 1 ? 0 : show_help_instead(program);
+    } catch (const CLI::CallForHelp &) {
+        return show(help_of(chosen_command(program)));
+    } catch (const CLI::CallForAllHelp &) {
+        return show(all_help(program));
+    } catch (const CLI::CallForVersion &) {
+        return show("mensura " MENSURA_CLI_VERSION "\n");
+    } catch (const CLI::ExtrasError &error) {
+        if (&chosen_command(program) != &program) return complain_about_call(error.what());
+        return complain_about_call(fmt::format("there is no command \"{}\"", argv[1]));
+    } catch (const CLI::ParseError &error) {
+        return complain_about_call(error.what());
+    } catch (const InputIsTerminal &) {
+        return show_help_instead(program);
+    }
+}
+
+void describe(CLI::App &program) {
+    program.description(
+        with_examples("Measurement data filtered, transformed and looked at from the command line.", kExamples));
+    program.name("mensura");
+    program.formatter(std::make_shared<HelpFormatter>());
+    program.require_subcommand(0, 1);
+    program.set_help_flag("-h,--help", "show this help");
+    program.set_help_all_flag("--help-all", "show the help of every command");
+    program.set_version_flag("--version", MENSURA_CLI_VERSION, "show the version");
+    program.footer(
+        "Tables are CSV, with or without a line of names; what is not filtered comes back as it was. A missing "
+        "cell stays\n"
+        "missing; where a value is needed, the one before stands in for it.\n"
+        "Data go to standard output, messages to standard error.\n"
+        "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
+    for (const auto add : {add_design, add_filter, add_spectrum, add_tone, add_window, add_smooth, add_derive,
+                           add_despike, add_average, add_track, add_roots, add_demo})
+        add(program);
+}
+
+int run_and_complain(int argc, char **argv) {
+    try {
+        CLI::App program;
+        describe(program);
+        return run(program, argc, argv);
+    } catch (const Failure &failure) {
+        return complain(failure.status(), failure.what());
+    } catch (const std::bad_alloc &) {
+        return complain(Status::Failed, "out of memory");
+    } catch (const std::exception &error) {
+        return complain(Status::Failed, error.what());
+    }
+}
+
+CLI::App *add_command(CLI::App &program, const std::string &name, const std::string &line,
+                      const std::string &examples) {
+    CLI::App *const command = program.add_subcommand(name, with_examples(line, examples));
+    command->set_help_all_flag();  // is for the program as a whole
+    return command;
+}
+
+}  // namespace cli

@@ -1,0 +1,17 @@
+// The program as a whole: its commands, and its answer to a call.
+#pragma once
+
+#include "cli/app/command_line.h"
+
+namespace cli {
+
+// Adds every command and the options of the program itself.
+void describe(CLI::App &program);
+
+// Parses the call and runs the command that it names; returns the exit status.  A command's Failure passes through.
+int run(CLI::App &program, int argc, char **argv);
+
+// The same from beginning to end: what fails is told on stderr.
+int run_and_complain(int argc, char **argv);
+
+}  // namespace cli

@@ -1,0 +1,78 @@
+#include "cli/app/quantity.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <limits>
+
+#include "cli/app/number.h"
+
+namespace cli {
+
+namespace {
+
+std::string unit_names(std::span<const Unit> units) {
+    std::string names;
+    for (const Unit &unit : units)
+        if (unit.named) names += (names.empty() ? "" : ", ") + std::string(unit.name);
+    return names;
+}
+
+std::string wish(std::span<const Unit> units) {
+    if (units.empty()) return "expected a number";
+    return fmt::format("expected a number in {}", unit_names(units));
+}
+
+std::string argument_name(std::span<const Unit> units) {
+    return units.empty() ? "X" : units.front().name == "Hz" ? "F" : std::string(units.front().name);
+}
+
+}  // namespace
+
+std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &complaint) {
+    text = trimmed(text);
+    const std::size_t last = text.find_last_of("0123456789.");
+    const std::size_t length = last == std::string_view::npos ? 0 : last + 1;
+    const std::string_view unit = trimmed(text.substr(length));
+    const std::optional<double> number = parse_number(text.substr(0, length));
+    if (!number) {
+        complaint = fmt::format("\"{}\" is not a number; {}", text, wish(units));
+        return {};
+    }
+    if (unit.empty()) return *number + 0.0;  // no "-0"
+    for (const Unit &known : units)
+        if (known.name == unit && std::isfinite(*number * known.factor)) return *number * known.factor;
+    complaint = fmt::format("unknown unit \"{}\" in \"{}\"; {}", unit, text, wish(units));
+    return {};
+}
+
+CLI::Option *add_quantity(CLI::App &app, const std::string &name, std::function<void(double)> take,
+                          std::span<const Unit> units, const std::string &help) {
+    const auto parse = [name, take = std::move(take), units](const std::string &text) {
+        std::string complaint;
+        const std::optional<double> value = parse_quantity(text, units, complaint);
+        if (!value) throw CLI::ValidationError(name, complaint);
+        take(*value);
+    };
+    return app.add_option_function<std::string>(name, parse, help)->type_name(argument_name(units));
+}
+
+CLI::Option *add_rate(CLI::App &app, std::optional<double> &rate, const std::string &help) {
+    const auto take = [&rate](double value) {
+        if (value <= 0) throw CLI::ValidationError("--rate", fmt::format("{} Hz is not above 0", value));
+        rate = value;
+    };
+    return add_quantity(app, "--rate", std::function<void(double)>(take), kHertz, help);
+}
+
+CLI::Option *add_count(CLI::App &app, const std::string &name, std::function<void(int)> take, const std::string &help) {
+    const auto take_whole = [name, take = std::move(take)](double number) {
+        if (number != std::floor(number) || std::abs(number) > std::numeric_limits<int>::max())
+            throw CLI::ValidationError(name, fmt::format("{} is not a whole number", number));
+        take(static_cast<int>(number));
+    };
+    return add_quantity(app, name, std::function<void(double)>(take_whole), kPlain, help)->type_name("N");
+}
+
+}  // namespace cli

@@ -1,0 +1,50 @@
+// Numbers with units on the command line: 40Hz, 2kHz, 3dB.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "cli/app/command_line.h"
+
+namespace cli {
+
+struct Unit {
+    std::string_view name;
+    double factor;
+    bool named = true;  // in help and complaints; the others are other ways to write them
+};
+
+// The unit that a bare number has comes first.
+inline constexpr Unit kHertz[] = {{"Hz", 1},        {"kHz", 1e3},        {"MHz", 1e6},       {"mHz", 1e-3},
+                                  {"hz", 1, false}, {"khz", 1e3, false}, {"KHz", 1e3, false}};
+inline constexpr Unit kDecibel[] = {{"dB", 1}, {"db", 1, false}};
+inline constexpr std::span<const Unit> kPlain;
+
+// A finite number and its unit, with or without a blank between them; what is wrong goes into `complaint`.
+std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &complaint);
+
+// An option that takes such a number.
+CLI::Option *add_quantity(CLI::App &app, const std::string &name, std::function<void(double)> take,
+                          std::span<const Unit> units, const std::string &help);
+
+template <class Value>  // double or std::optional<double>
+CLI::Option *add_quantity(CLI::App &app, const std::string &name, Value &value, std::span<const Unit> units,
+                          const std::string &help) {
+    return add_quantity(app, name, std::function<void(double)>([&value](double x) { value = x; }), units, help);
+}
+
+// The sampling rate, above 0.
+CLI::Option *add_rate(CLI::App &app, std::optional<double> &rate, const std::string &help);
+
+// A whole number.
+CLI::Option *add_count(CLI::App &app, const std::string &name, std::function<void(int)> take, const std::string &help);
+
+template <class Value>  // int or std::optional<int>
+CLI::Option *add_count(CLI::App &app, const std::string &name, Value &value, const std::string &help) {
+    return add_count(app, name, std::function<void(int)>([&value](int n) { value = n; }), help);
+}
+
+}  // namespace cli

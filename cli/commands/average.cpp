@@ -1,0 +1,53 @@
+// mensura average: the moving average of every column.
+#include <mensura/online.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "cli/app/commands.h"
+#include "cli/app/diagnostics.h"
+#include "cli/app/quantity.h"
+#include "cli/data/rewrite.h"
+
+namespace cli {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura average --length 16 room.csv > calm.csv\n"
+    "  logger | mensura average --length 50 --column 2 | viewer\n";
+
+constexpr int kLongest = 2000;  // what a MovingAverageOnline holds
+
+struct Options {
+    Files files;
+    int length = 0;
+};
+
+void run(const Options &options) {
+    const int length = options.length;
+    if (length < 1 || length > kLongest) reject("--length {} is not from 1 to {}", length, kLongest);
+    Source source(options.files.input);
+    expect_table(source);
+    const MakeStep make = [length]() -> Step {
+        const auto filter = std::make_shared<MovingAverageOnline>();
+        init_move_average_filter_online(filter.get(), length);
+        return [filter](double x) { return move_average_filter_online(filter.get(), x); };
+    };
+    stream_table(source, options.files, make, fmt::format("average of {} samples", length), 0);
+}
+
+}  // namespace
+
+void add_average(CLI::App &program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App *const app = add_command(
+        program, "average", "replace each sample of a table's columns by the mean of the last ones", kExamples);
+    add_count(*app, "--length", options->length,
+              "samples in the mean, 1 to 2000; of all so far until there are as many")
+        ->required();
+    add_files(*app, options->files);
+    app->callback([options] { run(*options); });
+}
+
+}  // namespace cli

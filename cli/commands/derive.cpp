@@ -1,0 +1,51 @@
+// mensura derive: the derivative of every column.
+#include <mensura/online.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "cli/app/commands.h"
+#include "cli/app/diagnostics.h"
+#include "cli/app/quantity.h"
+#include "cli/data/rewrite.h"
+
+namespace cli {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura derive drive.csv > speed.csv\n"
+    "  mensura smooth --degree 3 --window 7 drive.csv | mensura derive --rate 100Hz --plot=speed.svg > speed.csv\n";
+
+struct Options {
+    Files files;
+    std::optional<double> rate;
+};
+
+void run(const Options &options) {
+    Source source(options.files.input);
+    expect_table(source);
+    Record record = read_record(source, options.files.columns, options.rate);
+    if (record.length() < 2) reject("{}: a derivative needs 2 rows at least; there is 1", record.name);
+    const double h = 1 / rate_of(record);
+    const Change change = [h](Channel &channel) {
+        std::vector<double> &x = channel.samples, dx(x.size());
+        central_difference(x.data(), dx.data(), static_cast<int>(x.size()), h);
+        x.swap(dx);
+    };
+    rewrite_record(record, options.files, change, "derivative, per second");
+}
+
+}  // namespace
+
+void add_derive(CLI::App &program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App *const app = add_command(
+        program, "derive", "differentiate the columns of a table, in their unit per second, by central differences",
+        kExamples);
+    add_rate(*app, options->rate, "sampling rate in Hz; default: from the column called time");
+    add_files(*app, options->files);
+    app->callback([options] { run(*options); });
+}
+
+}  // namespace cli

@@ -1,0 +1,55 @@
+// mensura despike: replaces spikes in every column by the sample before them.
+#include <mensura/online.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "cli/app/commands.h"
+#include "cli/app/diagnostics.h"
+#include "cli/app/quantity.h"
+#include "cli/data/rewrite.h"
+
+namespace cli {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura despike --limit 0.5 ecg.csv > clean.csv\n"
+    "  logger | mensura despike --limit 20 --column pressure | mensura average --length 16 | viewer\n";
+
+struct Options {
+    Files files;
+    double limit = 0;
+};
+
+void run(const Options &options) {
+    const double limit = options.limit;
+    if (limit <= 0) reject("--limit {} is not above 0", limit);
+    Source source(options.files.input);
+    expect_table(source);
+    const MakeStep make = [limit]() -> Step {
+        const auto filter = std::make_shared<AmplitudeLimitOnline>();
+        init_amlitude_limit_filer_online(filter.get(), limit);
+        return [filter](double x) { return amlitude_limit_filer_online(filter.get(), x); };
+    };
+    stream_table(source, options.files, make, fmt::format("spikes above {:.6g} rejected", limit), 0);
+}
+
+}  // namespace
+
+void add_despike(CLI::App &program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App *const app = add_command(
+        program, "despike",
+        "replace spikes in the columns of a table by the sample before them; the first 6 samples and jumps of 19 pass",
+        kExamples);
+    add_quantity(
+        *app, "--limit", options->limit, kPlain,
+        "a sample that differs from the last one accepted by more than L, in the unit of the column, is a spike")
+        ->type_name("L")
+        ->required();
+    add_files(*app, options->files);
+    app->callback([options] { run(*options); });
+}
+
+}  // namespace cli

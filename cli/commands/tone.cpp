@@ -1,0 +1,91 @@
+// mensura tone: the amplitudes of every column or channel at single frequencies.
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "cli/app/commands.h"
+#include "cli/app/diagnostics.h"
+#include "cli/app/quantity.h"
+#include "cli/data/rewrite.h"
+#include "cli/data/spectrum.h"
+
+namespace cli {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura tone 50Hz 150Hz 250Hz --rate 10kHz --no-mean current.csv\n"
+    "  mensura tone 1kHz --window flattop --db tone.wav\n"
+    "  mensura tone 60 --power ecg.csv\n";
+
+struct Options {
+    SpectrumOptions spectrum;
+    std::optional<double> rate;
+    std::vector<std::string> arguments;  // frequencies, and behind them a file
+    std::vector<std::string> columns;
+    std::string output;
+};
+
+struct Request {
+    std::vector<double> frequencies = {};  // Hz
+    std::string file = {};
+};
+
+Request request_of(const std::vector<std::string> &arguments) {
+    Request request;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string complaint;
+        if (const std::optional<double> frequency = parse_quantity(arguments[i], kHertz, complaint))
+            request.frequencies.push_back(*frequency);
+        else if (i + 1 == arguments.size())
+            request.file = arguments[i];
+        else
+            reject("{}", complaint);
+    }
+    if (request.frequencies.empty()) reject("a frequency comes first, such as 50Hz");
+    return request;
+}
+
+Spectra tones_of(const Record &record, const std::vector<double> &frequencies, const SpectrumOptions &options) {
+    for (const double frequency : frequencies)
+        if (!(frequency >= 0 && frequency <= 0.5 * record.rate))
+            reject("{} Hz: must lie within 0 and {} Hz, half the sampling rate", frequency, 0.5 * record.rate);
+    Spectra spectra{.frequencies = frequencies};
+    for (const Channel &channel : record.channels) {
+        std::vector<double> tones =
+            amplitudes_at(frequencies, record.rate, channel.samples, options.window, options.no_mean);
+        for (std::size_t i = 0; i < tones.size(); ++i)
+            tones[i] = scaled(tones[i], frequencies[i] > 0 && frequencies[i] < 0.5 * record.rate, options.scale);
+        spectra.names.push_back(channel.name);
+        spectra.values.push_back(std::move(tones));
+    }
+    return spectra;
+}
+
+void run(const Options &options) {
+    const Request request = request_of(options.arguments);
+    remark_on(options.spectrum.window);
+    const Record record = read_signals(request.file, options.columns, options.rate);
+    const Spectra spectra = tones_of(record, request.frequencies, options.spectrum);
+    Output out(options.output);
+    write_csv(spectra, out);
+    out.commit();
+}
+
+}  // namespace
+
+void add_tone(CLI::App &program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App *const app = add_command(program, "tone", "amplitudes at single frequencies", kExamples);
+    app->add_option("F", options->arguments,
+                    "frequencies in Hz, from 0 to half the sampling rate; behind them the input, - or none is standard "
+                    "input")
+        ->type_name("... [FILE]")
+        ->required();
+    add_rate(*app, options->rate, "sampling rate in Hz; default from the column of times or the WAV");
+    add_spectrum_options(*app, options->spectrum);
+    add_columns(*app, options->columns);
+    add_output(*app, options->output);
+    app->callback([options] { run(*options); });
+}
+
+}  // namespace cli

@@ -1,0 +1,234 @@
+// mensura track: position, velocity and acceleration estimated from measured positions; docs/kalman.md tells how.
+#include <mensura/kalman.h>
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cmath>
+#include <memory>
+
+#include "cli/app/commands.h"
+#include "cli/app/diagnostics.h"
+#include "cli/app/quantity.h"
+#include "cli/data/rewrite.h"
+#include "cli/data/table.h"
+
+namespace cli {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura track --bandwidth 3Hz --r 0.0025 drive.csv > estimates.csv\n"
+    "  logger | mensura track --q 1e-4 --r 0.0025 --rate 100Hz --column x --column y | viewer\n";
+
+constexpr const char *kEstimates[] = {"_position", "_velocity", "_acceleration"};
+constexpr std::size_t kMostColumns = 100;  // a Kalman filter takes 1.3 MB
+constexpr double kNoMeasurement = 1e12;    // times r: so uncertain a position has no weight
+
+struct Options {
+    Files files;
+    std::optional<double> qaa, bandwidth, p, rate;
+    double r = 0;
+};
+
+struct Model {
+    double dt, qaa, r, p;
+};
+
+using State = std::array<double, 3>;
+
+// A column: it begins at its first number, and where numbers are missing the model predicts.
+class Axis {
+  public:
+    Axis(const Column &column, std::size_t place, const Model &model)
+        : name_(column.name), place_(place), model_(model) {}
+
+    const std::string &name() const { return name_; }
+    std::size_t place() const { return place_; }  // among the table's columns
+
+    // NaN for a missing position; estimates of NaN before the first number.
+    const State &update(double position) {
+        const bool missing = std::isnan(position);
+        if (!filter_ && missing) return state_;
+        if (!filter_) begin(position);
+        const double z = missing ? state_[0] + model_.dt * state_[1] : position;
+        filter_->R.data[0] = missing ? kNoMeasurement * model_.r : model_.r;
+        KalmanFilter_update_d(filter_.get(), &z, state_.data());
+        return state_;
+    }
+
+    bool lost() const {
+        if (!filter_) return false;
+        return isEmptyRMATRIX(getKalmanFilter_state(filter_.get())) != 0 ||
+               !std::isfinite(state_[0] + state_[1] + state_[2]);
+    }
+
+  private:
+    void begin(double position) {
+        std::array<double, 9> a, q, p;
+        std::array<double, 3> c;
+        filter_ = std::make_unique_for_overwrite<KalmanFilter>();
+        state_ = {position, 0, 0};
+        initKalmanFilter_d(filter_.get(), getKalmanFilterA(a.data(), 3, model_.dt), getKalmanFilterC(c.data(), 1),
+                           getKalmanFilterQ(q.data(), 3, 0, 0, 0, 0, 0, model_.qaa), &model_.r,
+                           getKalmanFilterP(p.data(), 3, model_.p), state_.data(), 1, 3);
+    }
+
+    std::string name_;
+    std::size_t place_;
+    Model model_;
+    std::unique_ptr<KalmanFilter> filter_;
+    State state_{kMissing, kMissing, kMissing};
+};
+
+// The lines before the first row.  They wait for it: it tells which columns are numbers, and only those get new names.
+class Head {
+  public:
+    void add(const TableReader &table) {
+        text_ += table.line().text;
+        if (table.kind() == LineKind::Header) end_of_header_ = text_.size();
+        text_ += table.line().end;
+    }
+
+    void write(Output &out, const std::vector<Axis> &axes, char separator) {
+        std::string names;
+        for (const Axis &axis : axes)
+            for (const char *const estimate : kEstimates)
+                names += separator + cell_text(axis.name() + estimate, separator);
+        if (end_of_header_ != kNone) text_.insert(end_of_header_, names);
+        out.write(text_);
+    }
+
+  private:
+    std::string text_;
+    std::size_t end_of_header_ = kNone;
+};
+
+// q = qaa dt^4 / r = (f / (0.44 fs))^6 puts -3 dB at f.
+double qaa_of(const Options &options, double rate) {
+    if (!options.bandwidth) return *options.qaa;
+    const double f = *options.bandwidth;
+    if (f >= 0.5 * rate) reject("--bandwidth {} Hz is not below half the rate, {} Hz", f, 0.5 * rate);
+    if (f > rate / 25) remark("--bandwidth {} Hz is above a 25th of the rate: -3 dB lie at a lower frequency", f);
+    return std::pow(f / (0.44 * rate), 6) * options.r * std::pow(rate, 4);
+}
+
+Model model_of(const Options &options, double rate) {
+    return {1 / rate, qaa_of(options, rate), options.r, options.p.value_or(1e4 * options.r)};
+}
+
+std::vector<Axis> axes_of(const TableReader &table, const Model &model) {
+    if (table.columns().size() > kMostColumns)
+        reject("{} columns are too many to track, {} at most; choose with --column", table.columns().size(),
+               kMostColumns);
+    std::vector<Axis> axes;
+    for (std::size_t i = 0; i < table.columns().size(); ++i)
+        if (table.columns()[i].kind != Column::Text) axes.emplace_back(table.columns()[i], i, model);
+    return axes;
+}
+
+// A missing cell; between blanks an empty one would not be seen.
+void write_number(Output &out, double value, char separator) {
+    out.write({&separator, 1});
+    if (!std::isnan(value))
+        out.number(value);
+    else if (separator == ' ')
+        out.write("NaN");
+}
+
+void write_row(Output &out, const TableReader &table, std::vector<Axis> &axes, Comparison &comparison,
+               const std::string &file) {
+    out.write(table.line().text);
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        const double position = table.values()[axes[i].place()];
+        const State &state = axes[i].update(position);
+        if (axes[i].lost())
+            fail(
+                "{}:{}: the estimates of {} are lost to rounding or overflow; choose units in which --r is above 1e-12 "
+                "and the positions are not huge",
+                file, table.line().number, axes[i].name());
+        for (const double estimate : state) write_number(out, estimate, table.separator());
+        comparison.add(i, position, state[0]);
+    }
+    out.write(table.line().end);
+}
+
+void track(Source &source, const Options &options, double rate) {
+    const Model model = model_of(options, rate);
+    TableReader table(source, options.files.columns);
+    Output out(data_file(options.files.plot, options.files.output));
+    Comparison comparison(options.files.plot);
+    std::vector<Axis> axes;
+    Head head;
+    for (;;) {
+        if (out.full() || (table.rows() > 0 && !table.ready())) out.flush();
+        if (!table.next()) break;
+        if (table.rows() == 0) {
+            head.add(table);
+            continue;
+        }
+        if (axes.empty()) {
+            axes = axes_of(table, model);
+            head.write(out, axes, table.separator());
+        }
+        if (table.kind() == LineKind::Data)
+            write_row(out, table, axes, comparison, source.name());
+        else
+            table.write_line(out);
+    }
+    std::vector<std::string> names;
+    names.reserve(axes.size());
+    for (const Axis &axis : axes) names.push_back(axis.name());
+    out.commit();
+    comparison.draw(fmt::format("position estimated, q = {:.3g}", model.qaa * std::pow(model.dt, 4) / model.r), names,
+                    rate);
+}
+
+void check(const Options &options) {
+    if (!options.qaa && !options.bandwidth) reject("--q or --bandwidth is required, such as --bandwidth 3Hz");
+    if (options.qaa.value_or(0) < 0) reject("--q {} is below 0", *options.qaa);
+    if (options.bandwidth.value_or(1) <= 0) reject("--bandwidth {} Hz is not above 0", *options.bandwidth);
+    if (options.r <= 0) reject("--r {} is not above 0", options.r);
+    if (options.p.value_or(1) <= 0) reject("--p {} is not above 0", *options.p);
+}
+
+void run(const Options &options) {
+    check(options);
+    Source source(options.files.input);
+    expect_table(source);
+    if (options.rate) return track(source, options, *options.rate);
+    Record record = read_record(source, options.files.columns, {});
+    const double rate = rate_of(record);
+    record.channels.clear();
+    Source again(record.name, std::move(record.text));
+    track(again, options, rate);
+}
+
+}  // namespace
+
+void add_track(CLI::App &program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App *const app =
+        add_command(program, "track",
+                    "append position, velocity and acceleration estimated by a Kalman filter to a table", kExamples);
+    CLI::Option *const q = add_quantity(
+        *app, "--q", options->qaa, kPlain,
+        "mean square change of the acceleration from row to row, in the unit of the column squared per s^4");
+    q->type_name("QAA");
+    add_quantity(*app, "--bandwidth", options->bandwidth, kHertz,
+                 "instead of --q: where the estimated position has -3 dB, in Hz, up to a 25th of the rate")
+        ->excludes(q);
+    add_quantity(*app, "--r", options->r, kPlain,
+                 "variance of a measured position, in the unit of the column squared; above 1e-12")
+        ->type_name("R")
+        ->required();
+    add_quantity(*app, "--p", options->p, kPlain,
+                 "variance of the first position, in the unit of the column squared; default 10000 R")
+        ->type_name("P");
+    add_rate(*app, options->rate,
+             "sampling rate in Hz: a line in, a line out; default: all is read, and the rate is that of the column "
+             "called time");
+    add_files(*app, options->files);
+    app->callback([options] { run(*options); });
+}
+
+}  // namespace cli

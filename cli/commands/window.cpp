@@ -1,0 +1,80 @@
+// mensura window: the weights of a data window.
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "cli/app/commands.h"
+#include "cli/app/diagnostics.h"
+#include "cli/app/quantity.h"
+#include "cli/data/rewrite.h"
+#include "cli/data/spectrum.h"
+
+namespace cli {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura window hanning 1024 > hanning.csv\n"
+    "  mensura window kaiser 64 --beta 6 --plot\n"
+    "  mensura window sine 500 --alpha 0.5 --unity-gain --plot=window.svg\n";
+
+constexpr int kLongest = 100000000;  // 1.2 GB of memory
+
+struct Options {
+    Window window;
+    int samples = 0;
+    bool unity_gain = false;
+    std::string output;
+    PlotOptions plot;
+};
+
+void write_weights(const std::vector<double> &weights, Output &out) {
+    out.write("sample,weight\n");
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        out.write(fmt::format("{},", i));
+        out.number(weights[i]);
+        out.write("\n");
+        if (out.full()) out.flush();
+    }
+}
+
+Figure figure_of(const std::vector<double> &weights, int kind) {
+    Envelope envelope;
+    for (const double weight : weights) envelope.add(weight);
+    const Panel panel{.title = fmt::format("{} window of {} samples", window_name(kind), weights.size()),
+                      .x_label = "sample",
+                      .y_label = "weight",
+                      .curves = {envelope.curve("", 0)}};
+    return {.panels = {panel}};
+}
+
+void run(const Options &options) {
+    if (options.samples < 1 || options.samples > kLongest)
+        reject("N of {}: must lie within 1 and {} samples", options.samples, kLongest);
+    remark_on(options.window);
+    std::vector<double> weights(static_cast<std::size_t>(options.samples), 1.0);
+    apply(options.window, weights, options.unity_gain);
+    Output out(data_file(options.plot, options.output));
+    write_weights(weights, out);
+    out.commit();
+    if (options.plot.wanted()) draw(figure_of(weights, options.window.kind), options.plot);
+}
+
+}  // namespace
+
+void add_window(CLI::App &program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App *const app = add_command(program, "window", "the weights of a data window", kExamples);
+    app->add_option_function<std::string>(
+           "KIND", [&window = options->window](const std::string &name) { window.kind = window_kind("KIND", name); },
+           "rectangle, hanning, hamming, flattop, blackman, blackman-harris, blackman-nuttall, nuttall, kaiser, "
+           "kaiser-bessel, triangle, gauss, sinc or sine")
+        ->required();
+    add_count(*app, "N", options->samples, "number of samples, 1 to 100000000")->type_name("")->required();
+    add_window_shape(*app, options->window);
+    app->add_flag("--unity-gain", options->unity_gain, "divide the weights by their mean");
+    add_output(*app, options->output);
+    add_plot_options(*app, options->plot);
+    app->callback([options] { run(*options); });
+}
+
+}  // namespace cli

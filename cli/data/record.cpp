@@ -1,0 +1,130 @@
+#include "cli/data/record.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+
+#include "cli/app/diagnostics.h"
+#include "cli/data/table.h"
+
+namespace cli {
+
+namespace {
+
+// A record may begin with missing cells: the first number there is counts for them.
+void fill_front(std::vector<double> &samples) {
+    const auto first = std::ranges::find_if(samples, [](double x) { return !std::isnan(x); });
+    if (first != samples.end()) std::fill(samples.begin(), first, *first);
+}
+
+void append(Channel &channel, double value) {
+    std::vector<double> &samples = channel.samples;
+    channel.missing += std::isnan(value);
+    samples.push_back(std::isnan(value) && !samples.empty() ? samples.back() : value);
+}
+
+Record read_csv(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
+    Record record{.name = source.name(), .rate = rate.value_or(0), .text = source.rest(), .columns = columns};
+    Source again(record.name, record.text);
+    TableReader table(again, columns);
+    EvenTimes times(record.name);
+    while (table.next()) {
+        if (table.kind() != LineKind::Data) continue;
+        if (!rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
+        record.channels.resize(table.columns().size());
+        for (std::size_t i = 0; i < record.channels.size(); ++i) append(record.channels[i], table.values()[i]);
+    }
+    if (!rate && table.has_time()) record.rate = times.rate();
+    for (std::size_t i = 0; i < record.channels.size(); ++i) {
+        record.channels[i].name = table.columns()[i].name;
+        fill_front(record.channels[i].samples);
+    }
+    return record;
+}
+
+Record read_wav(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
+    Record record{.name = source.name(), .wav = std::make_shared<WavReader>(source)};
+    WavReader &wav = *record.wav;
+    wav.check_request(rate, columns);
+    record.rate = wav.rate();
+    for (std::size_t i = 0; i < wav.channels(); ++i) record.channels.push_back({.name = wav.channel_name(i)});
+    std::vector<double> frames(kWavFrames * wav.channels());
+    while (const std::size_t count = wav.read(frames))
+        for (std::size_t i = 0; i < count; ++i) append(record.channels[i % wav.channels()], frames[i]);
+    for (Channel &channel : record.channels) fill_front(channel.samples);
+    return record;
+}
+
+void write_table(const Record &record, Output &out) {
+    Source again(record.name, record.text);
+    TableReader table(again, record.columns);
+    std::vector<double> row(record.channels.size());
+    while (table.next()) {
+        if (table.kind() != LineKind::Data) {
+            table.write_line(out);
+            continue;
+        }
+        for (std::size_t i = 0; i < row.size(); ++i) row[i] = record.channels[i].samples[table.rows() - 1];
+        table.write_row(out, row);
+        if (out.full()) out.flush();
+    }
+}
+
+void write_sound(const Record &record, Output &out) {
+    WavWriter wav(out, *record.wav);
+    std::vector<double> frame(record.channels.size());
+    for (std::size_t i = 0; i < record.length(); ++i) {
+        for (std::size_t k = 0; k < frame.size(); ++k) frame[k] = record.channels[k].samples[i];
+        wav.write(frame);
+    }
+    wav.finish();
+}
+
+}  // namespace
+
+Record read_record(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
+    Record record = is_wav(source) ? read_wav(source, columns, rate) : read_csv(source, columns, rate);
+    if (record.length() > INT_MAX) reject("{}: has more than {} samples", record.name, INT_MAX);
+    return record;
+}
+
+double rate_of(const Record &record) {
+    if (record.rate <= 0) reject("{}: has no column called time; give the sampling rate, --rate 1kHz", record.name);
+    return record.rate;
+}
+
+void remark_missing(const Record &record) {
+    for (const Channel &channel : record.channels)
+        if (channel.missing > 0 && channel.has_numbers())
+            remark("{}: {}: {} of {} cells are missing; the value before them stands in for them", record.name,
+                   channel.name, channel.missing, record.length());
+}
+
+void write_record(const Record &record, Output &out) {
+    if (record.wav)
+        write_sound(record, out);
+    else
+        write_table(record, out);
+}
+
+void EvenTimes::add(double time, std::size_t line, std::size_t column) {
+    column_ = column;
+    if (!times_.empty() && !(time > times_.back())) reject("{}:{}:{}: the time does not increase", file_, line, column);
+    times_.push_back(time);
+    lines_.push_back(line);
+}
+
+double EvenTimes::rate() const {
+    constexpr double kMostOff = 0.5 - 1e-9;  // in mean steps: passes times rounded to milliseconds, but no lost sample
+    const std::size_t n = times_.size();
+    if (n < 2) reject("{}: a single row has no sampling rate; give --rate", file_);
+    const double rate = static_cast<double>(n - 1) / (times_.back() - times_.front());
+    for (std::size_t i = 1; i < n; ++i)
+        if (std::abs((times_[i] - times_[i - 1]) * rate - 1) > kMostOff)
+            reject("{}:{}:{}: the times are not evenly spaced here; give --rate to take the rows as even", file_,
+                   lines_[i], column_);
+    const double whole = std::round(rate);
+    return std::abs(rate - whole) <= 1e-5 * whole ? whole : rate;
+}
+
+}  // namespace cli

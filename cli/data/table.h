@@ -1,0 +1,86 @@
+// Tables of numbers as text (CSV): cells are found and read in place, everything else can be passed through as it stands.
+#pragma once
+
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/data/source.h"
+#include "cli/files/output.h"
+
+namespace cli {
+
+inline constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+inline constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+
+// A column of numbers.  It is one from its first cell that is not missing on; until then it is `undecided`.
+struct Column {
+    std::size_t index = 0;  // from 0
+    std::string name = {};  // from the header, or "column 3"
+    enum Kind { Undecided, Numbers, Text } kind = Undecided;
+    bool demanded = false;  // named on the command line: then text is an error
+};
+
+// A name as a cell: in quotes if it has to be, the quotes in it doubled.
+std::string cell_text(const std::string &name, char separator);
+
+enum class LineKind { Other, Header, Data };  // Other: comments and blank lines
+
+class TableReader {
+  public:
+    // `wanted`: names or numbers (from 1) of columns; empty: all but the time.
+    TableReader(Source &source, std::vector<std::string> wanted);
+
+    // Reads a line; false at the end, where a table without a row is refused.
+    bool next();
+    bool ready() const { return lines_.ready(); }
+
+    LineKind kind() const { return kind_; }
+    const Line &line() const { return line_; }
+    std::size_t rows() const { return rows_; }
+    char separator() const { return separator_; }
+    // Known once the first row has been read.
+    const std::vector<Column> &columns() const { return columns_; }
+    // The row's numbers in the order of columns(): NaN where a cell is missing or its column is text.
+    const std::vector<double> &values() const { return values_; }
+    bool has_time() const { return time_.index != kNone; }
+    // The row's time in seconds, and the number of its column.
+    double time() const;
+    std::size_t time_column() const { return time_.index + 1; }
+
+    // The row with new numbers in its cells; missing cells and text stay.
+    void write_row(Output &out, const std::vector<double> &numbers) const;
+    void write_line(Output &out) const;
+    [[noreturn]] void reject_cell(std::size_t index) const;
+
+  private:
+    struct Time {
+        std::size_t index = kNone;
+        double unit = 1;  // seconds
+    };
+
+    void find_separator();
+    void begin_rows();
+    void split();
+    bool looks_like_header() const;
+    void read_header();
+    void choose_columns();
+    void choose(const std::string &wanted);
+    void check_width() const;
+    void read_row();
+
+    LineReader lines_;
+    Line line_;
+    std::vector<std::string> wanted_, names_;
+    LineKind kind_ = LineKind::Other;
+    char separator_ = '\0';  // '\0': not yet known, ' ': blanks
+    std::size_t rows_ = 0, width_ = 0, width_line_ = 0;
+    std::vector<std::string_view> cells_;
+    std::vector<Column> columns_;
+    std::vector<std::size_t> column_of_cell_;  // kNone: the cell is left alone
+    std::vector<double> values_;
+    Time time_;
+};
+
+}  // namespace cli

@@ -1,0 +1,70 @@
+// Sound files (WAV): samples as doubles of which 1 is full scale, written back in the format they came in.
+#pragma once
+
+#include <sndfile.h>
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/data/source.h"
+#include "cli/files/output.h"
+
+namespace cli {
+
+// Whether the input begins like a WAV; waits for no more bytes than that takes.
+bool is_wav(Source &source);
+
+inline constexpr std::size_t kWavFrames = 4096;  // to read and write at a time
+
+using SoundFile = std::unique_ptr<SNDFILE, int (*)(SNDFILE *)>;
+
+class WavReader {
+  public:
+    explicit WavReader(Source &source);
+    ~WavReader();
+    WavReader(const WavReader &) = delete;
+    WavReader &operator=(const WavReader &) = delete;
+
+    const SF_INFO &format() const { return format_; }
+    std::size_t channels() const { return static_cast<std::size_t>(format_.channels); }
+    double rate() const { return format_.samplerate; }
+    std::string channel_name(std::size_t channel) const;
+    // Refuses another rate than the file's, and a choice of columns.
+    void check_request(std::optional<double> rate, const std::vector<std::string> &columns) const;
+    // Fills whole frames (a sample of each channel); returns how many numbers were read, 0 at the end.
+    std::size_t read(std::span<double> samples);
+    std::vector<std::pair<int, std::string>> texts() const;  // title, artist, ...
+
+  private:
+    std::string name_;
+    SF_INFO format_ = {};
+    int descriptor_ = -1;
+    SoundFile file_{nullptr, sf_close};
+};
+
+class WavWriter {
+  public:
+    WavWriter(Output &out, const WavReader &like);
+    ~WavWriter();
+    WavWriter(const WavWriter &) = delete;
+    WavWriter &operator=(const WavWriter &) = delete;
+
+    void write(std::span<const double> samples);
+    // Completes the file and says how many samples had to be clipped.
+    void finish();
+
+  private:
+    void write_integers(std::span<const double> samples);
+
+    Output &out_;
+    int descriptor_ = -1, bits_ = 0;  // bits 0: not a format of plain integers
+    std::size_t clipped_ = 0;
+    std::vector<int> integers_;
+    SoundFile file_{nullptr, sf_close};
+};
+
+}  // namespace cli

@@ -1,0 +1,159 @@
+#include "cli/plot/figure.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iterator>
+
+namespace cli {
+
+namespace {
+
+// Grey for what was before, then colours that can be told apart by people with any kind of colour vision (Okabe and Ito).
+constexpr std::array kColours{"#999999", "#0072b2", "#d55e00", "#009e73", "#cc79a7", "#56b4e9", "#e69f00", "#000000"};
+
+// Names in a table may be in Latin-1, which a picture cannot hold.
+bool is_utf8(const std::string &text) {
+    std::size_t rest = 0;  // bytes still to come
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (rest > 0 && byte >> 6 != 2) return false;
+        if (rest > 0)
+            --rest;
+        else if (byte >= 0x80)
+            rest = byte >> 5 == 6 ? 1 : byte >> 4 == 14 ? 2 : byte >> 3 == 30 ? 3 : 4;
+        if (rest > 3) return false;
+    }
+    return rest == 0;
+}
+
+std::string utf8(const std::string &text) {
+    if (is_utf8(text)) return text;
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80) result += static_cast<char>(0xC0 | byte >> 6);
+        result += static_cast<char>(byte >= 0x80 ? 0x80 | (byte & 0x3F) : byte);
+    }
+    return result;
+}
+
+std::string gnuplot_string(const std::string &text) {
+    std::string result = "'";
+    for (const char c : utf8(text)) {
+        if (c == '\'') result += '\'';
+        result += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
+    }
+    return result + "'";
+}
+
+std::string coordinate(double value) { return std::isfinite(value) ? fmt::format("{:.7g}", value) : "NaN"; }
+
+void append_data(std::string &script, const std::string &name, const Curve &curve) {
+    script += fmt::format("{} << EOD\n", name);
+    for (std::size_t i = 0; i < curve.x.size(); ++i)
+        script += coordinate(curve.x[i]) + ' ' + coordinate(curve.y[i]) + '\n';
+    script += "EOD\n";
+}
+
+std::string limit(std::optional<double> value) { return value ? coordinate(*value) : "*"; }
+
+void append_panel(std::string &script, const Panel &panel, std::size_t number) {
+    auto out = std::back_inserter(script);
+    fmt::format_to(out, "set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
+                   gnuplot_string(panel.title), gnuplot_string(panel.x_label), gnuplot_string(panel.y_label));
+    fmt::format_to(out, "set key {}\n",
+                   panel.curves.size() < 2 ? "off"
+                   : panel.key_below       ? "on inside bottom left"
+                                           : "on above right horizontal");
+    fmt::format_to(out, "set {}logscale x\nset size {}\nunset arrow\n", panel.logarithmic ? "" : "no",
+                   panel.square ? "ratio -1" : "noratio");
+    fmt::format_to(out, "set xrange [{}:{}] noextend\nset yrange [{}:*]\n", limit(panel.x_lowest),
+                   limit(panel.x_highest), limit(panel.y_lowest));
+    for (const double x : panel.marks)
+        fmt::format_to(out, "set arrow from {0}, graph 0 to {0}, graph 1 nohead dashtype 2 linecolor rgb '#666666'\n",
+                       coordinate(x));
+    script += "plot ";
+    for (std::size_t i = 0; i < panel.curves.size(); ++i) {
+        const Curve &curve = panel.curves[i];
+        const std::size_t colour = panel.curves.size() == 1 ? 1 : i % kColours.size();
+        fmt::format_to(out, "{}$panel{}curve{} with {} linecolor rgb '{}' linewidth 1.5 title {} noenhanced",
+                       i > 0 ? ", \\\n     " : "", number, i, curve.points ? "points pointtype 6" : "lines",
+                       kColours[colour], gnuplot_string(curve.title));
+    }
+    script += '\n';
+}
+
+}  // namespace
+
+Figure drawable(Figure figure) {
+    const auto has_no_point = [](const Curve &curve) {
+        return std::ranges::none_of(curve.y, [](double y) { return std::isfinite(y); });
+    };
+    for (Panel &panel : figure.panels) std::erase_if(panel.curves, has_no_point);
+    std::erase_if(figure.panels, [](const Panel &panel) { return panel.curves.empty(); });
+    return figure;
+}
+
+std::string gnuplot_script(const Figure &figure, bool grid) {
+    std::string script = grid ? "set grid linetype 1 linecolor rgb '#dddddd'\n" : "";
+    for (std::size_t i = 0; i < figure.panels.size(); ++i)
+        for (std::size_t k = 0; k < figure.panels[i].curves.size(); ++k)
+            append_data(script, fmt::format("$panel{}curve{}", i, k), figure.panels[i].curves[k]);
+    const bool several = figure.panels.size() > 1;
+    if (several)
+        script += fmt::format("set multiplot layout {}, 1 title {} noenhanced\n", figure.panels.size(),
+                              gnuplot_string(figure.title));
+    for (std::size_t i = 0; i < figure.panels.size(); ++i) append_panel(script, figure.panels[i], i);
+    if (several) script += "unset multiplot\n";
+    return script;
+}
+
+void Envelope::add(double value) {
+    if (buckets_.empty() || filled_ == stride_) {
+        if (buckets_.size() == kCapacity) merge_pairs();
+        buckets_.push_back({value, value, true});
+        filled_ = 1;
+        return;
+    }
+    ++filled_;
+    Bucket &last = buckets_.back();
+    if (value < last.low || std::isnan(last.low)) {
+        last.low = value;
+        last.low_first = false;
+    }
+    if (value > last.high || std::isnan(last.high)) {
+        last.high = value;
+        last.low_first = true;
+    }
+}
+
+void Envelope::merge_pairs() {
+    for (std::size_t i = 0; i < buckets_.size() / 2; ++i) {
+        const Bucket &a = buckets_[2 * i], &b = buckets_[2 * i + 1];
+        const bool low_in_a = !(b.low < a.low), high_in_a = !(b.high > a.high);
+        buckets_[i] = {std::fmin(a.low, b.low), std::fmax(a.high, b.high),
+                       low_in_a == high_in_a ? (low_in_a ? a.low_first : b.low_first) : low_in_a};
+    }
+    buckets_.resize(buckets_.size() / 2);
+    stride_ *= 2;
+}
+
+Curve Envelope::curve(const std::string &title, double rate) const {
+    Curve curve{.title = title};
+    const double step = rate > 0 ? 1 / rate : 1.0, stride = static_cast<double>(stride_);
+    for (std::size_t i = 0; i < buckets_.size(); ++i) {
+        const Bucket &bucket = buckets_[i];
+        const double x = static_cast<double>(i) * stride * step;
+        curve.x.push_back(x);
+        curve.y.push_back(bucket.low_first ? bucket.low : bucket.high);
+        if (stride_ == 1) continue;
+        curve.x.push_back(x + 0.5 * stride * step);
+        curve.y.push_back(bucket.low_first ? bucket.high : bucket.low);
+    }
+    return curve;
+}
+
+}  // namespace cli

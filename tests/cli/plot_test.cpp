@@ -1,0 +1,44 @@
+// Pictures.
+
+#include "program.h"
+
+namespace {
+
+// The curves in an SVG that xmllint finds well-formed and that have a path.
+const std::string kCurves =
+    "xmllint --xpath \"count(//*[starts-with(@id, 'gnuplot_plot')][.//*[local-name() = 'path']])\" ";
+
+TEST_F(Tool, pictures_hold_every_curve) {
+    write("x.csv", "a<b & 'c',note,\xB5V,none\n1,x,4,\n2,y,3,NaN\n0,z,1,\n");  // in Latin-1, with columns to leave out
+    for (const auto &[call, curves] : {std::pair{"design bandpass --cutoff 40 --rate 360 --plot=x.svg", 2},
+                                       {"design lowpass --cutoff 40 --rate 360 --poles 60 --plot=x.svg", 1},
+                                       {"filter lowpass --cutoff 40 --rate 360 x.csv --plot x.svg", 4}}) {
+        EXPECT_EQ(run(call), 0) << err;
+        EXPECT_NE(out, "");
+        EXPECT_EQ(shell("xmllint --noout x.svg && " + kCurves + "x.svg"), 0) << err;
+        EXPECT_GE(std::strtol(out.c_str(), nullptr, 10), curves) << call;
+    }
+    EXPECT_EQ(run(kLowpass + "x.csv --column=1 -o y.csv --plot=x.png"), 0) << err;
+    EXPECT_TRUE(read("x.png").starts_with("\x89PNG\r\n\x1A\n"));
+    EXPECT_EQ(run(kLowpass + "x.csv --column=1 --plot=x.PDF"), 0) << err;
+    EXPECT_TRUE(read("x.PDF").starts_with("%PDF-"));
+    EXPECT_EQ(out, read("y.csv"));
+    expect_refused(kLowpass + "x.csv --plot=x.txt", "\"x.txt\" does not end in .svg, .png or .pdf");
+}
+
+TEST_F(Tool, plot_and_its_script_take_the_place_of_the_data) {
+    write("x.csv", "x\n1\n2\n0\n");
+    EXPECT_EQ(run(kLowpass + "x.csv --plot"), 0) << err;
+    EXPECT_NE(out.find("+--------------"), std::string::npos) << out;
+    EXPECT_EQ(out.find("x\n1\n"), std::string::npos) << out;
+    EXPECT_EQ(shell("{ echo set terminal dumb; $M " + kLowpass + "x.csv --plot-script; } | gnuplot"), 0) << err;
+    EXPECT_NE(out.find("+--------------"), std::string::npos) << err;
+}
+
+TEST_F(Tool, pictures_of_long_records_stay_small) {
+    ASSERT_EQ(shell("seq 1000000 >x.csv"), 0);
+    EXPECT_EQ(run(kLowpass + "x.csv -o /dev/null --plot=x.svg"), 0) << err;
+    EXPECT_TRUE(read("x.svg").size() > 20000 && read("x.svg").size() < 300000) << read("x.svg").size();
+}
+
+}  // namespace

@@ -1,0 +1,73 @@
+// Sound files, through mensura filter.
+
+#include <bit>
+
+#include "program.h"
+
+namespace {
+
+struct Format {
+    unsigned code, bits, channels;  // code 1: integers, 3: floating-point numbers
+};
+
+std::string little_endian(std::uint64_t value, unsigned count) {
+    std::string bytes;
+    for (; count > 0; --count, value >>= 8) bytes += static_cast<char>(value & 0xFF);
+    return bytes;
+}
+
+std::string sound_of(const Format &f, const std::vector<double> &samples) {
+    std::string sound;
+    for (const double x : samples) {
+        const auto whole = static_cast<std::uint64_t>(std::llround(std::ldexp(x, static_cast<int>(f.bits) - 1)));
+        const auto single = std::bit_cast<std::uint32_t>(static_cast<float>(x));
+        sound += little_endian(f.code == 3 ? single : whole, f.bits / 8);
+    }
+    return sound;
+}
+
+std::string wav_of(const Format &f, const std::vector<double> &samples) {
+    const std::string sound = sound_of(f, samples);
+    const unsigned frame = f.channels * f.bits / 8;
+    return "RIFF" + little_endian(36 + sound.size(), 4) + "WAVEfmt " + little_endian(16, 4) + little_endian(f.code, 2) +
+           little_endian(f.channels, 2) + little_endian(8000, 4) + little_endian(8000 * frame, 4) +
+           little_endian(frame, 2) + little_endian(f.bits, 2) + "data" + little_endian(sound.size(), 4) + sound;
+}
+
+TEST_F(Tool, sound_is_filtered_channel_by_channel_in_its_format) {
+    std::vector<double> x = signal(600);
+    for (double &sample : x) sample = std::round(sample * 32768) / 32768;  // which every format holds
+    for (const Format &f : {Format{1, 16, 2}, Format{1, 24, 1}, Format{3, 32, 3}}) {
+        TIIRFilterBank bank;
+        initTIIRFilters(&bank, ptLowPass, static_cast<int>(f.channels), 1000, 8000);
+        std::vector<double> y;
+        for (std::size_t i = 0; i < x.size(); ++i) y.push_back(IIRFilter(&bank.Filters[i % f.channels], x[i]));
+        write("x.wav", wav_of(f, x));
+        EXPECT_EQ(run("filter lowpass --cutoff 1kHz x.wav -o y.wav"), 0);
+        EXPECT_EQ(read("y.wav").substr(12, 24), read("x.wav").substr(12, 24));  // the chunk that tells the format
+        EXPECT_TRUE(read("y.wav").ends_with("data" + little_endian(600 * f.bits / 8, 4) + sound_of(f, y))) << f.bits;
+        EXPECT_EQ(shell("cat x.wav | $M filter lowpass --cutoff 1kHz | cat"), 0);
+        EXPECT_TRUE(out.ends_with(sound_of(f, y))) << f.bits;
+        EXPECT_EQ(err, "");
+        // Forwards and backwards an all-pass gives the very samples back, but for the end where it turns.
+        EXPECT_EQ(run("filter allpass --cutoff 1kHz --zero-phase x.wav"), 0);
+        const std::size_t start = out.find("data") + 8, count = 300 * f.bits / 8;
+        EXPECT_TRUE(f.code == 3 || out.substr(start, count) == sound_of(f, x).substr(0, count)) << f.bits;
+    }
+}
+
+TEST_F(Tool, sound_that_cannot_be_done_justice_is_told) {
+    const std::string wav = wav_of({1, 16, 1}, {0, 0.75, -0.75, 0.75, -0.75});
+    write("x.wav", wav);
+    EXPECT_EQ(run("filter allpass --cutoff 1kHz --gain 20dB x.wav -o y.wav"), 0);
+    EXPECT_NE(err.find("samples exceeded full scale and were clipped"), std::string::npos) << err;
+    write("cut.wav", wav.substr(0, wav.size() - 3));
+    write("torn.wav", wav.substr(0, 22) + '\3' + wav.substr(23));  // three channels in samples of one
+    for (const auto &[arguments, complaint] : {std::pair{"cut.wav", "cut.wav: is cut off"},
+                                               {"torn.wav --zero-phase", "torn.wav: ends within a sample"},
+                                               {"x.wav --rate 9kHz", "is sampled at 8000 Hz"},
+                                               {"x.wav --column=1", "--column is for tables"}})
+        expect_refused("filter lowpass --cutoff 1kHz " + std::string(arguments), complaint);
+}
+
+}  // namespace

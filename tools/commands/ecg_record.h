@@ -1,8 +1,0 @@
-#pragma once
-
-namespace tools {
-
-// A CSV with the columns time_s and ecg_mV: 30 s at 360 Hz.
-extern const char *const kEcgRecord;
-
-}  // namespace tools
