@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "../internal/clamp.h"
 #include "proto/family.h"
 
 using namespace mensura::iir;
@@ -33,13 +34,13 @@ double max_chebyshev_ripple(int poles) {
 
 ProtoSpec clamped(ProtoSpec spec) {
     spec.NumPoles = std::clamp(spec.NumPoles, 1, max_poles(spec.Family));
-    spec.Gamma = limited(spec.Gamma, -1.0, 1.0);
-    spec.Ripple = limited(spec.Ripple, 0.0001, 1.0);
+    spec.Gamma = mensura::clamp_or_nan(spec.Gamma, -1.0, 1.0);
+    spec.Ripple = mensura::clamp_or_nan(spec.Ripple, 0.0001, 1.0);
     if (spec.Family == pfChebyshev) {
         const double limit = max_chebyshev_ripple(spec.NumPoles);
         if (spec.Ripple > limit) spec.Ripple = limit;
     }
-    spec.StopBandDb = limited(spec.StopBandDb, 20.0, 120.0);
+    spec.StopBandDb = mensura::clamp_or_nan(spec.StopBandDb, 20.0, 120.0);
     return spec;
 }
 

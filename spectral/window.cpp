@@ -10,12 +10,15 @@
 #include <iterator>
 #include <span>
 
+#include "../internal/clamp.h"
 #include "../internal/constants.h"
 #include "../internal/scratch.h"
 
 namespace {
 
 using mensura::kPi, mensura::kTwoPi;
+
+constexpr double kLargestBeta = 10.0;  // as the header states
 
 constexpr double kFactorial[] = {1.0, 2.0, 6.0, 24.0, 120.0, 720.0, 5040.0, 40320.0, 362880.0};
 
@@ -124,7 +127,7 @@ void WindowData(double *data, int n, int kind, double alpha, double beta, int un
     const auto work = mensura::scratch<double>(half + 1);
     if (!work) return;
     const std::span computed(work.get(), half + (has_own_centre ? size % 2 : 0));
-    fill_taper(computed, kind, points, std::clamp(beta, 0.0, 10.0));
+    fill_taper(computed, kind, points, mensura::clamp_or_nan(beta, 0.0, kLargestBeta));
 
     Window window{computed.first(half), computed.size() > half ? computed[half] : 1.0, size - 2 * half};
     if (unityGain != 0) {

@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "../../internal/clamp.h"
 #include "../../internal/constants.h"
 #include "family.h"
 
@@ -46,7 +47,7 @@ void descend(Landen &s, int n) {
 Landen find_modulus(double eps, double stopBandDb, int n) {
     Landen s;
     double &modulus = s.M[0];
-    modulus = limited((n - 2) * 0.1605 + 0.016, 0.01, 0.7);
+    modulus = mensura::clamp_or_nan((n - 2) * 0.1605 + 0.016, 0.01, 0.7);
     double previous_error = 0, step = 0;
     for (int t = 0; t < kMaxEvaluations; ++t) {
         descend(s, n);
@@ -58,9 +59,9 @@ Landen find_modulus(double eps, double stopBandDb, int n) {
         } else {
             const double slope = (previous_error - error) / step;
             if (slope == 0) break;
-            step = limited(error / slope, -0.1, 0.1);
+            step = mensura::clamp_or_nan(error / slope, -0.1, 0.1);
         }
-        modulus = limited(modulus - step, 0.001, 0.99);
+        modulus = mensura::clamp_or_nan(modulus - step, 0.001, 0.99);
         previous_error = error;
     }
     return s;
@@ -99,7 +100,7 @@ double ascend_zero(const Landen &s, double x) {
 
 int EllipticPoly(double ripple, double stopBandDb, int n, CplxD *poles, CplxD *zeros, int *zeroCount) {
     if (!order_fits(n, 1)) return 0;
-    const double r = limited(ripple, 0.001, 1.0);
+    const double r = mensura::clamp_or_nan(ripple, 0.001, 1.0);
     const double eps = std::sqrt(std::pow(10.0, r / 10) - 1);
     const Landen s = find_modulus(eps, stopBandDb, n);
     const double u = pole_shift(s, eps, n);

@@ -8,13 +8,6 @@
 
 namespace mensura::iir {
 
-// x held within lo .. hi.  A NaN stays one, which std::clamp does not promise.
-inline double limited(double x, double lo, double hi) {
-    if (x < lo) return lo;
-    if (x > hi) return hi;
-    return x;
-}
-
 // Whether n poles can be asked for when a family writes `roots_per_pole` roots for each.
 inline bool order_fits(int n, int roots_per_pole) { return n >= 1 && n <= MAX_IIR_SECTIONS / roots_per_pole; }
 
