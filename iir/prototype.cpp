@@ -5,44 +5,13 @@
 #include <algorithm>
 #include <array>
 
-#include "../internal/clamp.h"
-#include "proto/family.h"
+#include "proto/limits.h"
 
 using namespace mensura::iir;
 
 namespace {
 
 using Roots = std::array<CplxD, MAX_IIR_SECTIONS>;
-
-bool has_stop_band_zeros(int family) { return family == pfInverseChebyshev || family == pfElliptic; }
-
-int max_poles(int family) {
-    switch (family) {
-        case pfInverseChebyshev:
-        case pfElliptic: return 15;
-        case pfGaussian:
-        case pfBessel: return 12;
-        default: return 20;
-    }
-}
-
-// The ripple up to which a Chebyshev design of high order stays numerically sane.
-double max_chebyshev_ripple(int poles) {
-    constexpr double kFromSixteen[] = {0.5, 0.4, 0.25, 0.125, 0.1};
-    return poles > 15 ? kFromSixteen[poles - 16] : 1.0;
-}
-
-ProtoSpec clamped(ProtoSpec spec) {
-    spec.NumPoles = std::clamp(spec.NumPoles, 1, max_poles(spec.Family));
-    spec.Gamma = mensura::clamp_or_nan(spec.Gamma, -1.0, 1.0);
-    spec.Ripple = mensura::clamp_or_nan(spec.Ripple, 0.0001, 1.0);
-    if (spec.Family == pfChebyshev) {
-        const double limit = max_chebyshev_ripple(spec.NumPoles);
-        if (spec.Ripple > limit) spec.Ripple = limit;
-    }
-    spec.StopBandDb = mensura::clamp_or_nan(spec.StopBandDb, 20.0, 120.0);
-    return spec;
-}
 
 LowPassProto empty_prototype() {
     LowPassProto proto{};
@@ -95,7 +64,7 @@ LowPassProto CalcLowPassProtoCoeff(ProtoSpec request) {
     const int zero_sections = GetFilterCoeff(zero_count, zeros.data(), proto.Num2, proto.Num1, proto.Num0);
     if (spec.Family != pfButterworth)  // whose corner is at 1 rad/s by construction
         SetCornerFreq(proto.SectionCount, proto.Den2, proto.Den1, proto.Den0, proto.Num2, proto.Num1, proto.Num0);
-    if (has_stop_band_zeros(spec.Family) && zero_sections != 0 && spec.NumPoles % 2 != 0)
+    if (depends_on(spec.Family, kStopBand) && zero_sections != 0 && spec.NumPoles % 2 != 0)
         give_real_pole_no_zeros(proto, zero_sections);
     return proto;
 }

@@ -15,6 +15,10 @@
 #include <cstdint>
 
 #include "../internal/constants.h"
+#include "pass_types.h"
+#include "proto/limits.h"
+
+using namespace mensura::iir;
 
 namespace {
 
@@ -53,8 +57,6 @@ AnalogSection analog_section(const LowPassProto &p, Size k) {
 
 // Zeros at the mirror images of the poles.
 AnalogSection all_pass(const AnalogSection &s) { return {s.D2, -s.D1, s.D0, s.D2, s.D1, s.D0}; }
-
-bool is_band_type(int pass_type) { return pass_type == ptBandPass || pass_type == ptNotch; }
 
 // (NumPoles + 1) / 2, band types NumPoles: of the request as given, whatever the prototype has.
 int requested_sections(const IIRDesignSpec &spec) {
@@ -217,8 +219,7 @@ std::array<Quadratic, 2> split_fixed_zeros(const Quartic &q) {
 }
 
 bool zeros_are_fixed(const IIRDesignSpec &spec) {
-    const int family = spec.Proto.Family;
-    return spec.PassType == ptBandPass && family != pfInverseChebyshev && family != pfElliptic;
+    return spec.PassType == ptBandPass && !depends_on(spec.Proto.Family, kStopBand);
 }
 
 DigitalSection combined(const Quadratic &denominator, const Quadratic &numerator) {

@@ -8,6 +8,7 @@
 #include "../../internal/clamp.h"
 #include "../../internal/constants.h"
 #include "family.h"
+#include "limits.h"
 
 using namespace mensura::iir;
 
@@ -100,7 +101,7 @@ double ascend_zero(const Landen &s, double x) {
 
 int EllipticPoly(double ripple, double stopBandDb, int n, CplxD *poles, CplxD *zeros, int *zeroCount) {
     if (!order_fits(n, 1)) return 0;
-    const double r = mensura::clamp_or_nan(ripple, 0.001, 1.0);
+    const double r = clamped_to(kEllipticRipple, ripple);
     const double eps = std::sqrt(std::pow(10.0, r / 10) - 1);
     const Landen s = find_modulus(eps, stopBandDb, n);
     const double u = pole_shift(s, eps, n);
