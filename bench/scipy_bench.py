@@ -3,8 +3,9 @@
 
     python3 bench/scipy_bench.py [--json] [libmensura.so]        default: build/release/libmensura.so
 
-Prints the best of many rounds, per sample or per point, as a table or as Google Benchmark has it.  Both sides run the default low-pass (40 Hz at 360 Hz, three
-sections), and their results are compared first.  Ours write to arrays that are kept; SciPy makes its own in every call.
+Prints the best of many rounds, per sample or per point, as a table or as Google Benchmark has it.  Both sides run the
+default low-pass (40 Hz at 360 Hz, three sections), and their results are compared first.  Ours write to arrays that are
+kept; SciPy makes its own in every call.
 """
 
 import argparse

@@ -1,0 +1,148 @@
+"""Every benchmark: what it measures, against which peer, the ratio it should reach; and what it measured last.
+
+`results.json` beside this file is what `bench/performance.py` measured last.  Pages take their numbers from here:
+
+    SECTIONS              {title: {name of a benchmark: Row}}
+    load()                {"conditions": {...}, "benchmarks": {name: {"unit", "ours", "peer", "ratios"}}}
+    tables(results)       all of it as Markdown: tables under headings, then the reasons as notes
+    quantity(3880, "ns")  "3.88 µs"
+    ratio(measured)       the median of its ratios
+"""
+
+import json
+import pathlib
+import statistics
+from typing import NamedTuple
+
+RESULTS = pathlib.Path(__file__).resolve().parent / "results.json"
+
+
+class Row(NamedTuple):
+    what: str
+    peer: str
+    target: float | None = None  # the largest ratio that is good enough
+    reason: str = ""  # why the target is not always met
+    limit: float | None = None  # the most that ours may take, in ns or MiB
+
+
+FEEDBACK = "A filter is bound by its own feedback: each section waits for its last output to come back from memory."
+UNFUSED = FEEDBACK + " The loop may fuse products and sums, which would change our bits."
+UNPLANNED = "The peer has planned beforehand; `FFT` keeps nothing, and makes its sines and cosines in every call."
+PRODUCTS = "On top of the cosines come 65536 products and their way through memory."
+DIVIDER = "It is bound by the divider."
+TEXTBOOK = "Against loops that sum in registers, as these do, 28 to 40 times as fast has been seen."
+LIQUID, LOOP, EIGEN = "liquid-dsp (single precision)", "a loop with a table of cosines", "Eigen (sizes at run time)"
+FFTW, KISS, REPLANNED = "FFTW, planned", "KissFFT, planned", "KissFFT, planned in every call"
+PIVOTS, COSINES, COPY = "Eigen (pivoting by columns)", "the cosines of one half alone", "a memory copy"
+BLAS, BUTTERWORTH = "OpenBLAS `dgemm`, one thread", "our Butterworth design, 8 poles"
+
+
+def sizes(name, what, peer, targets, reason=""):
+    return {f"{name}/{n}": Row(what.format(n), peer, target, reason) for n, target in targets.items()}
+
+
+FFT, FFT_SIZES = "`FFT`, {} points", (64, 1024, 4096, 65536, 1048576)
+WINDOW = "`WindowData`, {}, {{}} points, per point"
+PRODUCT, INVERSE = "`rmatrix_multi_ptr`, {0} x {0}", "`rmatrix_inverse_ptr`, {0} x {0}"
+SECTIONS = {
+    "IIR filters, three sections unless said": {
+        "IIRFilter_against_loop_over_records": Row("`IIRFilter`, per sample", "a loop over records", 0.80, UNFUSED),
+        "IIRFilter_against_loop_over_arrays": Row("`IIRFilter`, per sample", "a loop over arrays", 0.80, UNFUSED),
+        "IIRFilters_ten_channels_against_IIRFilter":
+            Row("`IIRFilters`, 10 channels, per channel and sample", "`IIRFilter` alone", 0.50, FEEDBACK),
+        "FilterWithIIR_against_sosfilt": Row("`FilterWithIIR`, per sample", "SciPy `sosfilt`", 0.60),
+        "IIRFilterZeroPhase_against_sosfiltfilt": Row("`IIRFilterZeroPhase`, per sample", "SciPy `sosfiltfilt`", 0.52),
+        "IIRFreqResponse_against_sosfreqz": Row("`IIRFreqResponse`, per frequency", "SciPy `sosfreqz`", 0.25),
+        "Default_design_against_liquid": Row("default low-pass design", LIQUID, 0.85),
+        "Elliptic_band_pass_6_design_against_liquid": Row("elliptic band-pass design, 6 poles", LIQUID, 12),
+        "Chebyshev_8_design_against_Butterworth_8": Row("Chebyshev design, 8 poles", BUTTERWORTH, 30),
+    },
+    "Spectra": {
+        **sizes("FFT_against_FFTW", FFT, FFTW, dict(zip(FFT_SIZES, (1.25, 1.15, 1.10, 0.95, 0.65))), UNPLANNED),
+        **sizes("FFT_against_KissFFT", FFT, KISS, dict.fromkeys(FFT_SIZES, 0.25), UNPLANNED),
+        **sizes("FFT_against_KissFFT_planned_in_the_call", FFT, REPLANNED, dict.fromkeys(FFT_SIZES, 0.25)),
+        **sizes("DFT_against_loop", "`DFT`, {} points", LOOP, {1000: 0.60}),
+        **sizes("RealSigDFT_against_loop", "`RealSigDFT`, {} points", LOOP, {1000: 0.60}),
+        **sizes("Hanning_window_against_cosines", WINDOW.format("Hanning"), COSINES, {65536: 1.06}, PRODUCTS),
+        **sizes("Kaiser_window_against_cosines", WINDOW.format("Kaiser"), COSINES, {65536: None}),
+    },
+    "Polynomial roots": sizes(
+        "FindRoots_against_gsl", "`FindRoots`, 32 random polynomials, degree {}", "GSL (QR in double)", {20: 1.65, 40: 1.65}
+    ),
+    "Matrices, Kalman filter": {
+        **sizes("rmatrix_multi_ptr_against_Eigen", PRODUCT, EIGEN, {4: 1.05, 9: 0.62, 100: 0.80}),
+        "rmatrix_multi_ptr_against_OpenBLAS": Row(PRODUCT.format(100), BLAS, 1.00),
+        **sizes("rmatrix_inverse_ptr_against_Eigen", INVERSE, PIVOTS, {9: 0.72, 100: 0.95}),
+        "householder_of_noise_against_textbook":  # 35 times as fast
+            Row("`householder`, 168 x 84, noise", "plain loops", 0.0286, TEXTBOOK),
+        "householder_of_i_plus_j_against_textbook": Row("`householder`, 168 x 84, rank 2", "plain loops", 0.0286),
+        "KalmanFilter_update_against_Eigen":
+            Row("`KalmanFilter_update`, 9 states, 3 measurements", "Eigen (sizes known to the compiler)", 0.80),
+    },
+    "Streams, smoothing": {
+        "cubicSmooth7_against_memcpy": Row("`cubicSmooth7`, 1e6 points, per point", COPY, 1.8),
+        "linearSmooth11_against_memcpy": Row("`linearSmooth11`, 1e6 points, per point", COPY, 1.7),
+        "central_difference_against_memcpy": Row("`central_difference`, 1e6 points, per point", COPY, 1.2, DIVIDER),
+        "move_average_filter_online_against_ordered_sum":
+            Row("`move_average_filter_online`, length 1000", "one ordered sum"),
+        "move_average_filter_onlines_ten_channels_against_one_by_one":
+            Row("`move_average_filter_onlines`, 10 channels, length 1000, per channel", "one by one", 0.30),
+    },
+    "Differential equations": {
+        "rkf45_quiet_against_gsl": Row("`rkf45`, 3 components, an attempt", "GSL (its step alone)", 1.10),
+        "rkf45_step_control_at_work_against_gsl": Row("the same, step control at work", "GSL (its step alone)", 1.20),
+    },
+    "The companion": {
+        "mensura_filter_time": Row("`mensura filter`, 1e6 rows of a CSV", "NumPy, SciPy", 1.00, limit=1.5e9),
+        "mensura_filter_memory": Row("the same, peak of its memory", "NumPy, SciPy", limit=64),
+    },
+}
+
+
+def load():
+    return json.loads(RESULTS.read_text())
+
+
+def quantity(value, unit):
+    for larger in ("µs", "ms", "s") if unit == "ns" else ():
+        if value >= 1000:
+            value, unit = value / 1000, larger
+    return f"{float(f'{value:.3g}'):g} {unit}"
+
+
+def ratio(measured):
+    return statistics.median(measured["ratios"])
+
+
+def missed(row, measured):
+    """What was measured and what the target is, for each target that was missed."""
+    if row.target and ratio(measured) > row.target:
+        yield f"{ratio(measured):g}, target {row.target:g}"
+    if row.limit and measured["ours"] > row.limit:
+        yield f"{quantity(measured['ours'], measured['unit'])}, target {quantity(row.limit, measured['unit'])}"
+
+
+def line(row, measured, notes):
+    """A row of a table; the reason why a target was missed is added to notes."""
+    if not measured:
+        return f"| {row.what} | | {row.peer} | | | {row.target or ''} | **not measured**: the peer or ours was not there |"
+    unit, least, most = measured["unit"], min(measured["ratios"]), max(measured["ratios"])
+    targets = [f"{row.target:g}"] if row.target else []
+    if row.limit:
+        targets.append(quantity(row.limit, unit))
+    verdict = "met" if targets else ""
+    if misses := list(missed(row, measured)):
+        verdict = f"**missed: {'; '.join(misses)}**"
+        verdict += f" ({notes.setdefault(row.reason, len(notes) + 1)})" if row.reason else ", no reason known"
+    return (f"| {row.what} | {quantity(measured['ours'], unit)} | {quantity(measured['peer'], unit)}, {row.peer} | "
+            f"{ratio(measured):g} | {least:g} to {most:g} | {', '.join(targets)} | {verdict} |")
+
+
+def tables(results):
+    notes, page = {}, []
+    for title, rows in SECTIONS.items():
+        page += [f"## {title}\n", "| what | ours | peer | ratio | runs | target | |", "|---|--:|--:|--:|---|--:|---|"]
+        page += [line(row, results["benchmarks"].get(name), notes) for name, row in rows.items()]
+        page.append("")
+    page += [f"({number}) {reason}\n" for reason, number in notes.items()]
+    return "\n".join(page).rstrip()
