@@ -19,6 +19,7 @@ try:
     from scipy import signal
 
     sys.dont_write_bytecode = True  # no cache beside the sources
+    sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "docs/measure"))
     from binding import TIIRFilter, load, sections_of
 except ImportError as missing:
     sys.exit(f"{missing}: apt-get install python3-scipy, and run this with Debian's /usr/bin/python3")
@@ -58,7 +59,7 @@ def main():
     library = load(arguments.library)
     low_pass = TIIRFilter()
     library.initTIIRFilter(low_pass, LOW_PASS, 40.0, 360.0)
-    coeffs, sections = low_pass.Coeffs, sections_of(low_pass.Coeffs)
+    coeffs, sections = low_pass.Coeffs, np.array(sections_of(low_pass.Coeffs))
     noise = np.random.default_rng(1).uniform(-1.0, 1.0, SAMPLES)
     out = np.zeros(SAMPLES)
     re, im = np.zeros(POINTS), np.zeros(POINTS)

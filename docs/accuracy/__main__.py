@@ -15,7 +15,7 @@ import sys
 os.environ["OPENBLAS_NUM_THREADS"] = "1"  # before NumPy: the test matrices shall be the same on each run
 sys.dont_write_bytecode = True  # no cache beside the sources
 HERE = pathlib.Path(__file__).resolve().parent
-sys.path.insert(0, str(HERE.parent.parent / "bench"))
+sys.path.append(str(HERE.parent / "measure"))
 try:
     import differences
     import mpmath

@@ -162,7 +162,7 @@ def running(lib, samples=200_000, points=512):
     )
     for name, request in cases:
         coeffs = lib.CalcIIRFilterCoeff(request)
-        sos, x, y, re, im = sections_of(coeffs), noise(5, samples), np.zeros(samples), *np.zeros((2, points))
+        sos, x, y, re, im = np.array(sections_of(coeffs)), noise(5, samples), np.zeros(samples), *np.zeros((2, points))
         lib.IIRFreqResponse(coeffs, coeffs.NumSections, re, im, points)
         want = {i: response(in_mpmath(sos), mp.pi * i / points) for i in range(0, points, 8)}
         error = max(abs(mp.mpc(re[i], im[i]) - h) for i, h in want.items()) / max(map(abs, want.values()))

@@ -42,8 +42,8 @@ def compare(lib, model, updates):
         S = mp.matrix((C @ P @ C.T + R).tolist())
         K = P @ C.T @ np.array((S**-1).tolist(), dtype=object)
         xs, P = xs + K @ (in_mpmath(z[:, None]) - C @ xs), P - K @ C @ P
-        errors.append((largest(x[:, None] - xs) / largest(xs), largest(kf.P.array() - P) / largest(P)))
-    ours = kf.P.array()
+        errors.append((largest(x[:, None] - xs) / largest(xs), largest(np.array(kf.P.to_rows()) - P) / largest(P)))
+    ours = np.array(kf.P.to_rows())
     worst = np.argmax(errors, axis=0) + 1
     asymmetry = np.max(abs(ours - ours.T)) / np.max(abs(ours))
     return [*np.max(errors, axis=0), f"{worst[0]}, {worst[1]}", *errors[-1], asymmetry]

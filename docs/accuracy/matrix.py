@@ -23,7 +23,7 @@ def norm(a):
 def inverse(lib, a):
     given, out = RMATRIX(), RMATRIX()
     lib.setRMATRIX_ptr(a, *a.shape, given)
-    return out.array() if lib.rmatrix_inverse_ptr(given, out) else None
+    return np.array(out.to_rows()) if lib.rmatrix_inverse_ptr(given, out) else None
 
 
 def exact_inverse(a):

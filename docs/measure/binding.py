@@ -1,23 +1,41 @@
-"""The library through ctypes: the records and calls that the Python programs of this project use (NumPy arrays)."""
+"""The library through ctypes: the records and calls that the Python programs of this project use.
+
+Arrays are anything that lends its memory: array.array, arrays of ctypes, NumPy arrays.
+"""
 
 import ctypes
 import sys
-
-import numpy as np
+from array import array
 
 SECTIONS = 50  # MAX_IIR_SECTIONS
 CAPACITY = 100  # RMATRIX_CAPACITY
 
 Double, Int, Pointer = ctypes.c_double, ctypes.c_int, ctypes.POINTER
 Array = Double * SECTIONS
-Doubles = np.ctypeslib.ndpointer(np.float64, flags="C_CONTIGUOUS")
-LongDoubles = np.ctypeslib.ndpointer(np.longdouble, flags="C_CONTIGUOUS")
-Complexes = np.ctypeslib.ndpointer(np.complex128, flags="C_CONTIGUOUS")  # an array of CplxD
 OdeFunction = ctypes.CFUNCTYPE(Int, Double, Pointer(Double), ctypes.c_void_p, Pointer(Double))
+
+
+def pointer_to(*formats):
+    """An argument type: the address of a writable array without gaps, its items in one of these buffer formats."""
+
+    class ArrayPointer(ctypes.c_void_p):
+        @classmethod
+        def from_param(cls, lender):
+            view = memoryview(lender)
+            if view.format not in formats or not view.c_contiguous:
+                raise TypeError(f"an array of {view.format}, expected {formats[0]} without gaps")
+            return ctypes.byref(ctypes.c_char.from_buffer(lender)) if view.nbytes else None
+
+    return ArrayPointer
 
 
 class CplxD(ctypes.Structure):
     _fields_ = [("re", Double), ("im", Double)]
+
+
+Doubles = pointer_to("d", "<d")
+LongDoubles = pointer_to("g", "<g")
+Complexes = pointer_to("Zd", memoryview(CplxD()).format)  # CplxD, or complex128 of NumPy
 
 
 class ProtoSpec(ctypes.Structure):
@@ -52,8 +70,8 @@ class LowPassProto(ctypes.Structure):
 class RMATRIX(ctypes.Structure):
     _fields_ = [("data", Double * CAPACITY**2), ("rows", Int), ("cols", Int)]
 
-    def array(self):
-        return np.ctypeslib.as_array(self.data).reshape(CAPACITY, CAPACITY)[: self.rows, : self.cols].copy()
+    def to_rows(self):
+        return [self.data[row * CAPACITY : row * CAPACITY + self.cols] for row in range(self.rows)]
 
 
 class Matrix(ctypes.Structure):
@@ -134,9 +152,14 @@ def load(path):
     return library
 
 
+def doubles(values):
+    """An array of doubles: `doubles(5)` of five zeros, or of the values given."""
+    return array("d", bytes(8 * values) if isinstance(values, int) else values)
+
+
 def sections_of(coeffs):
     """The cascade as SciPy has it: b0 b1 b2 1 a1 a2 a row."""
-    c = {name: np.array(getattr(coeffs, name)[: coeffs.NumSections]) for name in ("a0", "a1", "a2", "b0", "b1", "b2")}
-    return np.column_stack(
-        [c["a0"] * c["b0"], c["a0"] * c["b1"], c["a0"] * c["b2"], np.ones_like(c["a0"]), c["a1"], c["a2"]]
-    )
+    c = coeffs
+    return [
+        [c.a0[k] * c.b0[k], c.a0[k] * c.b1[k], c.a0[k] * c.b2[k], 1.0, c.a1[k], c.a2[k]] for k in range(c.NumSections)
+    ]

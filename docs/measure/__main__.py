@@ -1,0 +1,126 @@
+#!/usr/bin/python3
+"""Renders the pages of docs/ from docs/pages/*.md.in with what is measured of the library.
+
+    /usr/bin/python3 docs/measure build/release/libmensura.so             all pages, written anew
+    /usr/bin/python3 docs/measure build/release/libmensura.so iir state   these pages
+    /usr/bin/python3 docs/measure --check build/release/libmensura.so     writes nothing, fails on a difference
+
+A page NAME is the Jinja2 template docs/pages/NAME.md.in and the module docs/measure/NAME.py: its `names(library)` returns
+what the template may use.  Every template also has the filters of figures.py, `rows(table)` for the rows of a table and
+`snippet("file.c")` for C that docs/snippets/ compiles and runs.  A name that is missing is an error.
+"""
+
+import argparse
+import difflib
+import importlib
+import os
+import pathlib
+import re
+import sys
+import textwrap
+
+os.environ["OPENBLAS_NUM_THREADS"] = "1"  # before NumPy: random matrices shall be the same in each run
+sys.dont_write_bytecode = True  # no cache beside the sources
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+DOCS = ROOT / "docs"
+sys.path.append(str(ROOT / "bench"))  # benchmarks.py
+try:
+    import jinja2
+except ImportError as missing:
+    sys.exit(f"{missing}: apt-get install python3-jinja2, and run this with Debian's /usr/bin/python3")
+
+from binding import load
+from figures import FILTERS
+
+OPTIONAL = {"numpy": "python3-numpy", "scipy": "python3-scipy", "mpmath": "python3-mpmath"}  # what some pages need
+README_PART = re.compile(r"(?<=<!-- speed -->\n).*?(?=<!-- end of speed -->\n)", re.S)
+
+
+def rows(table):
+    """The rows of a Markdown table."""
+    return "\n".join("| " + " | ".join(map(str, row)) + " |" for row in table)
+
+
+def snippet(file, name="shown"):
+    """The lines of docs/snippets/FILE between `// [NAME]` and `// [end]`, without their common indentation."""
+    text = (DOCS / "snippets" / file).read_text()
+    found = re.search(rf"^ *// \[{name}\]\n(.*?)^ *// \[end\]\n", text, re.M | re.S)
+    if not found:
+        raise LookupError(f"docs/snippets/{file} has no lines between // [{name}] and // [end]")
+    return textwrap.dedent(found[1]).strip("\n")
+
+
+def environment():
+    templates = jinja2.Environment(
+        loader=jinja2.FileSystemLoader(DOCS / "pages"),
+        undefined=jinja2.StrictUndefined,
+        trim_blocks=True,
+        lstrip_blocks=True,
+        keep_trailing_newline=True,
+    )
+    templates.filters.update(FILTERS)
+    templates.globals.update(rows=rows, snippet=snippet)
+    return templates
+
+
+def pages():
+    return sorted(path.name.removesuffix(".md.in") for path in (DOCS / "pages").glob("*.md.in"))
+
+
+def target(name):
+    return ROOT / "README.md" if name == "speed" else DOCS / f"{name}.md"
+
+
+def render(templates, name, library):
+    """The page; of README.md all but the table of the speed stays as it is."""
+    page = templates.get_template(f"{name}.md.in").render(importlib.import_module(name).names(library))
+    if name != "speed":
+        return f"{page}\n<!-- Rendered from docs/pages/{name}.md.in: change that, and build the target pages. -->\n"
+    readme = target(name).read_text()
+    if not README_PART.search(readme):
+        sys.exit("README.md has no lines <!-- speed --> and <!-- end of speed -->")
+    return README_PART.sub(lambda _: page, readme)
+
+
+def differences(path, page):
+    """Path, line and both texts of each difference from the page that is there."""
+    old = path.read_text().splitlines() if path.exists() else []
+    new = page.splitlines()
+    for change, start, end, new_start, new_end in difflib.SequenceMatcher(None, old, new, False).get_opcodes():
+        if change != "equal":
+            yield f"{path.relative_to(ROOT)}:{start + 1}: differs from what is measured"
+            yield from (f"  - {line}" for line in old[start:end])
+            yield from (f"  + {line}" for line in new[new_start:new_end])
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Renders the pages of docs/.")
+    parser.add_argument("--check", action="store_true", help="compare with the pages that are there, write nothing")
+    parser.add_argument("library", help="libmensura.so, libmensura_sos_python.so beside it")
+    parser.add_argument("pages", nargs="*", metavar="PAGE", help=f"of {', '.join(pages())}; all without")
+    arguments = parser.parse_args()
+    if unknown := set(arguments.pages) - set(pages()):
+        parser.error(f"no page {', '.join(sorted(unknown))} in docs/pages")
+
+    os.dup2(2, 1)  # what the library prints (rkf45 when it fails) goes where messages go
+    templates, library, failed = environment(), load(arguments.library), False
+    for name in arguments.pages or pages():
+        print(name, flush=True)
+        try:
+            page = render(templates, name, library)
+        except ModuleNotFoundError as missing:
+            if missing.name not in OPTIONAL:
+                raise
+            print(f"{name}: NOT MADE, it needs {OPTIONAL[missing.name]}")
+            failed = failed or not arguments.check
+            continue
+        if not arguments.check:
+            target(name).write_text(page)
+        elif found := list(differences(target(name), page)):
+            print(*found, sep="\n")
+            failed = True
+    return failed
+
+
+if __name__ == "__main__":
+    sys.exit(main())

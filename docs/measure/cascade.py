@@ -1,0 +1,125 @@
+"""Filters designed by the library and measured by the C++ of sos/measure.h (through sos_binding.cpp).
+
+Frequencies are in the unit of `rate`; with its default of 2 they are fractions of the Nyquist frequency.
+"""
+
+import ctypes
+import math
+import pathlib
+from typing import NamedTuple
+
+from binding import Double, Doubles, IIRCoeffs, IIRDesignSpec, Int, Pointer, ProtoSpec, doubles
+
+LOW_PASS, HIGH_PASS, BAND_PASS, NOTCH, ALL_PASS = range(5)
+BUTTERWORTH, GAUSSIAN, BESSEL, ADJUSTABLE, CHEBYSHEV, INVERSE_CHEBYSHEV, PAPOULIS, ELLIPTIC = range(8)
+HALF_POWER = math.sqrt(0.5)
+
+_ROWS = (Doubles, Int)  # 6 values a section, sections
+_CALLS = (
+    (Int, "measure_sections", Pointer(IIRCoeffs), Doubles),
+    (None, "measure_magnitudes", *_ROWS, Double, Doubles, Int, Doubles),
+    (Double, "measure_group_delay", *_ROWS, Double, Double),
+    (Double, "measure_pole_radius", *_ROWS),
+    (Int, "measure_grid", *_ROWS, Double, Doubles, Int),
+    (Int, "measure_crossings", *_ROWS, Double, Double, Doubles, Int),
+    (None, "measure_extremes", *_ROWS, Double, Double, Double, Pointer(Double), Pointer(Double)),
+    (ctypes.c_char_p, "measure_family", Int, Pointer(Int)),
+)
+
+
+class Family(NamedTuple):
+    code: int
+    name: str
+    max_poles: int
+
+
+def decibels(magnitude):
+    return 20 * math.log10(magnitude) if magnitude > 0 else -math.inf
+
+
+class Cascade:
+    """Second-order sections; made by Designer, or from the coefficients of a record."""
+
+    def __init__(self, sos, coeffs):
+        self._sos, self.coeffs, self._rows = sos, coeffs, doubles(6 * 50)
+        self.count = sos.measure_sections(coeffs, self._rows)
+
+    def magnitudes(self, frequencies, rate=2.0):
+        out = doubles(len(frequencies))
+        self._sos.measure_magnitudes(self._rows, self.count, rate, doubles(frequencies), len(out), out)
+        return out
+
+    def gain(self, frequency, rate=2.0):
+        """In dB."""
+        return decibels(self.magnitudes([frequency], rate)[0])
+
+    def delay(self, frequency, rate=2.0):
+        """Of a group, in samples."""
+        return self._sos.measure_group_delay(self._rows, self.count, rate, frequency)
+
+    def pole_radius(self):
+        return self._sos.measure_pole_radius(self._rows, self.count)
+
+    def grid(self, rate=2.0):
+        """Frequencies close enough that no peak or notch falls between two of them."""
+        return self._listed(self._sos.measure_grid, rate)
+
+    def crossings(self, threshold=HALF_POWER, rate=2.0):
+        """Where the magnitude passes the threshold, in ascending order."""
+        return self._listed(self._sos.measure_crossings, rate, threshold)
+
+    def highest(self, start, end, rate=2.0):
+        """The highest gain in dB from one frequency to another."""
+        lowest, highest = Double(), Double()
+        self._sos.measure_extremes(self._rows, self.count, rate, start, end, lowest, highest)
+        return decibels(highest.value)
+
+    def half_power(self, start, end, rate=2.0, threshold=HALF_POWER):
+        """The crossing nearest to `start` on the way to `end`; `end` where there is none."""
+        low, high = sorted((start, end))
+        found = [f for f in self.crossings(threshold, rate) if low <= f <= high]
+        return min(found, key=lambda f: abs(f - start), default=end)
+
+    def width(self, centre, rate=2.0):
+        """Between the two half-power points around the centre."""
+        found = self.crossings(rate=rate)
+        return min(f for f in found if f > centre) - max(f for f in found if f < centre)
+
+    def _listed(self, call, *arguments):
+        out = doubles(0)
+        count = call(self._rows, self.count, *arguments, out, 0)
+        out = doubles(count)
+        call(self._rows, self.count, *arguments, out, count)
+        return out
+
+
+class Designer:
+    """Designs by the library."""
+
+    def __init__(self, library):
+        beside = pathlib.Path(library._name).resolve().parent
+        self._library, self._sos = library, ctypes.CDLL(str(beside / "libmensura_sos_python.so"))
+        for result, name, *arguments in _CALLS:
+            getattr(self._sos, name).argtypes = arguments
+            getattr(self._sos, name).restype = result
+
+    @property
+    def families(self):
+        return list(self._families())
+
+    def _families(self):
+        code, max_poles = 0, Int()
+        while name := self._sos.measure_family(code, max_poles):
+            yield Family(code, name.decode(), max_poles.value)
+            code += 1
+
+    def measured(self, coeffs):
+        return Cascade(self._sos, coeffs)
+
+    def design(self, kind=LOW_PASS, cutoff=0.2, family=BUTTERWORTH, poles=6, bandwidth=0.1, gain=0.0, ripple=0.1,
+               stop=60.0, gamma=0.0):
+        """What CalcIIRFilterCoeff makes of a request; cut-off and bandwidth are fractions of Nyquist.
+
+        The defaults are those of initTIIRFilter."""
+        proto = ProtoSpec(family, poles, ripple, stop, gamma)
+        return self.measured(self._library.CalcIIRFilterCoeff(IIRDesignSpec(kind, cutoff, bandwidth, gain, proto)))
