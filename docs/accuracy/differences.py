@@ -1,7 +1,8 @@
 """What the rows on differences from SciPy, NumPy and MATLAB in page.md show: ours, and theirs."""
 
+import binding
 import numpy as np
-from binding import CentralDiffOnline, CplxD, MovingAverageOnline, TIIRFilter, sections_of
+from binding import CentralDiffOnline, CplxD, MovingAverageOnline, TIIRFilter
 from iir import LOW_PASS, spec
 from kalman import tracking_model
 from matrix import householder, inverse, random_matrix
@@ -22,6 +23,10 @@ def db(sections):
 def width(sections):
     f = np.linspace(0, 1, 20001)[:-1]
     return f"{np.ptp(f[abs(signal.sosfreqz(sections, np.pi * f)[1]) >= np.sqrt(0.5)]):.3f}"
+
+
+def sections_of(coeffs):
+    return np.array(binding.sections_of(coeffs))
 
 
 def names(lib):
