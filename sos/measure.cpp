@@ -1,6 +1,9 @@
 #include "measure.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <limits>
 
 #include "../internal/constants.h"
 
@@ -10,100 +13,184 @@ namespace {
 
 using Complex = std::complex<double>;
 
-// exp(-2 pi i f / rate): z^-1 on the unit circle.  0 and half the rate give exactly 1 and -1.
-Complex delay_at(double frequency, double rate) {
-    if (frequency == 0.5 * rate) return -1.0;
-    return std::polar(1.0, -kTwoPi * frequency / rate);
-}
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kOnTheCircle = 1e-9;  // zeros this close to the unit circle count as on it
 
-struct Quadratic {  // c0 + c1 x + c2 x^2
+struct Quadratic {  // Q = c0 + c1 z^-1 + c2 z^-2
     double c0, c1, c2;
 };
 
 Quadratic numerator(const Section &s) { return {s.b0, s.b1, s.b2}; }
 Quadratic denominator(const Section &s) { return {s.a0, s.a1, s.a2}; }
 
-Complex value(const Quadratic &q, Complex x) { return q.c0 + x * (q.c1 + x * q.c2); }
+// Near z = 1 and z = -1, where the poles of low and high cut-offs lie, next to nothing is left of the terms of Q.  These
+// two sums are then exact in the order that they have, as each difference is one of numbers within a factor of two.
+double at_plus_one(const Quadratic &q) { return q.c0 + q.c1 + q.c2; }
+double at_minus_one(const Quadratic &q) { return q.c0 - q.c1 + q.c2; }
 
-// Whether x counts as a root: what is left of the terms is rounding.
-bool is_root(const Quadratic &q, Complex x) {
-    constexpr double kRounding = 1e-9;
-    return std::abs(value(q, x)) <= kRounding * (std::abs(q.c0) + std::abs(q.c1) + std::abs(q.c2));
+// ---- On the unit circle --------------------------------------------------------------------------------------------
+
+// The angle theta = 2 pi f / rate by the sine and cosine of its half; exact at 0 and rate / 2.
+struct Angle {
+    double sin_half, cos_half;
+
+    Angle(double frequency, double rate)
+        : sin_half(std::sin(kPi * frequency / rate)), cos_half(std::sin(kPi * (0.5 * rate - frequency) / rate)) {}
+
+    bool nearer_to_zero() const { return sin_half <= cos_half; }
+    double sine() const { return 2 * sin_half * cos_half; }
+    double one_minus_cosine() const { return 2 * sin_half * sin_half; }
+    double one_plus_cosine() const { return 2 * cos_half * cos_half; }
+};
+
+// exp(i theta) Q = c1 + (c0 + c2) cos(theta) + i (c0 - c2) sin(theta).  The cosine is written as its difference from 1
+// or -1, the nearer one, so that only small terms meet where Q is small.  The factor of modulus 1 cancels in a quotient.
+Complex turned_value(const Quadratic &q, const Angle &theta) {
+    const double even = q.c0 + q.c2;
+    const double real = theta.nearer_to_zero() ? at_plus_one(q) - even * theta.one_minus_cosine()
+                                               : even * theta.one_plus_cosine() - at_minus_one(q);
+    return {real, (q.c0 - q.c2) * theta.sine()};
 }
 
-// The delay of a polynomial in x = z^-1 on the unit circle: Re(x Q'(x) / Q(x)).
-double polynomial_delay(const Quadratic &q, Complex x) {
-    constexpr double kOfARootOnTheCircle = 0.5;
-    if (!is_root(q, x)) return (x * (q.c1 + 2.0 * q.c2 * x) / value(q, x)).real();
-    if (q.c1 == 0 && q.c2 == 0) return 0;                            // of a section of zeros
-    if (x.imag() != 0 && q.c2 != 0) return 2 * kOfARootOnTheCircle;  // and its conjugate
-    // Q = (1 - x / root) (c0 + d x) with a real root of 1 or -1
-    const double root = x.real();
-    return kOfARootOnTheCircle + polynomial_delay({q.c0, q.c1 + q.c0 / root, 0}, x);
+Complex response(Cascade cascade, const Angle &theta) {
+    Complex h = 1;
+    for (const Section &s : cascade) h *= turned_value(numerator(s), theta) / turned_value(denominator(s), theta);
+    return h;
 }
 
-// Roots of c0 z^2 + c1 z + c2 that are not at the origin or infinity: their number.
-int roots(const Quadratic &q, std::array<Complex, 2> &z) {
-    if (q.c0 == 0 || !std::isfinite(q.c0 + q.c1 + q.c2)) return 0;
-    const double half = -0.5 * q.c1 / q.c0;
-    const Complex offset = std::sqrt(Complex(half * half - q.c2 / q.c0));
-    z = {half + offset, half - offset};
-    return 2;
+// ---- Delay ---------------------------------------------------------------------------------------------------------
+
+// Of c0 + c1 z^-1, in samples: 1/2 + (c1^2 - c0^2) / (2 |Q|^2).
+double first_order_delay(double c0, double c1, const Angle &theta) {
+    if (c0 == 0 && c1 == 0) return kNaN;
+    const double difference = (c1 - c0) * (c1 + c0);
+    return difference == 0 ? 0.5 : 0.5 + 0.5 * difference / std::norm(turned_value({0, c0, c1}, theta));
 }
 
-// Angles at growing distance to either side of a pole or zero.
-void add_around(Complex root, std::vector<double> &angles) {
-    constexpr int kSteps = 240;
-    constexpr double kNearest = 1e-9, kFirst = 0.01;
-    const double centre = std::abs(std::arg(root));
-    if (!std::isfinite(std::abs(root))) return;
-    const double width = std::max(std::abs(1 - std::abs(root)), kNearest) * kFirst;
-    const double growth = std::pow(kPi / width, 1.0 / kSteps);
+// Of a quadratic: 1 + (c2 - c0) (c0 + c2 + c1 cos(theta)) / |Q|^2.
+double second_order_delay(const Quadratic &q, const Angle &theta) {
+    const double sum = theta.nearer_to_zero() ? at_plus_one(q) - q.c1 * theta.one_minus_cosine()
+                                              : at_minus_one(q) + q.c1 * theta.one_plus_cosine();
+    return 1 + (q.c2 - q.c0) * sum / std::norm(turned_value(q, theta));
+}
+
+// Zeros on the circle come out of the formulas as 0 / 0 at their own frequency, so their half samples are taken first.
+double zeros_delay(const Quadratic &q, const Angle &theta) {
+    const double size = std::max({std::abs(q.c0), std::abs(q.c1), std::abs(q.c2)});
+    if (size == 0) return kNaN;
+    const auto negligible = [size](double c) { return std::abs(c) <= kOnTheCircle * size; };
+    if (negligible(q.c2 - q.c0)) return 1;                      // the same read backwards: both, or a pair r, 1/r
+    if (negligible(q.c2 + q.c0) && negligible(q.c1)) return 1;  // at 1 and at -1
+    const auto has_root = [](double value, double slope) { return std::abs(value) <= kOnTheCircle * std::abs(slope); };
+    if (has_root(at_plus_one(q), q.c1 + 2 * q.c2)) return 0.5 + first_order_delay(q.c0, -q.c2, theta);
+    if (has_root(at_minus_one(q), q.c1 - 2 * q.c2)) return 0.5 + first_order_delay(q.c0, q.c2, theta);
+    return second_order_delay(q, theta);
+}
+
+// ---- Roots ---------------------------------------------------------------------------------------------------------
+
+struct Roots {
+    std::array<Complex, 2> z;
+    std::size_t count;
+};
+
+// Of c0 z^2 + c1 z + c2, but for those at the origin or at infinity.
+Roots roots(const Quadratic &q) {
+    if (q.c0 == 0) return q.c1 == 0 || q.c2 == 0 ? Roots{{}, 0} : Roots{{-q.c2 / q.c1}, 1};
+    const double half = -0.5 * q.c1 / q.c0, product = q.c2 / q.c0;
+    const double discriminant = std::fma(half, half, -product);  // rounded once: it is small for roots close together
+    if (!(discriminant >= 0)) {
+        const double imag = std::sqrt(-discriminant);
+        return {{Complex(half, imag), Complex(half, -imag)}, 2};
+    }
+    const double larger = half + std::copysign(std::sqrt(discriminant), half);
+    if (larger == 0) return {{}, 0};
+    return {{larger, product / larger}, product == 0 ? 1U : 2U};
+}
+
+// Angles at growing distances to either side of a pole or zero, until they would be as far apart as even steps.
+void add_around(Complex root, double even_step, std::vector<double> &angles) {
+    constexpr double kNearest = 1e-9, kFirst = 0.01, kGrowth = 1.05;
+    if (root.imag() < 0 || !std::isfinite(std::abs(root))) return;  // its conjugate has the same angle
+    const double centre = std::arg(root);
     angles.push_back(centre);
-    double distance = width;
-    for (int i = 0; i < kSteps; ++i, distance *= growth)
+    double distance = kFirst * std::max(std::abs(1 - std::abs(root)), kNearest);
+    for (; (kGrowth - 1) * distance < even_step; distance *= kGrowth)
         for (const double angle : {centre - distance, centre + distance})
             if (angle > 0 && angle < kPi) angles.push_back(angle);
+}
+
+// The largest value of a function between two points, by golden-section search.
+template <typename Function>
+double maximum(Function f, double from, double to) {
+    constexpr double kRatio = 0.61803398874989485;  // (sqrt(5) - 1) / 2
+    constexpr int kSteps = 40;                      // 4e-9 of the interval, of which the maximum has the square
+    double left = to - kRatio * (to - from), right = from + kRatio * (to - from);
+    double at_left = f(left), at_right = f(right);
+    for (int i = 0; i < kSteps; ++i) {
+        if (at_left > at_right) {
+            to = right;
+            right = left;
+            at_right = at_left;
+            left = to - kRatio * (to - from);
+            at_left = f(left);
+        } else {
+            from = left;
+            left = right;
+            at_left = at_right;
+            right = from + kRatio * (to - from);
+            at_right = f(right);
+        }
+    }
+    return std::max(at_left, at_right);
+}
+
+// The largest value at the points and between the best of them and its neighbours.
+template <typename Function>
+double maximum_near(Function f, std::span<const double> points) {
+    std::vector<double> values(points.size());
+    std::ranges::transform(points, values.begin(), f);
+    const auto best = static_cast<std::size_t>(std::ranges::max_element(values) - values.begin());
+    const std::size_t before = best > 0 ? best - 1 : best, after = std::min(best + 1, points.size() - 1);
+    return std::max(values[best], maximum(f, points[before], points[after]));
 }
 
 }  // namespace
 
 double decibels(double magnitude) { return 20 * std::log10(magnitude); }
 
-Complex response(Cascade cascade, double frequency, double rate) {
-    const Complex x = delay_at(frequency, rate);
-    Complex h = 1;
-    for (const Section &s : cascade) h *= value(numerator(s), x) / value(denominator(s), x);
-    return h;
-}
+Complex response(Cascade cascade, double frequency, double rate) { return response(cascade, Angle(frequency, rate)); }
 
 double magnitude(Cascade cascade, double frequency, double rate) {
     return std::abs(response(cascade, frequency, rate));
 }
 
 double group_delay(Cascade cascade, double frequency, double rate) {
-    const Complex x = delay_at(frequency, rate);
+    const Angle theta(frequency, rate);
     double delay = 0;
-    for (const Section &s : cascade) delay += polynomial_delay(numerator(s), x) - polynomial_delay(denominator(s), x);
+    for (const Section &s : cascade)
+        delay += zeros_delay(numerator(s), theta) - second_order_delay(denominator(s), theta);
     return delay;
 }
 
 double pole_radius(Cascade cascade) {
     double radius = 0;
-    std::array<Complex, 2> poles;
-    for (const Section &s : cascade)
-        for (int i = 0; i < roots(denominator(s), poles); ++i)
-            radius = std::max(radius, std::abs(poles[static_cast<std::size_t>(i)]));
+    for (const Section &s : cascade) {
+        if (!std::isfinite(s.a0 + s.a1 + s.a2)) return kNaN;
+        const Roots poles = roots(denominator(s));
+        for (std::size_t i = 0; i < poles.count; ++i) radius = std::max(radius, std::abs(poles.z[i]));
+    }
     return radius;
 }
 
 std::vector<double> frequency_grid(Cascade cascade, double rate) {
     constexpr int kSteps = 4000;
     std::vector<double> grid;
-    std::array<Complex, 2> z;
     for (const Section &s : cascade)
-        for (const Quadratic &q : {numerator(s), denominator(s)})
-            for (int i = 0; i < roots(q, z); ++i) add_around(z[static_cast<std::size_t>(i)], grid);
+        for (const Quadratic &q : {numerator(s), denominator(s)}) {
+            const Roots found = roots(q);
+            for (std::size_t i = 0; i < found.count; ++i) add_around(found.z[i], kPi / kSteps, grid);
+        }
     for (double &angle : grid) angle = angle / kTwoPi * rate;
     for (int i = 0; i <= kSteps; ++i) grid.push_back(0.5 * rate * i / kSteps);
     std::ranges::sort(grid);
@@ -133,18 +220,29 @@ std::vector<double> crossings(Cascade cascade, double rate, double threshold, st
     return found;
 }
 
+double nearest_crossing(Cascade cascade, double rate, double threshold, double frequency,
+                        std::span<const double> grid) {
+    double nearest = kNaN;
+    for (const double f : crossings(cascade, rate, threshold, grid))
+        if (!(std::abs(f - frequency) >= std::abs(nearest - frequency))) nearest = f;
+    return nearest;
+}
+
+Band band_around(Cascade cascade, double rate, double threshold, double frequency, std::span<const double> grid) {
+    Band band{0, 0.5 * rate};
+    for (const double f : crossings(cascade, rate, threshold, grid)) {
+        if (f <= frequency) band.from = f;
+        if (f > frequency) band.to = std::min(band.to, f);
+    }
+    return band;
+}
+
 Extremes extremes(Cascade cascade, double rate, double from, double to, std::span<const double> grid) {
-    const double first = magnitude(cascade, from, rate);
-    Extremes found{first, first};
-    const auto include = [&](double frequency) {
-        const double size = magnitude(cascade, frequency, rate);
-        found.lowest = std::min(found.lowest, size);
-        found.highest = std::max(found.highest, size);
-    };
-    include(to);
-    for (const double frequency : grid)
-        if (frequency > from && frequency < to) include(frequency);
-    return found;
+    std::vector<double> points{from};
+    std::ranges::copy_if(grid, std::back_inserter(points), [from, to](double f) { return f > from && f < to; });
+    points.push_back(to);
+    const auto size = [=](double f) { return magnitude(cascade, f, rate); };
+    return {-maximum_near([size](double f) { return -size(f); }, points), maximum_near(size, points)};
 }
 
 }  // namespace mensura::sos

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <complex>
+#include <span>
 #include <vector>
 
 #include "cascade.h"
@@ -14,28 +15,40 @@ inline constexpr double kHalfPower = 0.70710678118654752;
 // 20 log10(magnitude).
 double decibels(double magnitude);
 
-// H at a frequency, H(exp(2 pi i f / rate)).
+// H at a frequency, H(exp(2 pi i f / rate)), and its modulus.
 std::complex<double> response(Cascade cascade, double frequency, double rate);
 double magnitude(Cascade cascade, double frequency, double rate);
 
-// -d arg H / d omega, in samples.  A zero on the unit circle turns the phase by 180 degrees where it lies and delays by
-// half a sample everywhere else; that half counts at its own frequency too.
+// -d arg H / d omega, in samples.  A zero within 1e-9 of the unit circle counts as on it: it delays by half a sample at
+// every frequency, its own included, where the phase jumps by 180 degrees.  NaN for a section whose output is always 0.
 double group_delay(Cascade cascade, double frequency, double rate);
 
-// The largest magnitude of a pole; 1 or more is unstable.
+// The largest magnitude of a pole; 1 or more is unstable.  NaN if a coefficient of the denominators is not finite.
 double pole_radius(Cascade cascade);
 
-// Frequencies from 0 to rate / 2 in ascending order: even steps, and around each pole and zero steps in proportion to
-// the distance from it, so that no peak or notch falls between two of them.
+// Frequencies from 0 to rate / 2 in ascending order: even steps, and around each pole and zero smaller ones in
+// proportion to the distance from it, so that no peak or notch falls between two of them.
 std::vector<double> frequency_grid(Cascade cascade, double rate);
 
-// Where, between two frequencies on whose sides of it they lie, the magnitude passes `threshold`; by bisection.
+// The frequency between `from` and `to` at which the magnitude passes `threshold`, by bisection.  It is above the
+// threshold at one of the two and below at the other.
 double crossing(Cascade cascade, double rate, double threshold, double from, double to);
 
 // Every crossing between neighbours of the grid, in ascending order.
 std::vector<double> crossings(Cascade cascade, double rate, double threshold, std::span<const double> grid);
 
-// The extremes of the magnitude from one frequency to another, both included, at the points of the grid.
+// The crossing nearest to a frequency, such as the half-power point of a low-pass; NaN if there is none.
+double nearest_crossing(Cascade cascade, double rate, double threshold, double frequency, std::span<const double> grid);
+
+// The band around a frequency in which the magnitude stays on the side of the threshold where it is at that frequency:
+// the pass band of a band-pass, the stop band of a notch.  Without a crossing on a side it reaches to 0 or rate / 2.
+struct Band {
+    double from, to;
+};
+Band band_around(Cascade cascade, double rate, double threshold, double frequency, std::span<const double> grid);
+
+// The extremes of the magnitude from one frequency to another, both included: the best points of the grid and, by
+// golden-section search, of what lies between them and their neighbours.
 struct Extremes {
     double lowest, highest;
 };

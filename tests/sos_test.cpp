@@ -1,0 +1,165 @@
+// Cascades measured, against closed forms and against the library's own response.
+
+#include <gtest/gtest.h>
+#include <mensura/iir.h>
+
+#include <array>
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <numbers>
+#include <vector>
+
+#include "iir/pass_types.h"
+#include "iir/proto/limits.h"
+#include "sos/measure.h"
+#include "support/expect.h"
+
+using namespace mensura::sos;
+using std::numbers::pi;
+
+namespace {
+
+constexpr double kRate = 1000, kCutoff = 150;  // Hz
+
+IIRCoeffs design(int pass_type, int family, int poles) {
+    return CalcIIRFilterCoeff(
+        {.PassType = pass_type,
+         .NormCutoff = 2 * kCutoff / kRate,
+         .NormBandwidth = 0.1,  // 50 Hz
+         .GainDb = 3,
+         .Proto = {.Family = family, .NumPoles = poles, .Ripple = 0.5, .StopBandDb = 60, .Gamma = 0.5}});
+}
+
+double sine_of_half(double frequency) { return std::sin(pi * frequency / kRate); }
+
+// 1 / (1 - r z^-1)^2 with a pole so near to 1 that the coefficients are exact and their sum has eleven bits left.
+constexpr double kOneMinusR = 0x1p-20, kR = 1 - kOneMinusR;
+constexpr Section kSlow[] = {{1, 0, 0, 1, -2 * kR, kR *kR}};
+
+// A resonance; its magnitude is largest, 1 / ((1 - r^2) sin(theta)), where cos(omega) = cos(theta) (1 + r^2) / (2 r).
+Section resonance(double r, double theta) { return {1, 0, 0, 1, -2 * r * std::cos(theta), r * r}; }
+
+}  // namespace
+
+TEST(Sos, ResponseIsThatOfIIRFreqResponse) {
+    constexpr int kPoints = 200;
+    std::array<double, kPoints> re, im;
+    for (const auto &type : mensura::iir::kPassTypes)
+        for (const auto &family : mensura::iir::kFamilies) {
+            SCOPED_TRACE(std::string(type.name) + " " + family.name);
+            const IIRCoeffs record = design(type.code, family.code, 5);
+            const RecordSections sections(record);
+            IIRFreqResponse(record, record.NumSections, re.data(), im.data(), kPoints);
+            for (std::size_t i = 0; i < kPoints; ++i) {
+                const std::complex<double> expected(re[i], im[i]);
+                const double frequency = static_cast<double>(i) * (0.5 * kRate / kPoints);
+                EXPECT_CLOSE(response(sections.cascade(), frequency, kRate), expected, 1e-11);
+            }
+        }
+}
+
+TEST(Sos, KeepsItsDigitsAtLowAndHighFrequencies) {
+    const Section high[] = {{1, 0, 0, 1, 2 * kR, kR * kR}};  // the same with its poles at -r
+    for (const double f : {0.0, 1e-7, 1e-5, 1e-3, 0.1}) {
+        const double s = sine_of_half(f);
+        const double expected = 1 / (kOneMinusR * kOneMinusR + 4 * kR * s * s);  // 1 / |1 - r z^-1|^2
+        EXPECT_NEAR(magnitude(kSlow, f, kRate) / expected, 1, 1e-14) << f;
+        EXPECT_NEAR(magnitude(high, 0.5 * kRate - f, kRate) / expected, 1, 1e-10) << f;  // f itself is rounded
+        const double delay = 2 * kR * (kOneMinusR - 2 * s * s) * expected;  // 2 r (cos(omega) - r) / |1 - r z^-1|^2
+        EXPECT_NEAR(group_delay(kSlow, f, kRate) / delay, 1, 1e-13) << f;
+    }
+}
+
+TEST(Sos, DelaysOfDelaysAndOfZerosOnTheCircle) {
+    const auto delay = [](double b0, double b1, double b2, double f) {
+        const Section s[] = {{b0, b1, b2, 1, 0, 0}};
+        return group_delay(s, f, kRate);
+    };
+    const double nudged = 1 + 4 * std::numeric_limits<double>::epsilon();  // as roots found numerically are
+    for (const double f : {0.0, 1e-9, 125.0, 250.0, 499.999999, 500.0}) {
+        SCOPED_TRACE(f);
+        EXPECT_NEAR(delay(0, 0, 1, f), 2, 1e-15);
+        EXPECT_NEAR(delay(1, -1, 0, f), 0.5, 1e-15);
+        EXPECT_NEAR(delay(1, 2, nudged, f), 1, 1e-15);
+        EXPECT_NEAR(delay(1, 0, 1, f), 1, 1e-15);   // zeros at 250 Hz
+        EXPECT_NEAR(delay(1, 0, -1, f), 1, 1e-15);  // at 0 and 500 Hz
+        // (1 +- z^-1) (1 - z^-1 / 2), whose second factor delays by (1 - 2 cos(omega)) / (5 - 4 cos(omega))
+        const double cosine = std::cos(2 * pi * f / kRate), second = (1 - 2 * cosine) / (5 - 4 * cosine);
+        EXPECT_NEAR(delay(1, -1.5, 0.5, f), 0.5 + second, 1e-14);
+        EXPECT_NEAR(delay(1, 0.5, -0.5, f), 0.5 + second, 1e-14);
+    }
+    EXPECT_TRUE(std::isnan(delay(0, 0, 0, 100)));
+}
+
+TEST(Sos, GroupDelayIsTheSlopeOfThePhase) {
+    constexpr double kStep = 1e-4;  // Hz
+    for (const auto &family : mensura::iir::kFamilies) {
+        const RecordSections sections(design(ptLowPass, family.code, 5));
+        for (const double f : {20.0, 120.0, 150.0, 170.0}) {
+            const auto before = response(sections.cascade(), f - kStep, kRate);
+            const auto after = response(sections.cascade(), f + kStep, kRate);
+            const double slope = -std::arg(after / before) / (2 * kStep) * kRate / (2 * pi);
+            EXPECT_NEAR(group_delay(sections.cascade(), f, kRate), slope, 1e-6) << family.name << ' ' << f;
+        }
+    }
+}
+
+TEST(Sos, PoleRadius) {
+    const auto radius = [](double a1, double a2) {
+        const Section s[] = {{1, 0, 0, 1, 0.5, 0}, {1, 0, 0, 1, a1, a2}};
+        return pole_radius(s);
+    };
+    EXPECT_NEAR(radius(-1.2, 0.81), 0.9, 1e-15);
+    EXPECT_NEAR(radius(-1.997, 0.997002), 0.999, 1e-12);  // 0.999 and 0.998
+    EXPECT_EQ(radius(0, 0), 0.5);
+    EXPECT_EQ(radius(0, -4), 2);
+    EXPECT_EQ(radius(-2 * kR, kR * kR), kR);
+    EXPECT_TRUE(std::isnan(radius(std::numeric_limits<double>::quiet_NaN(), 0)));
+}
+
+TEST(Sos, CrossingsAreAtTheThresholdAndEndTheBandAroundAFrequency) {
+    const double threshold = kHalfPower * std::pow(10.0, 3.0 / 20);  // of a gain of 3 dB
+    const auto measure = [threshold](int pass_type, double inside) {
+        const RecordSections sections(design(pass_type, pfButterworth, 3));
+        const std::vector<double> grid = frequency_grid(sections.cascade(), kRate);
+        for (const double f : crossings(sections.cascade(), kRate, threshold, grid))
+            EXPECT_NEAR(magnitude(sections.cascade(), f, kRate), threshold, 1e-12) << f;
+        const Band band = band_around(sections.cascade(), kRate, threshold, inside, grid);
+        const double nearest = nearest_crossing(sections.cascade(), kRate, threshold, 500, grid);
+        return std::array{band.from, band.to, nearest};
+    };
+    const auto low_pass = measure(ptLowPass, 100), high_pass = measure(ptHighPass, 300);
+    EXPECT_EQ(low_pass[0], 0);
+    EXPECT_NEAR(low_pass[1], kCutoff, 1e-9);
+    EXPECT_NEAR(low_pass[2], kCutoff, 1e-9);
+    EXPECT_NEAR(high_pass[0], kCutoff, 1e-9);
+    EXPECT_EQ(high_pass[1], 500);
+    EXPECT_NEAR(high_pass[2], kCutoff, 1e-9);
+    for (const int type : {ptBandPass, ptNotch}) {
+        const auto [from, to, nearest] = measure(type, kCutoff);
+        EXPECT_LT(from, kCutoff) << type;
+        EXPECT_GT(from, kCutoff - 50) << type;
+        EXPECT_EQ(to, nearest) << type;
+        EXPECT_LT(to, kCutoff + 50) << type;
+    }
+    const auto [from, to, nearest] = measure(ptAllPass, kCutoff);
+    EXPECT_EQ(from, 0);
+    EXPECT_EQ(to, 500);
+    EXPECT_TRUE(std::isnan(nearest));
+}
+
+TEST(Sos, ExtremesOfANarrowPeakAndOfANotch) {
+    for (const double r : {0.9, 0.999, 1 - 1e-6}) {
+        const double theta = 1;
+        const Section peak[] = {resonance(r, theta)};
+        const double expected = 1 / ((1 - r * r) * std::sin(theta));
+        const Extremes found = extremes(peak, kRate, 0, 0.5 * kRate, frequency_grid(peak, kRate));
+        EXPECT_NEAR(found.highest / expected, 1, 1e-9) << r;
+        EXPECT_EQ(found.lowest, magnitude(peak, 0.5 * kRate, kRate)) << r;
+    }
+    const Section notch[] = {{1, -2 * std::cos(1), 1, 1, -1.998 * std::cos(1), 0.998001}};
+    const std::vector<double> grid = frequency_grid(notch, kRate);
+    EXPECT_LT(extremes(notch, kRate, 0, 0.5 * kRate, grid).lowest, 1e-12);
+    EXPECT_NEAR(extremes(notch, kRate, 300, 400, grid).highest, magnitude(notch, 400, kRate), 1e-3);
+}
