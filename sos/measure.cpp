@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "../internal/constants.h"
@@ -194,8 +195,7 @@ std::vector<double> frequency_grid(Cascade cascade, double rate) {
     for (double &angle : grid) angle = angle / kTwoPi * rate;
     for (int i = 0; i <= kSteps; ++i) grid.push_back(0.5 * rate * i / kSteps);
     std::ranges::sort(grid);
-    const auto repeated = std::ranges::unique(grid);
-    grid.erase(repeated.begin(), repeated.end());
+    grid.erase(std::unique(grid.begin(), grid.end()), grid.end());
     return grid;
 }
 
