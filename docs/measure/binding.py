@@ -88,8 +88,16 @@ class CentralDiffOnline(ctypes.Structure):
     _fields_ = [("Step", Double), ("Prev1", Double), ("Prev2", Double), ("Count", Int)]
 
 
+class AmplitudeLimitOnline(ctypes.Structure):
+    _fields_ = [("Limit", Double), ("Last", Double), ("Count", Int)]
+
+
 class MovingAverageOnline(ctypes.Structure):
     _fields_ = [("Length", Int), ("Buffer", Double * 2000), ("Pos", Int), ("Full", Int)]
+
+
+class LimitAverageOnline(ctypes.Structure):
+    _fields_ = [("Limiter", AmplitudeLimitOnline), ("Average", MovingAverageOnline)]
 
 
 UNARY, BINARY = ("CplxDCos", "CplxDSin", "CplxDTan"), ("CplxDAdd", "CplxDSub", "CplxDMult", "CplxDDivision")
@@ -124,6 +132,7 @@ CALLS = (  # result, name, arguments
     (None, "householder", Pointer(Matrix), Pointer(Pointer(Matrix)), Pointer(Pointer(Matrix))),
     (None, "initKalmanFilter_d", Pointer(KalmanFilter), *[Doubles] * 6, Int, Int),
     (ctypes.c_void_p, "KalmanFilter_update_d", Pointer(KalmanFilter), Doubles, Doubles),
+    (Int, "isEmptyRMATRIX", Pointer(RMATRIX)),
     (ctypes.c_void_p, "getKalmanFilterA", Doubles, Int, Double),
     (ctypes.c_void_p, "getKalmanFilterC", Doubles, Int),
     (ctypes.c_void_p, "getKalmanFilterQ", Doubles, Int, *[Double] * 6),
@@ -135,6 +144,10 @@ CALLS = (  # result, name, arguments
     (None, "central_difference", Doubles, Doubles, Int, Double),
     (None, "init_central_difference_online", Pointer(CentralDiffOnline), Double),
     (Double, "central_difference_online", Pointer(CentralDiffOnline), Double),
+    (None, "init_amlitude_limit_filer_online", Pointer(AmplitudeLimitOnline), Double),
+    (Double, "amlitude_limit_filer_online", Pointer(AmplitudeLimitOnline), Double),
+    (None, "init_amlitude_limit_move_average_filter_online", Pointer(LimitAverageOnline), Int, Double),
+    (Double, "amlitude_limit_move_average_filter_online", Pointer(LimitAverageOnline), Double),
     (None, "init_move_average_filter_online", Pointer(MovingAverageOnline), Int),
     (Double, "move_average_filter_online", Pointer(MovingAverageOnline), Double),
 )
