@@ -1,0 +1,236 @@
+// Digital designs: what a request gives, and what degenerate requests do not break.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <ctime>
+#include <numbers>
+#include <tuple>
+
+#include "../allocations.h"
+#include "designs.h"
+#include "sos/measure.h"
+#include "support/expect.h"
+
+namespace {
+
+using namespace designs;
+using namespace mensura;
+
+template <typename F>
+void for_all_designs(std::initializer_list<int> passes, std::initializer_list<double> cutoffs, F check) {
+    for (const int pass : passes)
+        for (const iir::Family &family : kFamilies)
+            for (int poles = 1; poles <= family.max_poles; ++poles)
+                for (const double cutoff : cutoffs) {
+                    SCOPED_TRACE(testing::Message() << "pass type " << pass << ", " << family.name << ", " << poles
+                                                    << " poles, cut-off " << cutoff);
+                    check(request(pass, family.code, poles, cutoff));
+                }
+}
+
+using Section = std::array<double, 6>;
+constexpr Section kEmpty{};
+Section section(const IIRCoeffs &c, int k) { return {c.a0[k], c.a1[k], c.a2[k], c.b0[k], c.b1[k], c.b2[k]}; }
+
+// The magnitude at f (1 is Nyquist), and how far rounding may move it, relative to it.  A coefficient in error by an ulp
+// moves its polynomial's value by that much of the largest term.  Twelve ulps of this condition is the worst seen in any
+// family, order and type: a band-pass, whose halves come from a root search.
+struct Level {
+    double magnitude, tolerance;
+};
+Level level(const IIRCoeffs &c, double f) {
+    const sos::RecordSections sections(c);
+    double condition = 0;
+    for (const sos::Section &s : sections.cascade()) {
+        const sos::Section numerator[] = {{s.b0, s.b1, s.b2, 1, 0, 0}}, denominator[] = {{1, s.a1, s.a2, 1, 0, 0}};
+        condition += (std::fabs(s.b0) + std::fabs(s.b1) + std::fabs(s.b2)) / sos::magnitude(numerator, f, 2) +
+                     (1 + std::fabs(s.a1) + std::fabs(s.a2)) / sos::magnitude(denominator, f, 2);
+    }
+    return {sos::magnitude(sections.cascade(), f, 2), 32 * DBL_EPSILON * condition};
+}
+
+TEST(IirDesign, is_stable_and_has_its_gain_where_it_should) {
+    for_all_designs({ptLowPass, ptHighPass, ptBandPass, ptNotch}, {0.11, 0.5, 0.8}, [](IIRDesignSpec spec) {
+        const double fc = spec.NormCutoff, gain_db = fc == 0.5 ? -20 : 0;
+        const std::vector<double> passed[] = {{0}, {1}, {fc}, {0, 1}};  // by pass type
+        const double stopped[] = {1, 0, 0, fc};
+        spec.GainDb = gain_db;
+        const IIRCoeffs c = CalcIIRFilterCoeff(spec);
+        for (int k = 0; k < c.NumSections; ++k) {
+            EXPECT_LT(std::fabs(c.a2[k]), 1) << "section " << k;
+            EXPECT_LT(std::fabs(c.a1[k]), 1 + c.a2[k]) << "section " << k;
+        }
+        for (const double f : passed[spec.PassType])
+            EXPECT_NEAR(level(c, f).magnitude / std::pow(10.0, gain_db / 20), 1.0, level(c, f).tolerance) << "at " << f;
+        if (!iir::depends_on(spec.Proto.Family, iir::kStopBand)) {
+            EXPECT_LT(level(c, stopped[spec.PassType]).magnitude, 1e-6);
+        }
+    });
+}
+
+TEST(IirDesign, all_pass_has_the_reversed_denominator_and_magnitude_one) {
+    for_all_designs({ptAllPass}, {0.02, 0.8}, [](const IIRDesignSpec &spec) {
+        const IIRCoeffs c = CalcIIRFilterCoeff(spec);
+        constexpr double kTolerance = 4 * DBL_EPSILON;  // three terms, divided by their sum
+        for (int k = 0; k < c.NumSections; ++k) {
+            const bool first_order = c.a2[k] == 0 && c.b2[k] == 0;
+            EXPECT_NEAR(c.b0[k], first_order ? c.a1[k] : c.a2[k], kTolerance);
+            EXPECT_NEAR(c.b1[k], first_order ? 1.0 : c.a1[k], kTolerance);
+            EXPECT_NEAR(c.b2[k], first_order ? 0.0 : 1.0, kTolerance);
+            EXPECT_LT(std::fabs(c.a1[k]), 1 + c.a2[k]);
+        }
+        for (const double f : {0.0, 0.37, 1.0}) EXPECT_NEAR(level(c, f).magnitude, 1.0, level(c, f).tolerance);
+    });
+}
+
+TEST(IirDesign, init_writes_the_defaults_and_leaves_the_registers) {
+    TIIRFilterBank bank;
+    std::memset(&bank, 0x5a, sizeof bank);
+    TIIRFilter before = bank.Filters[0];
+    const int allocated = allocations;
+    initTIIRFilters(&bank, ptHighPass, 2, 100.0, 1000.0);
+    EXPECT_EQ(allocations, allocated);
+    EXPECT_EQ(bank.Count, 2);
+    for (TIIRFilter *f : {&bank.Filters[0], &bank.Filters[1]}) {
+        const auto &[pass, cutoff, bandwidth, gain, p] = f->Spec;
+        EXPECT_EQ(std::tuple(pass, cutoff, bandwidth, gain), std::tuple(int{ptHighPass}, 0.2, 0.1, 0.0));
+        EXPECT_EQ(std::tuple(p.Family, p.NumPoles, p.Ripple, p.StopBandDb, p.Gamma), std::tuple(0, 6, 0.1, 60.0, 0.0));
+        EXPECT_EQ(f->Primed, 0);
+        EXPECT_SAME_BITS(numbers(f->Coeffs), numbers(CalcIIRFilterCoeff(f->Spec)));
+        EXPECT_SAME_BITS(registers(*f), registers(before));
+    }
+    EXPECT_EQ(std::memcmp(&bank.Filters[2], &before, sizeof before), 0);
+    initTIIRFilters(&bank, ptLowPass, -2, 100.0, 1000.0);
+    EXPECT_EQ(bank.Count, -2);
+    EXPECT_EQ(bank.Filters[0].Spec.PassType, ptHighPass);
+}
+
+TEST(IirDesign, runs_the_leading_sections_most_damped_first) {
+    const auto low_pass = [](int poles) { return CalcIIRFilterCoeff(request(ptLowPass, pfButterworth, poles)); };
+    const IIRCoeffs six = low_pass(6), five = low_pass(5);
+    EXPECT_EQ(six.NumSections, 3);
+    for (const int k : {0, 2, 4}) EXPECT_EQ(section(six, k), section(six, k + 1)) << "section " << k;
+    EXPECT_LT(six.a2[0], six.a2[2]);  // squared pole radii
+    EXPECT_LT(six.a2[2], six.a2[4]);
+    EXPECT_EQ(section(six, 6), kEmpty);
+    EXPECT_EQ(five.NumSections, 3);
+    EXPECT_EQ(five.a2[0], 0);
+    EXPECT_EQ(five.b2[0], 0);
+    EXPECT_NE(five.a2[1], 0);
+    EXPECT_NE(five.a2[2], 0);
+    for (const auto &[poles, sections] : {std::pair{25, 13}, {45, 23}}) {  // 20 of which are designed
+        TIIRFilter f{};
+        f.Coeffs = low_pass(poles);
+        EXPECT_EQ(f.Coeffs.NumSections, sections);
+        EXPECT_NE(section(f.Coeffs, 19), kEmpty);
+        EXPECT_EQ(section(f.Coeffs, 20), kEmpty);
+        EXPECT_EQ(IIRFilter(&f, 1.0) == 0.0, sections > 20);
+    }
+}
+
+TEST(IirDesign, band_types_keep_their_fourth_order_forms) {
+    for (const int pass : {ptBandPass, ptNotch}) {
+        const auto design = [pass](int poles, double cutoff) {
+            return CalcIIRFilterCoeff(request(pass, pfButterworth, poles, cutoff));
+        };
+        EXPECT_EQ(design(5, 0.2).NumSections, 5);
+        const IIRCoeffs c = design(45, 0.5);  // 20 sections of order four, 40 halves
+        EXPECT_EQ(c.NumSections, 45);
+        EXPECT_TRUE(std::isfinite(c.a1[39]));
+        EXPECT_TRUE(std::isnan(c.a1[40]));
+        EXPECT_TRUE(std::isnan(c.b0[44]));
+        EXPECT_EQ(c.a0[44], 1);
+        EXPECT_NE(c.a4[0], 0);
+        EXPECT_NE(c.b4[19], 0);
+        EXPECT_EQ(c.a4[20], 0);
+        for (int k = 0; k < 20; ++k) {  // T = 2: odd powers vanish
+            EXPECT_EQ(c.a3[k], 0) << "section " << k;
+            EXPECT_EQ(c.b3[k], 0) << "section " << k;
+        }
+        // T - 2 is 2 pi times the distance from 0.5: -0.00063, 0.00048, 0.00053.
+        EXPECT_NE(design(6, 0.4999).a3[0], 0.0);
+        EXPECT_EQ(design(6, 0.500076).a3[0], 0.0);
+        EXPECT_NE(design(6, 0.500084).a3[0], 0.0);
+    }
+}
+
+TEST(IirDesign, bandwidth_is_corrected_by_a_tuned_factor) {
+    // One pole: a2 = (Q T^2 + 4 Q - 2 T) / (Q T^2 + 4 Q + 2 T) with Q = cut-off / bandwidth / factor.
+    const std::pair<double, double> factors[] = {{0.2, 0.8 * std::tan(0.3 * std::numbers::pi)},
+                                                 {0.9, 0.8 * std::tan(0.475 * std::numbers::pi)},
+                                                 {0.96, 20.361359663485633},
+                                                 {0.99, 20.361359663485633}};
+    for (const auto &[cutoff, factor] : factors) {
+        const double a2 = CalcIIRFilterCoeff(request(ptBandPass, pfButterworth, 1, cutoff)).a2[0];
+        const double T = 2 * std::tan(cutoff * std::numbers::pi / 2), Q = 2 * T * (1 + a2) / ((4 + T * T) * (1 - a2));
+        EXPECT_NEAR(cutoff / 0.1 / Q / factor, 1, 1e-13) << "cut-off " << cutoff;
+    }
+}
+
+TEST(IirDesign, halves_of_a_band_section_multiply_to_its_fourth_order_form) {
+    for_all_designs({ptBandPass, ptNotch}, {0.3}, [](const IIRDesignSpec &spec) {
+        if (spec.Proto.NumPoles % 2 != 0) return;  // section 0 is whole
+        const IIRCoeffs c = CalcIIRFilterCoeff(spec);
+        const double whole = c.a4[0] / (c.a2[0] * c.a2[1]);            // c0, which the halves are divided by
+        const double scale = std::fabs(whole) * 16 * DBL_EPSILON * 6;  // 16 at most in (1 + z^-1)^4
+        EXPECT_NEAR(whole * (c.a1[0] * c.a2[1] + c.a2[0] * c.a1[1]), c.a3[0], scale);
+        EXPECT_NEAR(std::fabs(whole * c.b2[0] * c.b2[1]), std::fabs(c.b4[0]), scale);
+        EXPECT_NEAR(std::fabs(whole * (c.b1[0] * c.b2[1] + c.b2[0] * c.b1[1])), std::fabs(c.b3[0]), scale);
+    });
+}
+
+TEST(IirDesign, any_number_of_poles_pass_type_or_family_stays_inside_the_record) {
+    constexpr struct {
+        int poles, sections, band_sections;
+    } kCases[] = {
+        {INT_MIN, INT_MIN / 2 + 1, INT_MIN}, {-3, -1, -3}, {-2, 0, -2}, {0, 0, 0}, {1, 1, 1}, {INT_MAX, 50, 50}};
+    for (const auto &[poles, sections, band_sections] : kCases)
+        for (const int pass : kPassTypes) {
+            SCOPED_TRACE(testing::Message() << poles << " poles, pass type " << pass);
+            const bool band_type = pass == ptBandPass || pass == ptNotch;
+            IIRDesignSpec spec = request(pass, pfButterworth, poles);
+            spec.GainDb = poles < 1 ? 20 : 0;  // no section takes it
+            const IIRCoeffs c = CalcIIRFilterCoeff(spec), one = CalcIIRFilterCoeff(request(pass, pfButterworth, 1));
+            EXPECT_EQ(c.NumSections, band_type ? band_sections : sections);
+            if (poles > 1) continue;
+            EXPECT_EQ(section(c, 0), band_type && poles < 1 ? kEmpty : section(one, 0));
+        }
+    for (const auto &[pass, family] : {std::pair{-1, 0}, {5, 0}, {0, kUnknownFamily}}) {
+        const IIRCoeffs c = CalcIIRFilterCoeff(request(pass, family, 6));
+        EXPECT_EQ(c.NumSections, 3);
+        EXPECT_EQ(section(c, 0), kEmpty) << "pass type " << pass << ", family " << family;
+    }
+}
+
+[[gnu::noinline]] void poison_stack(unsigned long long value) {
+    volatile unsigned long long area[1 << 12];
+    for (volatile unsigned long long &word : area) word = value;
+}
+
+TEST(IirDesign, degenerate_requests_give_the_same_bits_in_bounded_time_without_memory) {
+    for (const int pass : kPassTypes)
+        for (const iir::Family &family : kFamilies)
+            for (const double bad : {std::nan(""), HUGE_VAL, -HUGE_VAL, 0.0, -0.3, 1.0, 1e300})
+                for (int field = 0; field < 6; ++field) {
+                    SCOPED_TRACE(testing::Message() << "pass type " << pass << ", " << family.name << ", field "
+                                                    << field << " is " << bad);
+                    IIRDesignSpec spec = request(pass, family.code, field < 3 ? 5 : 12);
+                    double *const fields[] = {&spec.NormCutoff,   &spec.NormBandwidth,    &spec.GainDb,
+                                              &spec.Proto.Ripple, &spec.Proto.StopBandDb, &spec.Proto.Gamma};
+                    *fields[field] = bad;
+                    const std::clock_t start = std::clock();
+                    const int allocated = allocations;
+                    poison_stack(~0ULL);
+                    const IIRCoeffs first = CalcIIRFilterCoeff(spec);
+                    poison_stack(0x3c3c3c3c3c3c3c3c);
+                    const IIRCoeffs second = CalcIIRFilterCoeff(spec);
+                    EXPECT_EQ(allocations, allocated);
+                    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC);
+                    EXPECT_SAME_BITS(numbers(second), numbers(first));
+                }
+}
+
+}  // namespace
