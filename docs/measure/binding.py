@@ -21,6 +21,8 @@ def pointer_to(*formats):
     class ArrayPointer(ctypes.c_void_p):
         @classmethod
         def from_param(cls, lender):
+            if lender is None:
+                return None
             view = memoryview(lender)
             if view.format not in formats or not view.c_contiguous:
                 raise TypeError(f"an array of {view.format}, expected {formats[0]} without gaps")
@@ -131,6 +133,7 @@ CALLS = (  # result, name, arguments
     (None, "matrix_delete", Pointer(Matrix)),
     (None, "householder", Pointer(Matrix), Pointer(Pointer(Matrix)), Pointer(Pointer(Matrix))),
     (None, "initKalmanFilter_d", Pointer(KalmanFilter), *[Doubles] * 6, Int, Int),
+    (None, "resetKalmanFilter", Pointer(KalmanFilter)),
     (ctypes.c_void_p, "KalmanFilter_update_d", Pointer(KalmanFilter), Doubles, Doubles),
     (Int, "isEmptyRMATRIX", Pointer(RMATRIX)),
     (ctypes.c_void_p, "getKalmanFilterA", Doubles, Int, Double),

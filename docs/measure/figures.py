@@ -31,12 +31,21 @@ def scientific(x, digits=0):
 
 
 def below(x):
-    """The next power of ten: an error of 3e-16 is `1e-15`.  0 stays 0."""
-    return "0" if x == 0 else scientific(10.0 ** math.ceil(math.log10(x)))
+    """The next power of ten: an error of 3e-16 is `1e-15`, one of 0.04 is `0.1`.  0 stays 0."""
+    if x == 0:
+        return "0"
+    power = math.ceil(math.log10(x))
+    return scientific(10.0**power) if power < -3 else f"{10.0**power:g}"
 
 
 def percent(x, digits=0):
     return f"{fixed(100 * x, digits)} %"
+
+
+def require(holds, claim):
+    """For what a page says in words."""
+    if not holds:
+        raise ValueError(f"no longer true: {claim}")
 
 
 def joined(items, last=" and "):
