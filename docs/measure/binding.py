@@ -4,6 +4,7 @@ Arrays are anything that lends its memory: array.array, arrays of ctypes, NumPy 
 """
 
 import ctypes
+import pathlib
 import sys
 from array import array
 
@@ -166,6 +167,11 @@ def load(path):
         getattr(library, name).argtypes = arguments
         getattr(library, name).restype = result
     return library
+
+
+def measuring(library):
+    """The C++ of docs/measure, which the build puts beside the library."""
+    return ctypes.CDLL(str(pathlib.Path(library._name).resolve().parent / "libmensura_sos_python.so"))
 
 
 def doubles(values):

@@ -5,10 +5,9 @@ Frequencies are in the unit of `rate`; with its default of 2 they are fractions 
 
 import ctypes
 import math
-import pathlib
 from typing import NamedTuple
 
-from binding import Double, Doubles, IIRCoeffs, IIRDesignSpec, Int, Pointer, ProtoSpec, doubles
+from binding import Double, Doubles, IIRCoeffs, IIRDesignSpec, Int, Pointer, ProtoSpec, doubles, measuring
 
 LOW_PASS, HIGH_PASS, BAND_PASS, NOTCH, ALL_PASS = range(5)
 BUTTERWORTH, GAUSSIAN, BESSEL, ADJUSTABLE, CHEBYSHEV, INVERSE_CHEBYSHEV, PAPOULIS, ELLIPTIC = range(8)
@@ -97,8 +96,7 @@ class Designer:
     """Designs by the library."""
 
     def __init__(self, library):
-        beside = pathlib.Path(library._name).resolve().parent
-        self._library, self._sos = library, ctypes.CDLL(str(beside / "libmensura_sos_python.so"))
+        self._library, self._sos = library, measuring(library)
         for result, name, *arguments in _CALLS:
             getattr(self._sos, name).argtypes = arguments
             getattr(self._sos, name).restype = result
