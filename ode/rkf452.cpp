@@ -13,8 +13,8 @@ namespace {
 constexpr double kTooBig = 1e30;
 
 // y + c k
-const double *advanced(const double *y, double c, const State &k, State &out, Size n) {
-    for (Size i = 0; i < n; ++i) out[i] = y[i] + c * k[i];
+const double *advanced(const double *y, double c, const State &k, State &out, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) out[i] = y[i] + c * k[i];
     return out;
 }
 
@@ -26,7 +26,7 @@ double step(const System &f, double t, double h, double *y) {
     f(t + h / 2, advanced(y, h / 2, k2, at, f.n), k3);
     f(t + h, advanced(y, h, k3, at, f.n), k4);
     double size = 0.0;
-    for (Size i = 0; i < f.n; ++i) {
+    for (std::size_t i = 0; i < f.n; ++i) {
         y[i] = y[i] + h / 6.0 * (k1[i] + 2 * k2[i] + 2 * k3[i] + k4[i]);
         size = larger(std::fabs(y[i]), size);
     }
@@ -45,7 +45,7 @@ int rkf452(double t0, double t1, double rate, OdeFunction function, const double
         h = (t1 - t0) * 0.5;
         steps = 2;
     }
-    const System f{function, param, static_cast<Size>(n)};
+    const System f{function, param, static_cast<std::size_t>(n)};
     std::copy_n(y0, n, y);
     double t = t0;
     for (int i = 0; i < static_cast<int>(steps); ++i) {

@@ -8,9 +8,7 @@
 
 namespace mensura::ode {
 
-using Size = std::size_t;
-
-inline constexpr Size kCapacity = 20;
+inline constexpr std::size_t kCapacity = 20;
 
 using State = double[kCapacity];
 
@@ -18,7 +16,7 @@ using State = double[kCapacity];
 struct System {
     OdeFunction function;
     void *param;
-    Size n;
+    std::size_t n;
 
     void operator()(double t, const double *y, double *dy) const { function(t, y, param, dy); }
 };
