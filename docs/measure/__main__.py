@@ -30,7 +30,7 @@ except ImportError as missing:
     sys.exit(f"{missing}: apt-get install python3-jinja2, and run this with Debian's /usr/bin/python3")
 
 from binding import load
-from figures import FILTERS
+from figures import FILTERS, Untrue
 
 OPTIONAL = {"numpy": "python3-numpy", "scipy": "python3-scipy", "mpmath": "python3-mpmath"}  # what some pages need
 README_PART = re.compile(r"(?<=<!-- speed -->\n).*?(?=<!-- end of speed -->\n)", re.S)
@@ -113,6 +113,10 @@ def main():
                 raise
             print(f"{name}: NOT MADE, it needs {OPTIONAL[missing.name]}")
             failed = failed or not arguments.check
+            continue
+        except Untrue as error:
+            print(f"docs/pages/{name}.md.in: {error}")
+            failed = True
             continue
         if not arguments.check:
             target(name).write_text(page)

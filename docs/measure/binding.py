@@ -66,6 +66,10 @@ class TIIRFilter(ctypes.Structure):
     _fields_ += [("Primed", Int)]
 
 
+class TIIRFilterBank(ctypes.Structure):
+    _fields_ = [("Filters", TIIRFilter * 10), ("Count", Int)]
+
+
 class LowPassProto(ctypes.Structure):
     _fields_ = [(name, Array) for name in ("Num2", "Num1", "Num0", "Den2", "Den1", "Den0")] + [("SectionCount", Int)]
 
@@ -97,6 +101,10 @@ class AmplitudeLimitOnline(ctypes.Structure):
 
 class MovingAverageOnline(ctypes.Structure):
     _fields_ = [("Length", Int), ("Buffer", Double * 2000), ("Pos", Int), ("Full", Int)]
+
+
+class MovingAverageBank(ctypes.Structure):
+    _fields_ = [("Filters", MovingAverageOnline * 10), ("Count", Int)]
 
 
 class LimitAverageOnline(ctypes.Structure):

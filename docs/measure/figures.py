@@ -20,7 +20,7 @@ def significant(x, digits=3):
     """So many significant digits, without zeros at the end: 6.88, 12.5, 660."""
     if not math.isfinite(x):
         raise ValueError(f"{x} in a page")
-    return f"{float(f'{x:.{digits}g}') + 0.0:.{digits}g}"
+    return f"{float(f'{x:.{digits}g}') + 0.0:g}"
 
 
 def scientific(x, digits=0):
@@ -42,10 +42,14 @@ def percent(x, digits=0):
     return f"{fixed(100 * x, digits)} %"
 
 
+class Untrue(Exception):
+    """A page says in words what does not hold."""
+
+
 def require(holds, claim):
     """For what a page says in words."""
     if not holds:
-        raise ValueError(f"no longer true: {claim}")
+        raise Untrue(f"this does not hold: {claim}")
 
 
 def joined(items, last=" and "):

@@ -16,9 +16,10 @@
  * from N = 5 on either gives a count of 0.  Every call returns in bounded time.  Pointers and array lengths are the
  * caller's duty.
  *
- * Memory and threads.  Nothing here allocates.  Every function may run in several threads at once: the two variables
- * that the iteration keeps between its steps belong to the thread and are cleared at every start, so that each thread
- * sees exactly the results of a program with one thread.
+ * Memory and threads.  Nothing here allocates.  On x86-64 FindRoots takes up to 21 KB of stack, 24 KB if compiled
+ * without optimisation.  Every function may run in several threads at once: the two variables that the iteration keeps
+ * between its steps belong to the thread and are cleared at every start, so that each thread sees exactly the results
+ * of a program with one thread.
  *
  * How far to trust FindRoots (measured; docs/roots.md has the tables)
  *   Random coefficients are its strength: for 95 polynomials of 100 every root is within 2e-15 of its true value,
