@@ -4,6 +4,7 @@
 #include <mensura/spectral.h>
 
 #include <algorithm>
+#include <cmath>
 #include <complex>
 #include <numbers>
 #include <span>
@@ -25,6 +26,22 @@ inline std::complex<long double> dft_sum(std::span<const std::complex<long doubl
     std::complex<long double> sum;
     for (std::size_t t = 0; t < x.size(); ++t) sum += w[k * t % w.size()] * std::complex<long double>(x[t]);
     return sum;
+}
+
+// DFT, for a direction of 0 or 1, with angles and sums in double precision.
+inline void dft(double *re, double *im, int n, int dir) {
+    const std::vector<double> x_re(re, re + n), x_im(im, im + n);
+    for (std::size_t k = 0; k < x_re.size(); ++k) {
+        double sum_re = 0, sum_im = 0;
+        for (std::size_t t = 0; t < x_re.size(); ++t) {
+            const double angle = static_cast<double>(k * t % x_re.size()) * (2 * std::numbers::pi) / n;
+            const double cos = std::cos(angle), sin = dir == 0 ? -std::sin(angle) : std::sin(angle);
+            sum_re += cos * x_re[t] - sin * x_im[t];
+            sum_im += sin * x_re[t] + cos * x_im[t];
+        }
+        re[k] = sum_re / (dir == 0 ? n : 1);
+        im[k] = sum_im / (dir == 0 ? n : 1);
+    }
 }
 
 // FFT, stage after stage through memory, for a valid size.

@@ -1,0 +1,71 @@
+// Transforms of any length, and the magnitude at one frequency.
+#include <gtest/gtest.h>
+#include <mensura/spectral.h>
+
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <numbers>
+
+#include "signals.h"
+#include "support/expect.h"
+#include "support/reference/spectral.h"
+
+namespace {
+
+using namespace signals;
+
+// Tolerance: four times the worst seen, 1.0 n ulps, at a few points: the angles of the table are rounded as numbers up
+// to 2 pi.
+TEST(DFT, has_the_bits_of_a_plain_loop_and_is_the_sum_of_its_definition) {
+    for (const Size n : std::initializer_list<Size>{1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11,  12,  13,  14,  15, 16,
+                                                    17, 23, 24, 25, 31, 32, 33, 63, 64, 65, 100, 127, 128, 243, 512}) {
+        const auto w = reference::unit_circle(n);
+        for (const int dir : {0, 1}) {
+            SCOPED_TRACE(testing::Message() << n << " points, direction " << dir);
+            const Signal x = noise(n), bins = run(DFT, x, 1, dir);
+            EXPECT_SAME_BITS(bins, run(reference::dft, x, 1, dir));
+            EXPECT_SAME_BITS(run(DFT, awkward(n, kAwkwardKinds), 1, dir),
+                             run(reference::dft, awkward(n, kAwkwardKinds), 1, dir));
+            const auto size = static_cast<double>(n);
+            for (Size k = 0; k < n; ++k)
+                EXPECT_CLOSE(bins[k] * (dir == 0 ? size : 1), reference::dft_sum(w, x, dir == 0 ? n - k : k),
+                             4 * size * DBL_EPSILON)
+                    << "bin " << k;
+        }
+    }
+}
+
+// Tolerance: five times the worst seen, 30.  The states of Goertzel's recursion grow to 1 / sin(pi f), n at most.
+TEST(RealSignals, have_the_bins_of_DFT_but_for_the_one_after_the_middle_of_an_odd_length) {
+    for (int n = 1; n <= 243; ++n) {
+        SCOPED_TRACE(testing::Message() << n << " points");
+        const Size size = static_cast<Size>(n);
+        const Signal x = noise(size, 0), full = run(DFT, x, 1, 0);
+        std::vector<double> samples;
+        for (const Point sample : x) samples.push_back(sample.real());
+        const Signal half = run([&](double *re, double *im, int) { RealSigDFT(samples.data(), re, im, n); }, x, 1);
+        Signal expected = full;
+        for (Size k = size / 2 + 1; k < size; ++k) expected[k] = conj(full[size - k]);
+        if (n % 2 == 1 && n > 1) expected[size / 2 + 1] = x[size / 2 + 1];  // as it was
+        EXPECT_SAME_BITS(half, expected);
+        for (Size k = 0; k < size; ++k) {
+            const double f = 2.0 * static_cast<double>(k) / n, power = n * n * std::norm(full[k]);
+            const double gain = std::min<double>(n, 1 / std::fabs(std::sin(std::numbers::pi * f)));
+            for (const double magnitude : {SingleFreqDFT(samples.data(), n, f), Goertzel(samples.data(), n, f)})
+                EXPECT_NEAR(magnitude * magnitude, power, 160 * n * std::sqrt(n) * gain * gain * DBL_EPSILON) << k;
+        }
+    }
+}
+
+TEST(Goertzel, has_a_floor_where_nothing_is_left) {
+    const double x[] = {0x1p-50, 0, 0};
+    EXPECT_EQ(Goertzel(x, 1, 0.3), 0x1p-50);  // below the floor, but not 0
+    EXPECT_EQ(Goertzel(&x[1], 2, 0.3), 1e-12);
+    for (const int n : {INT_MIN, 0}) {
+        EXPECT_EQ(Goertzel(x, n, HUGE_VAL), 1e-12);
+        EXPECT_EQ(SingleFreqDFT(x, n, 0), 0);
+    }
+}
+
+}  // namespace

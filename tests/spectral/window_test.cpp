@@ -1,0 +1,86 @@
+// Data windows.
+#include <gtest/gtest.h>
+#include <mensura/spectral.h>
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <numeric>
+
+#include "signals.h"
+#include "support/expect.h"
+
+namespace {
+
+using signals::Size;
+
+std::vector<double> window(Size n, int kind, double alpha, double beta, int unity_gain = 0) {
+    const auto multiply = [=](double *x, double *, int m) { WindowData(x, m, kind, alpha, beta, unity_gain); };
+    std::vector<double> factors;
+    for (const signals::Point w : signals::run(multiply, signals::Signal(n, 2), 1)) factors.push_back(w.real() / 2);
+    return factors;
+}
+
+// The first factor of four.  scipy 1.10.1, from scipy.signal.windows the element [1] of kaiser(6, 1.5), hann(6),
+// hamming(6), blackman(6), blackmanharris(6), nuttall(6) - 0.01 (wkBlackmanNuttall), gaussian(6, 2.5 / 2.7183 / 2**.5),
+// and of general_cosine(6, a) with a the constants of the header, the odd ones negated, for wkFlatTop (1,
+// 1.93293488969227, 1.28349769674027, 0.38130801681619, 0.02929730258511), wkNuttall and wkKaiserBessel.
+// mpmath 1.2.1: sinc(0.6 * pi)**1.5 and sin(0.2 * pi)**1.5.
+constexpr struct {
+    int kind;
+    double first;
+    bool has_own_centre;  // takes no flat middle
+    bool uses_beta;
+} kWindows[] = {
+    {wkKaiser, 0.8463630030778, true, true},
+    {wkSinc, 0.3583915848216, false, true},
+    {wkHanning, 0.3454915028125, false, false},
+    {wkHamming, 0.3978521825875, false, false},
+    {wkBlackman, 0.2007701432625, false, false},
+    {wkFlatTop, -0.3181431487553, true, false},
+    {wkBlackmanHarris, 0.1030114893457, false, false},
+    {wkBlackmanNuttall, 0.1005152530499, false, false},
+    {wkNuttall, 0.0986650640741, false, false},
+    {wkKaiserBessel, 0.1680168543582, false, false},
+    {wkTriangle, 0.5000000000000, false, false},
+    {wkGauss, 0.0699415237957, false, false},
+    {wkSine, 0.4506382253489, false, true},
+};
+
+TEST(WindowData, has_the_values_of_its_windows) {
+    for (const auto &[kind, first, has_own_centre, uses_beta] : kWindows) {
+        SCOPED_TRACE(testing::Message() << "window " << kind);
+        EXPECT_NEAR(window(4, kind, 0, 1.5)[0], first, 1e-13);
+        EXPECT_NEAR(window(9, kind, 0, 1.5)[4], kind == wkFlatTop ? 4.62703790583384 : 1, 4 * DBL_EPSILON);
+        EXPECT_SAME_BITS(window(9, kind, -1, -1), window(9, kind, 0, 0));  // both are clamped
+        EXPECT_SAME_BITS(window(9, kind, NAN, 25), window(9, kind, 0, 10));
+        EXPECT_EQ(window(9, kind, 0, 1) != window(9, kind, 0, 9), uses_beta);
+    }
+}
+
+TEST(WindowData, is_symmetric_with_a_flat_middle_and_a_mean_gain_of_one_if_asked) {
+    for (const auto &[kind, first, has_own_centre, uses_beta] : kWindows)
+        for (Size n = 1; n <= 40; ++n)
+            for (const double alpha : {0.0, 0.29, 0.3, 0.5, 1.0, 2.0}) {
+                SCOPED_TRACE(testing::Message() << "window " << kind << ", " << n << " points, alpha " << alpha);
+                const Size flat = has_own_centre ? 0 : static_cast<Size>(alpha * static_cast<double>(n));
+                const Size taper = n - std::min(n, flat + flat % 2);
+                if (kind == wkTriangle && taper % 2 == 0) continue;  // its points are no samples of a curve
+                const auto w = window(n, kind, alpha, 1.5), unity = window(n, kind, alpha, 1.5, -1);
+                const auto finer = window(2 * taper + 1, kind, 0, 1.5);
+                const double mean = std::accumulate(w.begin(), w.end(), 0.0) / static_cast<double>(n);
+                for (Size i = 0; i < n; ++i) {
+                    const Size j = std::min(i, n - 1 - i);
+                    EXPECT_EQ(w[i], j < taper / 2 || has_own_centre ? finer[2 * j + 1] : 1) << "at " << i;
+                    EXPECT_NEAR(unity[i] * mean, w[i], 180 * DBL_EPSILON) << "at " << i;  // up to 40 factors up to 5
+                }
+            }
+}
+
+TEST(Bessel, is_its_series_up_to_the_ninth_term_and_Sinc_is_1_around_0) {
+    // mpmath 1.2.1, mp.dps = 40: fsum((mpf(5)**k / factorial(k))**2 for k in range(10))
+    EXPECT_NEAR(Bessel(-10) / 2806.6743218166369, 1, 4 * DBL_EPSILON);
+    for (const double x : {-1e-5, 0.0, 9e-6, 4.0}) EXPECT_EQ(Sinc(x), std::fabs(x) < 1e-5 ? 1 : std::sin(x) / x) << x;
+}
+
+}  // namespace
