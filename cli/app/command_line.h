@@ -1,7 +1,56 @@
-// What headers need of CLI11, which takes seconds to read: files that define options include it themselves.
+// The command line as the commands see it.  command_line.cpp and program.cpp alone know CLI11, whose headers cost three
+// seconds of compilation in every file that includes them.
 #pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <vector>
 
 namespace CLI {
 class App;
 class Option;
 }  // namespace CLI
+
+namespace cli {
+
+// An option, or an argument without a dash, of a command.
+class Option {
+  public:
+    explicit Option(CLI::Option *option) : option_(option) {}
+
+    Option &required();
+    Option &type_name(const std::string &name);                    // what stands for its value in the help
+    Option &excludes(std::initializer_list<const char *> others);  // options added before
+    Option &one_at_a_time();                                       // may be repeated, with one value each
+
+  private:
+    CLI::Option *option_;
+};
+
+class Command {
+  public:
+    explicit Command(CLI::App *app) : app_(app) {}
+
+    // A command of this program, with the line that describes it and the examples that its help begins with.
+    Command add_command(const std::string &name, const std::string &line, const std::string &examples) const;
+
+    Option add_option(const std::string &name, std::string &value, const std::string &help) const;
+    Option add_option(const std::string &name, std::vector<std::string> &values, const std::string &help) const;
+    Option add_option(const std::string &name, std::function<void(const std::string &)> take,
+                      const std::string &help) const;
+    Option add_flag(const std::string &name, bool &value, const std::string &help) const;
+    Option add_flag(const std::string &name, std::function<void()> take, const std::string &help) const;
+    void callback(std::function<void()> run) const;
+
+  private:
+    CLI::App *app_;
+};
+
+// Ends a call that is wrong: says which option, and why.
+[[noreturn]] void reject_option(const std::string &option, const std::string &reason);
+
+// A text, and examples of calls below it, as the help of the program and of its commands begins.
+std::string with_examples(const std::string &text, const std::string &examples);
+
+}  // namespace cli

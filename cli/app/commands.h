@@ -7,20 +7,17 @@
 
 namespace cli {
 
-void add_design(CLI::App &program);
-void add_filter(CLI::App &program);
-void add_spectrum(CLI::App &program);
-void add_tone(CLI::App &program);
-void add_window(CLI::App &program);
-void add_smooth(CLI::App &program);
-void add_derive(CLI::App &program);
-void add_despike(CLI::App &program);
-void add_average(CLI::App &program);
-void add_track(CLI::App &program);
-void add_roots(CLI::App &program);
-void add_demo(CLI::App &program);
-
-// A command with the line that describes it and the examples that its help begins with.
-CLI::App *add_command(CLI::App &program, const std::string &name, const std::string &line, const std::string &examples);
+void add_design(const Command &program);
+void add_filter(const Command &program);
+void add_spectrum(const Command &program);
+void add_tone(const Command &program);
+void add_window(const Command &program);
+void add_smooth(const Command &program);
+void add_derive(const Command &program);
+void add_despike(const Command &program);
+void add_average(const Command &program);
+void add_track(const Command &program);
+void add_roots(const Command &program);
+void add_demo(const Command &program);
 
 }  // namespace cli

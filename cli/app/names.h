@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <cctype>
 #include <string>
 
@@ -24,7 +23,7 @@ const auto &entry_called(const std::string &option, const std::string &text, con
         if (folded(entry.name) == folded(text)) return entry;
         names += (names.empty() ? "" : ", ") + std::string(entry.name);
     }
-    throw CLI::ValidationError(option, fmt::format("\"{}\" is none of {}", text, names));
+    reject_option(option, fmt::format("\"{}\" is none of {}", text, names));
 }
 
 }  // namespace cli

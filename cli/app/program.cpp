@@ -22,10 +22,6 @@ constexpr const char *kExamples =
     "  mensura filter lowpass --cutoff 40Hz --rate 360Hz --plot=ecg.svg ecg.csv > clean.csv\n"
     "  mensura spectrum --window hanning --db ecg.csv\n";
 
-std::string with_examples(const std::string &text, const std::string &examples) {
-    return text + "\n\nExamples:\n" + examples;
-}
-
 // A command's line in the list of commands is the first of its description.
 class HelpFormatter : public CLI::Formatter {
   public:
@@ -140,7 +136,7 @@ void describe(CLI::App &program) {
         "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
     for (const auto add : {add_design, add_filter, add_spectrum, add_tone, add_window, add_smooth, add_derive,
                            add_despike, add_average, add_track, add_roots, add_demo})
-        add(program);
+        add(Command(&program));
 }
 
 int run_and_complain(int argc, char **argv) {
@@ -155,13 +151,6 @@ int run_and_complain(int argc, char **argv) {
     } catch (const std::exception &error) {
         return complain(Status::Failed, error.what());
     }
-}
-
-CLI::App *add_command(CLI::App &program, const std::string &name, const std::string &line,
-                      const std::string &examples) {
-    CLI::App *const command = program.add_subcommand(name, with_examples(line, examples));
-    command->set_help_all_flag();  // is for the program as a whole
-    return command;
 }
 
 }  // namespace cli

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <cmath>
 #include <limits>
 
@@ -47,32 +46,32 @@ std::optional<double> parse_quantity(std::string_view text, std::span<const Unit
     return {};
 }
 
-CLI::Option *add_quantity(CLI::App &app, const std::string &name, std::function<void(double)> take,
-                          std::span<const Unit> units, const std::string &help) {
+Option add_quantity(const Command &app, const std::string &name, std::function<void(double)> take,
+                    std::span<const Unit> units, const std::string &help) {
     const auto parse = [name, take = std::move(take), units](const std::string &text) {
         std::string complaint;
         const std::optional<double> value = parse_quantity(text, units, complaint);
-        if (!value) throw CLI::ValidationError(name, complaint);
+        if (!value) reject_option(name, complaint);
         take(*value);
     };
-    return app.add_option_function<std::string>(name, parse, help)->type_name(argument_name(units));
+    return app.add_option(name, parse, help).type_name(argument_name(units));
 }
 
-CLI::Option *add_rate(CLI::App &app, std::optional<double> &rate, const std::string &help) {
+Option add_rate(const Command &app, std::optional<double> &rate, const std::string &help) {
     const auto take = [&rate](double value) {
-        if (value <= 0) throw CLI::ValidationError("--rate", fmt::format("{} Hz is not above 0", value));
+        if (value <= 0) reject_option("--rate", fmt::format("{} Hz is not above 0", value));
         rate = value;
     };
     return add_quantity(app, "--rate", std::function<void(double)>(take), kHertz, help);
 }
 
-CLI::Option *add_count(CLI::App &app, const std::string &name, std::function<void(int)> take, const std::string &help) {
+Option add_count(const Command &app, const std::string &name, std::function<void(int)> take, const std::string &help) {
     const auto take_whole = [name, take = std::move(take)](double number) {
         if (number != std::floor(number) || std::abs(number) > std::numeric_limits<int>::max())
-            throw CLI::ValidationError(name, fmt::format("{} is not a whole number", number));
+            reject_option(name, fmt::format("{} is not a whole number", number));
         take(static_cast<int>(number));
     };
-    return add_quantity(app, name, std::function<void(double)>(take_whole), kPlain, help)->type_name("N");
+    return add_quantity(app, name, std::function<void(double)>(take_whole), kPlain, help).type_name("N");
 }
 
 }  // namespace cli

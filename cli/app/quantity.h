@@ -27,23 +27,23 @@ inline constexpr std::span<const Unit> kPlain;
 std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &complaint);
 
 // An option that takes such a number.
-CLI::Option *add_quantity(CLI::App &app, const std::string &name, std::function<void(double)> take,
-                          std::span<const Unit> units, const std::string &help);
+Option add_quantity(const Command &app, const std::string &name, std::function<void(double)> take,
+                    std::span<const Unit> units, const std::string &help);
 
 template <class Value>  // double or std::optional<double>
-CLI::Option *add_quantity(CLI::App &app, const std::string &name, Value &value, std::span<const Unit> units,
-                          const std::string &help) {
+Option add_quantity(const Command &app, const std::string &name, Value &value, std::span<const Unit> units,
+                    const std::string &help) {
     return add_quantity(app, name, std::function<void(double)>([&value](double x) { value = x; }), units, help);
 }
 
 // The sampling rate, above 0.
-CLI::Option *add_rate(CLI::App &app, std::optional<double> &rate, const std::string &help);
+Option add_rate(const Command &app, std::optional<double> &rate, const std::string &help);
 
 // A whole number.
-CLI::Option *add_count(CLI::App &app, const std::string &name, std::function<void(int)> take, const std::string &help);
+Option add_count(const Command &app, const std::string &name, std::function<void(int)> take, const std::string &help);
 
 template <class Value>  // int or std::optional<int>
-CLI::Option *add_count(CLI::App &app, const std::string &name, Value &value, const std::string &help) {
+Option add_count(const Command &app, const std::string &name, Value &value, const std::string &help) {
     return add_count(app, name, std::function<void(int)>([&value](int n) { value = n; }), help);
 }
 

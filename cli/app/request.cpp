@@ -1,6 +1,5 @@
 #include "cli/app/request.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <string>
 
@@ -46,19 +45,19 @@ bool is_band_type(int pass_type) { return pass_type == ptBandPass || pass_type =
 const char *pass_type_name(int pass_type) { return kPassTypes[pass_type].name; }
 const char *family_name(int family) { return kFamilies[family].name; }
 
-void add_filter_request(CLI::App &app, FilterRequest &request) {
-    app.add_option_function<std::string>(
+void add_filter_request(const Command &app, FilterRequest &request) {
+    app.add_option(
            "TYPE",
            [&request](const std::string &text) { request.pass_type = entry_called("TYPE", text, kPassTypes).code; },
            "lowpass, highpass, bandpass, notch or allpass")
-        ->required();
+        .required();
     add_quantity(app, "--cutoff", request.cutoff, kHertz, "cut-off frequency, of band types the centre, in Hz");
     add_rate(app, request.rate, "sampling rate in Hz");
-    app.add_option_function<std::string>(
+    app.add_option(
            "--family",
            [&request](const std::string &text) { request.family = entry_called("--family", text, kFamilies).code; },
            "butterworth (default), gaussian, bessel, adjustable, chebyshev, inverse-chebyshev, papoulis or elliptic")
-        ->type_name("NAME");
+        .type_name("NAME");
     add_count(app, "--poles", request.poles, "poles of the low-pass prototype, default 6");
     add_quantity(app, "--ripple", request.ripple, kDecibel, "pass-band ripple in dB, default 0.1");
     add_quantity(app, "--stopband", request.stop_band, kDecibel, "stop-band attenuation in dB, default 60");

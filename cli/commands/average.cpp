@@ -1,7 +1,6 @@
 // mensura average: the moving average of every column.
 #include <mensura/online.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "cli/app/commands.h"
@@ -39,15 +38,14 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_average(CLI::App &program) {
+void add_average(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(
-        program, "average", "replace each sample of a table's columns by the mean of the last ones", kExamples);
-    add_count(*app, "--length", options->length,
-              "samples in the mean, 1 to 2000; of all so far until there are as many")
-        ->required();
-    add_files(*app, options->files);
-    app->callback([options] { run(*options); });
+    const Command app = program.add_command(
+        "average", "replace each sample of a table's columns by the mean of the last ones", kExamples);
+    add_count(app, "--length", options->length, "samples in the mean, 1 to 2000; of all so far until there are as many")
+        .required();
+    add_files(app, options->files);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

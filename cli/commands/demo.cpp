@@ -2,7 +2,6 @@
 #include <mensura/iir.h>
 #include <mensura/spectral.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -154,13 +153,13 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_demo(CLI::App &program) {
+void add_demo(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app =
-        add_command(program, "demo", "clean an electrocardiogram: a table, and a picture in ecg.svg", kExamples);
-    app->add_option("-o,--output", options->output, "write the signals there: s, mV (CSV)")->type_name("FILE");
-    add_plot_options(*app, options->plot);
-    app->callback([options] { run(*options); });
+    const Command app =
+        program.add_command("demo", "clean an electrocardiogram: a table, and a picture in ecg.svg", kExamples);
+    app.add_option("-o,--output", options->output, "write the signals there: s, mV (CSV)").type_name("FILE");
+    add_plot_options(app, options->plot);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

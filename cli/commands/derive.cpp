@@ -1,7 +1,6 @@
 // mensura derive: the derivative of every column.
 #include <mensura/online.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "cli/app/commands.h"
@@ -38,14 +37,13 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_derive(CLI::App &program) {
+void add_derive(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(
-        program, "derive", "differentiate the columns of a table, in their unit per second, by central differences",
-        kExamples);
-    add_rate(*app, options->rate, "sampling rate in Hz; default: from the column called time");
-    add_files(*app, options->files);
-    app->callback([options] { run(*options); });
+    const Command app = program.add_command(
+        "derive", "differentiate the columns of a table, in their unit per second, by central differences", kExamples);
+    add_rate(app, options->rate, "sampling rate in Hz; default: from the column called time");
+    add_files(app, options->files);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

@@ -1,7 +1,6 @@
 // mensura design: a filter as it was asked for, as it was designed, and what it achieves.
 #include <mensura/iir.h>
 
-#include <CLI/CLI.hpp>
 #include <cmath>
 #include <complex>
 #include <memory>
@@ -332,21 +331,20 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_design(CLI::App &program) {
+void add_design(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(program, "design", "design a filter and measure what it achieves", kExamples);
-    add_filter_request(*app, options->request);
-    CLI::Option *const json =
-        app->add_flag("--json", options->json, "print it all as JSON; null: minus infinity, or not defined");
-    add_count(*app, "--response", options->response,
+    const Command app = program.add_command("design", "design a filter and measure what it achieves", kExamples);
+    add_filter_request(app, options->request);
+    app.add_flag("--json", options->json, "print it all as JSON; null: minus infinity, or not defined");
+    add_count(app, "--response", options->response,
               "print the response at N frequencies from DC up: Hz, dB, degrees (CSV)")
-        ->type_name("N")
-        ->excludes(json);
-    app->add_flag("--all-families", options->all_families, "compare the families in one table and one picture")
-        ->excludes("--family", "--json", "--response");
-    add_output(*app, options->output);
-    add_plot_options(*app, options->plot);
-    app->callback([options] { run(*options); });
+        .type_name("N")
+        .excludes({"--json"});
+    app.add_flag("--all-families", options->all_families, "compare the families in one table and one picture")
+        .excludes({"--family", "--json", "--response"});
+    add_output(app, options->output);
+    add_plot_options(app, options->plot);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

@@ -1,7 +1,6 @@
 // mensura despike: replaces spikes in every column by the sample before them.
 #include <mensura/online.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "cli/app/commands.h"
@@ -37,19 +36,19 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_despike(CLI::App &program) {
+void add_despike(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(
-        program, "despike",
+    const Command app = program.add_command(
+        "despike",
         "replace spikes in the columns of a table by the sample before them; the first 6 samples and jumps of 19 pass",
         kExamples);
     add_quantity(
-        *app, "--limit", options->limit, kPlain,
+        app, "--limit", options->limit, kPlain,
         "a sample that differs from the last one accepted by more than L, in the unit of the column, is a spike")
-        ->type_name("L")
-        ->required();
-    add_files(*app, options->files);
-    app->callback([options] { run(*options); });
+        .type_name("L")
+        .required();
+    add_files(app, options->files);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

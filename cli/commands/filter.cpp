@@ -3,7 +3,6 @@
 #include <mensura/iir.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -138,20 +137,20 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_filter(CLI::App &program) {
+void add_filter(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app =
-        add_command(program, "filter", "filter the columns of a table or the channels of a WAV", kExamples);
-    add_filter_request(*app, options->request);
-    app->add_flag("--zero-phase", options->zero_phase,
-                  "filter forwards and backwards: no delay, twice the attenuation and the gain in dB");
-    add_quantity(*app, "--auto", options->ratio, kPlain,
+    const Command app =
+        program.add_command("filter", "filter the columns of a table or the channels of a WAV", kExamples);
+    add_filter_request(app, options->request);
+    app.add_flag("--zero-phase", options->zero_phase,
+                 "filter forwards and backwards: no delay, twice the attenuation and the gain in dB");
+    add_quantity(app, "--auto", options->ratio, kPlain,
                  "zero-phase lowpass at a cut-off from the spectrum: what exceeds RATIO of its largest bin is signal")
-        ->type_name("RATIO")
-        ->excludes("--cutoff", "--zero-phase", "--family", "--poles", "--ripple", "--stopband", "--gamma", "--gain",
-                   "--bandwidth");
-    add_files(*app, options->files);
-    app->callback([options] { run(*options); });
+        .type_name("RATIO")
+        .excludes({"--cutoff", "--zero-phase", "--family", "--poles", "--ripple", "--stopband", "--gamma", "--gain",
+                   "--bandwidth"});
+    add_files(app, options->files);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

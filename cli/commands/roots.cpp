@@ -1,7 +1,6 @@
 // mensura roots: the roots of a polynomial, checked by multiplying them out again.
 #include <mensura/roots.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -213,16 +212,15 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_roots(CLI::App &program) {
+void add_roots(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(program, "roots", "the roots of a polynomial", kExamples);
-    app->add_option("C", options->coefficients,
-                    "coefficients, the highest power first: 2 to 101 numbers without a unit")
-        ->type_name("...")
-        ->required();
-    add_output(*app, options->output);
-    add_plot_options(*app, options->plot);
-    app->callback([options] { run(*options); });
+    const Command app = program.add_command("roots", "the roots of a polynomial", kExamples);
+    app.add_option("C", options->coefficients, "coefficients, the highest power first: 2 to 101 numbers without a unit")
+        .type_name("...")
+        .required();
+    add_output(app, options->output);
+    add_plot_options(app, options->plot);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

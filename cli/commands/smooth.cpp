@@ -1,7 +1,6 @@
 // mensura smooth: least-squares smoothing of every column.
 #include <mensura/smooth.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 
@@ -73,16 +72,16 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_smooth(CLI::App &program) {
+void add_smooth(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(program, "smooth",
-                                      "smooth the columns of a table by polynomials that fit a window best", kExamples);
-    add_count(*app, "--degree", options->degree,
+    const Command app =
+        program.add_command("smooth", "smooth the columns of a table by polynomials that fit a window best", kExamples);
+    add_count(app, "--degree", options->degree,
               "degree of the polynomial: 1 with window 3, 5, 7, 9, 11; 2 or 3 with 5, 7")
-        ->required();
-    add_count(*app, "--window", options->window, "samples that a polynomial is fitted to")->required();
-    add_files(*app, options->files);
-    app->callback([options] { run(*options); });
+        .required();
+    add_count(app, "--window", options->window, "samples that a polynomial is fitted to").required();
+    add_files(app, options->files);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

@@ -1,7 +1,6 @@
 // mensura spectrum: the amplitudes of every column or channel over frequency.
 #include "cli/data/spectrum.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -99,13 +98,13 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_spectrum(CLI::App &program) {
+void add_spectrum(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(program, "spectrum", "amplitudes over frequency", kExamples);
-    add_rate(*app, options->rate, "sampling rate in Hz; default from the column of times or the WAV");
-    add_spectrum_options(*app, options->spectrum);
-    add_files(*app, options->files);
-    app->callback([options] { run(*options); });
+    const Command app = program.add_command("spectrum", "amplitudes over frequency", kExamples);
+    add_rate(app, options->rate, "sampling rate in Hz; default from the column of times or the WAV");
+    add_spectrum_options(app, options->spectrum);
+    add_files(app, options->files);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

@@ -1,5 +1,4 @@
 // mensura tone: the amplitudes of every column or channel at single frequencies.
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "cli/app/commands.h"
@@ -73,19 +72,19 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_tone(CLI::App &program) {
+void add_tone(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(program, "tone", "amplitudes at single frequencies", kExamples);
-    app->add_option("F", options->arguments,
-                    "frequencies in Hz, from 0 to half the sampling rate; behind them the input, - or none is standard "
-                    "input")
-        ->type_name("... [FILE]")
-        ->required();
-    add_rate(*app, options->rate, "sampling rate in Hz; default from the column of times or the WAV");
-    add_spectrum_options(*app, options->spectrum);
-    add_columns(*app, options->columns);
-    add_output(*app, options->output);
-    app->callback([options] { run(*options); });
+    const Command app = program.add_command("tone", "amplitudes at single frequencies", kExamples);
+    app.add_option("F", options->arguments,
+                   "frequencies in Hz, from 0 to half the sampling rate; behind them the input, - or none is standard "
+                   "input")
+        .type_name("... [FILE]")
+        .required();
+    add_rate(app, options->rate, "sampling rate in Hz; default from the column of times or the WAV");
+    add_spectrum_options(app, options->spectrum);
+    add_columns(app, options->columns);
+    add_output(app, options->output);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

@@ -1,7 +1,6 @@
 // mensura track: position, velocity and acceleration estimated from measured positions; docs/kalman.md tells how.
 #include <mensura/kalman.h>
 
-#include <CLI/CLI.hpp>
 #include <array>
 #include <cmath>
 #include <memory>
@@ -205,30 +204,28 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_track(CLI::App &program) {
+void add_track(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app =
-        add_command(program, "track",
-                    "append position, velocity and acceleration estimated by a Kalman filter to a table", kExamples);
-    CLI::Option *const q = add_quantity(
-        *app, "--q", options->qaa, kPlain,
-        "mean square change of the acceleration from row to row, in the unit of the column squared per s^4");
-    q->type_name("QAA");
-    add_quantity(*app, "--bandwidth", options->bandwidth, kHertz,
+    const Command app = program.add_command(
+        "track", "append position, velocity and acceleration estimated by a Kalman filter to a table", kExamples);
+    add_quantity(app, "--q", options->qaa, kPlain,
+                 "mean square change of the acceleration from row to row, in the unit of the column squared per s^4")
+        .type_name("QAA");
+    add_quantity(app, "--bandwidth", options->bandwidth, kHertz,
                  "instead of --q: where the estimated position has -3 dB, in Hz, up to a 25th of the rate")
-        ->excludes(q);
-    add_quantity(*app, "--r", options->r, kPlain,
+        .excludes({"--q"});
+    add_quantity(app, "--r", options->r, kPlain,
                  "variance of a measured position, in the unit of the column squared; above 1e-12")
-        ->type_name("R")
-        ->required();
-    add_quantity(*app, "--p", options->p, kPlain,
+        .type_name("R")
+        .required();
+    add_quantity(app, "--p", options->p, kPlain,
                  "variance of the first position, in the unit of the column squared; default 10000 R")
-        ->type_name("P");
-    add_rate(*app, options->rate,
+        .type_name("P");
+    add_rate(app, options->rate,
              "sampling rate in Hz: a line in, a line out; default: all is read, and the rate is that of the column "
              "called time");
-    add_files(*app, options->files);
-    app->callback([options] { run(*options); });
+    add_files(app, options->files);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

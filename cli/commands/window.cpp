@@ -1,5 +1,4 @@
 // mensura window: the weights of a data window.
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "cli/app/commands.h"
@@ -61,20 +60,20 @@ void run(const Options &options) {
 
 }  // namespace
 
-void add_window(CLI::App &program) {
+void add_window(const Command &program) {
     const auto options = std::make_shared<Options>();
-    CLI::App *const app = add_command(program, "window", "the weights of a data window", kExamples);
-    app->add_option_function<std::string>(
+    const Command app = program.add_command("window", "the weights of a data window", kExamples);
+    app.add_option(
            "KIND", [&window = options->window](const std::string &name) { window.kind = window_kind("KIND", name); },
            "rectangle, hanning, hamming, flattop, blackman, blackman-harris, blackman-nuttall, nuttall, kaiser, "
            "kaiser-bessel, triangle, gauss, sinc or sine")
-        ->required();
-    add_count(*app, "N", options->samples, "number of samples, 1 to 100000000")->type_name("")->required();
-    add_window_shape(*app, options->window);
-    app->add_flag("--unity-gain", options->unity_gain, "divide the weights by their mean");
-    add_output(*app, options->output);
-    add_plot_options(*app, options->plot);
-    app->callback([options] { run(*options); });
+        .required();
+    add_count(app, "N", options->samples, "number of samples, 1 to 100000000").type_name("").required();
+    add_window_shape(app, options->window);
+    app.add_flag("--unity-gain", options->unity_gain, "divide the weights by their mean");
+    add_output(app, options->output);
+    add_plot_options(app, options->plot);
+    app.callback([options] { run(*options); });
 }
 
 }  // namespace cli

@@ -1,6 +1,5 @@
 #include "cli/data/rewrite.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 
@@ -45,19 +44,17 @@ std::vector<std::string> names_of(const TableReader &table) {
 
 }  // namespace
 
-void add_columns(CLI::App &app, std::vector<std::string> &columns) {
+void add_columns(const Command &app, std::vector<std::string> &columns) {
     app.add_option("--column", columns, "column by name or number from 1; repeatable; default every column of numbers")
-        ->type_name("NAME|N")
-        ->expected(1)
-        ->allow_extra_args(false)  // what follows is the input
-        ->take_all();
+        .type_name("NAME|N")
+        .one_at_a_time();
 }
 
-void add_output(CLI::App &app, std::string &output) {
-    app.add_option("-o,--output", output, "write to this file instead of standard output")->type_name("FILE");
+void add_output(const Command &app, std::string &output) {
+    app.add_option("-o,--output", output, "write to this file instead of standard output").type_name("FILE");
 }
 
-void add_files(CLI::App &app, Files &files) {
+void add_files(const Command &app, Files &files) {
     app.add_option("FILE", files.input, "input; - or none is standard input");
     add_columns(app, files.columns);
     add_output(app, files.output);

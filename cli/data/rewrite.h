@@ -20,9 +20,9 @@ struct Files {
     std::vector<std::string> columns;
     PlotOptions plot;
 };
-void add_files(CLI::App &app, Files &files);
-void add_columns(CLI::App &app, std::vector<std::string> &columns);
-void add_output(CLI::App &app, std::string &output);
+void add_files(const Command &app, Files &files);
+void add_columns(const Command &app, std::vector<std::string> &columns);
+void add_output(const Command &app, std::string &output);
 
 // A filter of one channel: a sample in, a sample out.
 using Step = std::function<double(double)>;

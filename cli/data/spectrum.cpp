@@ -1,6 +1,5 @@
 #include "cli/data/spectrum.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -98,7 +97,7 @@ int window_kind(const std::string &option, const std::string &name) {
     return entry_called(option, name, kWindows).kind;
 }
 
-void add_window_shape(CLI::App &app, Window &window) {
+void add_window_shape(const Command &app, Window &window) {
     add_quantity(app, "--alpha", window.alpha, kPlain,
                  "fraction of the samples left flat in the window's middle, 0 (default) to 1");
     add_quantity(app, "--beta", window.beta, kPlain,
@@ -120,24 +119,22 @@ void apply(const Window &window, std::vector<double> &samples, bool unity_gain) 
                unity_gain ? 1 : 0);
 }
 
-void add_spectrum_options(CLI::App &app, SpectrumOptions &options) {
-    app.add_option_function<std::string>(
+void add_spectrum_options(const Command &app, SpectrumOptions &options) {
+    app.add_option(
            "--window",
            [&window = options.window](const std::string &name) { window.kind = window_kind("--window", name); },
            "data window: rectangle (default, none), hanning, hamming, blackman, blackman-harris, blackman-nuttall, "
            "nuttall, flattop (true amplitudes between bins), kaiser, kaiser-bessel, triangle, gauss, sinc or sine")
-        ->type_name("NAME");
+        .type_name("NAME");
     add_window_shape(app, options.window);
     const auto add_scale = [&app, &options](const char *name, Scale scale, const char *help) {
-        return app.add_flag_callback(
+        return app.add_flag(
             name, [&options, scale] { options.scale = scale; }, help);
     };
-    CLI::Option *const amplitude =
-        add_scale("--amplitude", Scale::Amplitude, "amplitude A of sines, in the unit of the data (default)");
-    CLI::Option *const power =
-        add_scale("--power", Scale::Power, "mean square A^2/2, in the square of the data's unit; at 0 Hz the square");
-    add_scale("--db", Scale::Decibel, "20 log10 A, in dB")->excludes(amplitude, power);
-    power->excludes(amplitude);
+    add_scale("--amplitude", Scale::Amplitude, "amplitude A of sines, in the unit of the data (default)");
+    add_scale("--power", Scale::Power, "mean square A^2/2, in the square of the data's unit; at 0 Hz the square")
+        .excludes({"--amplitude"});
+    add_scale("--db", Scale::Decibel, "20 log10 A, in dB").excludes({"--amplitude", "--power"});
     app.add_flag("--no-mean", options.no_mean, "take the mean away first");
 }
 
@@ -195,7 +192,10 @@ double scaled(double amplitude, bool mirrored, Scale scale) {
 
 void write_csv(const Spectra &spectra, Output &out) {
     out.write("frequency_Hz");
-    for (const std::string &name : spectra.names) out.write("," + cell_text(name, ','));
+    for (const std::string &name : spectra.names) {
+        out.write(",");
+        out.write(cell_text(name, ','));
+    }
     out.write("\n");
     for (std::size_t i = 0; i < spectra.frequencies.size(); ++i) {
         out.number(spectra.frequencies[i]);

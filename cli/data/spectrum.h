@@ -21,7 +21,7 @@ struct Window {
 
 const char *window_name(int kind);
 int window_kind(const std::string &option, const std::string &name);  // refuses names that there are not
-void add_window_shape(CLI::App &app, Window &window);                 // --alpha and --beta
+void add_window_shape(const Command &app, Window &window);            // --alpha and --beta
 // Says on stderr which settings are out of range, and which the window does not have.
 void remark_on(const Window &window);
 void apply(const Window &window, std::vector<double> &samples, bool unity_gain);
@@ -33,7 +33,7 @@ struct SpectrumOptions {
     Scale scale = Scale::Amplitude;
     bool no_mean = false;
 };
-void add_spectrum_options(CLI::App &app, SpectrumOptions &options);
+void add_spectrum_options(const Command &app, SpectrumOptions &options);
 
 // The columns of numbers or the channels of an input, which has a rate.
 Record read_signals(const std::string &file, const std::vector<std::string> &columns, std::optional<double> rate);

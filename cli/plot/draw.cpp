@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -102,17 +101,17 @@ bool is_picture(const std::string &file) {
     return suffix == "svg" || suffix == "png" || suffix == "pdf";
 }
 
-void add_plot_options(CLI::App &app, PlotOptions &plot) {
-    app.add_option_function<std::string>(
+void add_plot_options(const Command &app, PlotOptions &plot) {
+    app.add_option(
            "--plot",
            [&plot](const std::string &file) {
                if (file != kPlotInTerminal && !is_picture(file))
-                   throw CLI::ValidationError("--plot", fmt::format("\"{}\" does not end in .svg, .png or .pdf", file));
+                   reject_option("--plot", fmt::format("\"{}\" does not end in .svg, .png or .pdf", file));
                plot = {file == kPlotInTerminal ? PlotOptions::Terminal : PlotOptions::File, file};
            },
            "draw a picture, --plot=FILE.svg, .png or .pdf; plain --plot draws in the terminal instead of the data")
-        ->type_name("[=FILE]");
-    app.add_flag_callback(
+        .type_name("[=FILE]");
+    app.add_flag(
         "--plot-script", [&plot] { plot.kind = PlotOptions::Script; },
         "print the gnuplot script of the picture instead of the data");
 }

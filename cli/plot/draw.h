@@ -20,7 +20,7 @@ struct PlotOptions {
 
 inline constexpr const char *kPlotInTerminal = "terminal";  // what a plain --plot stands for
 
-void add_plot_options(CLI::App &app, PlotOptions &plot);
+void add_plot_options(const Command &app, PlotOptions &plot);
 
 // Whether a file's name ends like a picture's.
 bool is_picture(const std::string &file);
