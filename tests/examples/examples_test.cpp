@@ -72,8 +72,8 @@ TEST(CleanEcg, writes_the_record_without_its_hum_and_without_delay) {
         largest = std::max(largest, std::fabs(clean[i].first - raw[i].first));
         squares += std::pow(clean[i].second - raw[i].second, 2);
     }
-    EXPECT_LT(largest, 1e-6);                          // the times, printed to 1 us
-    EXPECT_LT(std::sqrt(squares / 10800), 0.02);       // mV rms; a delay of one sample would make 0.05 of the beats
+    EXPECT_LT(largest, 1e-6);                     // the times, printed to 1 us
+    EXPECT_LT(std::sqrt(squares / 10800), 0.02);  // mV rms; a delay of one sample would make 0.05 of the beats
 }
 
 TEST(CleanEcg, fails_without_a_record_or_a_reader) {
@@ -86,7 +86,8 @@ TEST(TrackPosition, beats_differences_and_average_by_what_its_bandwidth_promises
     const Pair raw = row(table, "samples, differences"), average = row(table, "average of 16");
     const Pair kalman = row(table, "Kalman filter");
 
-    EXPECT_NEAR(raw.first, 0.05, 0.003) << table;  // the rms of 1000 uniform numbers scatters by 1.4 %, and three decimals
+    EXPECT_NEAR(raw.first, 0.05, 0.003)
+        << table;  // the rms of 1000 uniform numbers scatters by 1.4 %, and three decimals
     EXPECT_NEAR(raw.second, 0.05 / (0.01 * std::sqrt(2)), 0.2);
     EXPECT_NEAR(average.first, 0.34, 0.02);  // 75 ms late, at 4.5 m/s rms
     // 3 Hz at 100 Hz lets a third of the noise through, and 0.11 m/s of velocity; the manoeuvres add 7 mm and 0.11 m/s.
