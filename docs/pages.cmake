@@ -4,7 +4,8 @@
 # Pages that need python3-scipy or python3-mpmath are left out of the check, which says so, where those are missing.
 find_program(MENSURA_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
 if(MENSURA_PYTHON AND BUILD_SHARED_LIBS)
-    add_library(mensura_sos_python MODULE EXCLUDE_FROM_ALL measure/ode_problems.cpp measure/sos_binding.cpp)
+    add_library(mensura_sos_python MODULE EXCLUDE_FROM_ALL measure/ode_problems.cpp measure/root_errors.cpp
+        measure/sos_binding.cpp)
     target_link_libraries(mensura_sos_python PRIVATE mensura_sos)
     target_compile_options(mensura_sos_python PRIVATE -ffp-contract=off ${MENSURA_WARNINGS})
     set_target_properties(mensura_sos_python PROPERTIES LIBRARY_OUTPUT_DIRECTORY $<TARGET_FILE_DIR:mensura>)

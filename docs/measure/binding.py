@@ -165,16 +165,21 @@ CALLS = (  # result, name, arguments
 )
 
 
+def declare(library, calls):
+    """The library, its calls with the result and argument types that ctypes has to know."""
+    for result, name, *arguments in calls:
+        getattr(library, name).argtypes = arguments
+        getattr(library, name).restype = result
+    return library
+
+
 def load(path):
     """The library with the argument and result types that ctypes has to know."""
     try:
         library = ctypes.CDLL(str(path))
     except OSError as error:
         sys.exit(f"{error}\nbuild it first: cmake --preset release && cmake --build --preset release")
-    for result, name, *arguments in CALLS:
-        getattr(library, name).argtypes = arguments
-        getattr(library, name).restype = result
-    return library
+    return declare(library, CALLS)
 
 
 def measuring(library):

@@ -7,7 +7,7 @@ import ctypes
 import math
 from typing import NamedTuple
 
-from binding import Double, Doubles, IIRCoeffs, IIRDesignSpec, Int, Pointer, ProtoSpec, doubles, measuring
+from binding import Double, Doubles, IIRCoeffs, IIRDesignSpec, Int, Pointer, ProtoSpec, declare, doubles, measuring
 
 LOW_PASS, HIGH_PASS, BAND_PASS, NOTCH, ALL_PASS = range(5)
 BUTTERWORTH, GAUSSIAN, BESSEL, ADJUSTABLE, CHEBYSHEV, INVERSE_CHEBYSHEV, PAPOULIS, ELLIPTIC = range(8)
@@ -96,10 +96,7 @@ class Designer:
     """Designs by the library."""
 
     def __init__(self, library):
-        self._library, self._sos = library, measuring(library)
-        for result, name, *arguments in _CALLS:
-            getattr(self._sos, name).argtypes = arguments
-            getattr(self._sos, name).restype = result
+        self._library, self._sos = library, declare(measuring(library), _CALLS)
 
     @property
     def families(self):
