@@ -58,3 +58,6 @@ HOLDS(MAX_IIR_SECTIONS == 50);
 HOLDS(ptLowPass == 0 && ptHighPass == 1 && ptBandPass == 2 && ptNotch == 3 && ptAllPass == 4);
 HOLDS(pfButterworth == 0 && pfGaussian == 1 && pfBessel == 2 && pfAdjustable == 3);
 HOLDS(pfChebyshev == 4 && pfInverseChebyshev == 5 && pfPapoulis == 6 && pfElliptic == 7);
+HOLDS(wkNone == 0 && wkRectangle == 1 && wkKaiser == 2 && wkSinc == 3 && wkHanning == 4 && wkHamming == 5);
+HOLDS(wkBlackman == 6 && wkFlatTop == 7 && wkBlackmanHarris == 8 && wkBlackmanNuttall == 9 && wkNuttall == 10);
+HOLDS(wkKaiserBessel == 11 && wkTriangle == 12 && wkGauss == 13 && wkSine == 14);
