@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstddef>
 
-#include "../internal/target.h"
 #include "direct_form.h"
 #include "pipeline_kernel.h"
 
@@ -59,7 +58,7 @@ void run_piece(const IIRCoeffs &c, const double *in, double *out, std::size_t n)
     const Registers before = shared;
     double input[kPiece];
     std::copy_n(in, n, input);
-    const double peak = MENSURA_DISPATCH(run_samples)(c, sections_to_run(c), arrays_of(shared), in, out, n, 1);
+    const double peak = run_samples(c, sections_to_run(c), arrays_of(shared), in, out, n, 1);
     shared.MaxRegVal = std::max(shared.MaxRegVal, peak);
     if (shared.MaxRegVal <= kBlowUp) return;
     shared = before;

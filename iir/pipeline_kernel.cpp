@@ -17,13 +17,6 @@ namespace {
 // Samples between neighbouring sections: an output then has the time of three feedback loops to become the next input.
 constexpr std::size_t kLag = 3;
 
-using Mask = long long __attribute__((vector_size(32)));
-
-LANES_INLINE Lanes magnitude(Lanes v) {
-    return reinterpret_cast<Lanes>(reinterpret_cast<Mask>(v) & ~reinterpret_cast<Mask>(all(-0.0)));
-}
-LANES_INLINE Lanes larger(Lanes v, Lanes than) { return v > than ? v : than; }
-
 // Sections first .. first + count - 1 over n samples; returns their peak.
 template <std::size_t count>
 LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::size_t first, const double *in,
@@ -44,8 +37,10 @@ LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::s
     // One step; keep(now, before) chooses what the lanes go on with.
     const auto advance = [&](double input, auto keep) LANES_LAMBDA {
         const Lanes u = __builtin_shufflevector(all(input), outputs[kLag - 1], 0, 4, 5, 6);
-        const Lanes s = fed_forward(b0, b1, b2, u, x1, x2);
-        const Lanes y = fed_back(a0 * s, a1, a2, y1, y2);
+        const Lanes b0_u = b0 * u, b1_x1 = b1 * x1, b2_x2 = b2 * x2;
+        const Lanes s = fed_forward(b0_u, b1_x1, b2_x2);
+        const Lanes a0_s = a0 * s, a1_y1 = a1 * y1, a2_y2 = a2 * y2;
+        const Lanes y = fed_back(a0_s, a1_y1, a2_y2);
         x2 = keep(x1, x2);
         x1 = keep(u, x1);
         y2 = keep(y1, y2);
@@ -60,7 +55,7 @@ LANES_INLINE Lanes run_group(const IIRCoeffs &c, const RegisterArrays &r, std::s
     constexpr std::size_t lead = kLag * (count - 1);
     const auto at = [step](std::size_t i) { return static_cast<std::ptrdiff_t>(i) * step; };
     const auto advance_some = [&](std::size_t t) LANES_LAMBDA {
-        Mask active{};
+        LaneBits active{};
         for (std::size_t i = 0; i < count; ++i) active[i] = t >= i * kLag && t < n + i * kLag ? -1 : 0;
         const double y = advance(t < n ? in[at(t)] : 0.0,
                                  [&](Lanes now, Lanes before) LANES_LAMBDA { return active ? now : before; });

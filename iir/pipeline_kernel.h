@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+#include "../internal/target.h"
+
 namespace mensura::iir {
 
 // The registers of a cascade, wherever they are kept.
@@ -26,11 +28,6 @@ inline constexpr std::size_t kPiece = 512;
 // none.
 using RunSamples = double(const IIRCoeffs &c, std::size_t sections, const RegisterArrays &r, const double *in,
                           double *out, std::size_t n, std::ptrdiff_t step);
-namespace baseline {
-RunSamples run_samples;
-}
-namespace avx2 {
-RunSamples run_samples;
-}
+MENSURA_KERNEL(RunSamples, run_samples);
 
 }  // namespace mensura::iir

@@ -7,7 +7,6 @@
 
 #include "../internal/constants.h"
 #include "../internal/sincos.h"
-#include "../internal/target.h"
 
 using namespace mensura::iir;
 
@@ -29,5 +28,5 @@ void IIRFreqResponse(IIRCoeffs coeffs, int numSections, double *re, double *im, 
     const auto sections = static_cast<std::size_t>(std::clamp(numSections, 0, static_cast<int>(MAX_IIR_SECTIONS)));
     const auto points = static_cast<std::size_t>(std::max(numPoints, 0));
     fill_delays(re, im, points);
-    MENSURA_DISPATCH(respond)(coeffs, sections, re, im, points);
+    respond(coeffs, sections, re, im, points);
 }

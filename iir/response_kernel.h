@@ -5,15 +5,12 @@
 
 #include <cstddef>
 
+#include "../internal/target.h"
+
 namespace mensura::iir {
 
 // Puts H(z) in place of z^-1, of `points` complex numbers.
 using Respond = void(const IIRCoeffs &c, std::size_t sections, double *re, double *im, std::size_t points);
-namespace baseline {
-Respond respond;
-}
-namespace avx2 {
-Respond respond;
-}
+MENSURA_KERNEL(Respond, respond);
 
 }  // namespace mensura::iir

@@ -8,7 +8,6 @@
 #include <optional>
 
 #include "../internal/scratch.h"
-#include "../internal/target.h"
 #include "../spectral/dft.h"
 #include "direct_form.h"
 #include "pipeline_kernel.h"
@@ -26,8 +25,8 @@ void run_record(TIIRFilter &f, const double *in, double *out, std::size_t n, std
     if (f.Primed == 0) prime(f, *in);
     for (std::size_t i = 0; i < n; i += kPiece) {
         const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(i) * step;
-        MENSURA_DISPATCH(run_samples)
-        (f.Coeffs, sections_to_run(f.Coeffs), arrays_of(f), in + at, out + at, std::min(kPiece, n - i), step);
+        run_samples(f.Coeffs, sections_to_run(f.Coeffs), arrays_of(f), in + at, out + at, std::min(kPiece, n - i),
+                    step);
     }
 }
 

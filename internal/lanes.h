@@ -1,21 +1,24 @@
-// Four doubles side by side, each rounded as if alone.  Lanes run over independent results, so a kernel written with
-// them has the same bits on every target; the compiler splits them where the processor's registers are shorter.
+// Vector code, written once for every processor: four doubles side by side (Lanes) or two (Pair), each rounded as if it
+// were alone.  A kernel puts independent results side by side, so its bits are the same on every processor; where the
+// processor's registers are shorter than Lanes, the compiler splits them.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #ifdef __AVX__
 #include <immintrin.h>
 #endif
 
-// What takes or returns lanes is always inlined, lambdas too: see target.h.
+// Every function and lambda that takes or returns lanes is inlined: target.h says why.
 #define LANES_INLINE [[gnu::always_inline]] inline
 #define LANES_LAMBDA __attribute__((always_inline))
 
 namespace mensura {
 
 using Lanes = double __attribute__((vector_size(32)));
+using LaneBits = std::int64_t __attribute__((vector_size(32)));  // as comparisons give them: -1 where true, 0 elsewhere
 inline constexpr std::size_t kLanes = 4;
 
 LANES_INLINE Lanes load(const double *p) {
@@ -26,7 +29,7 @@ LANES_INLINE Lanes load(const double *p) {
 
 LANES_INLINE void store(double *p, Lanes v) { std::memcpy(p, &v, sizeof v); }
 
-// The same past the caches, for what outgrows them before it is read again; p is aligned to its 32 bytes.
+// A store that bypasses the caches, for data that outgrow them before they are read again; p is aligned to 32 bytes.
 LANES_INLINE void stream(double *p, Lanes v) {
 #ifdef __AVX__
     _mm256_stream_pd(p, v);
@@ -37,7 +40,36 @@ LANES_INLINE void stream(double *p, Lanes v) {
 
 LANES_INLINE Lanes all(double x) { return Lanes{x, x, x, x}; }
 
-// Four complex numbers: a cache line.
+LANES_INLINE Lanes magnitude(Lanes v) {
+    return reinterpret_cast<Lanes>(reinterpret_cast<LaneBits>(v) & INT64_MAX);  // without the sign bit
+}
+
+// Lane by lane, a where it is larger than b; b also where either is NaN.
+LANES_INLINE Lanes larger(Lanes a, Lanes b) { return a > b ? a : b; }
+
+LANES_INLINE double largest_of(Lanes v) {
+    const double a = v[0] > v[1] ? v[0] : v[1], b = v[2] > v[3] ? v[2] : v[3];
+    return a > b ? a : b;
+}
+
+// ---- Two doubles ----
+
+using Pair = double __attribute__((vector_size(16)));
+
+LANES_INLINE Pair load_pair(const double *p) {
+    Pair v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+LANES_INLINE void store(double *p, Pair v) { std::memcpy(p, &v, sizeof v); }
+
+// The first doubles of two pairs, and the second ones: together, the transposition of a 2 x 2 matrix.
+LANES_INLINE Pair firsts(Pair a, Pair b) { return __builtin_shufflevector(a, b, 0, 2); }
+LANES_INLINE Pair seconds(Pair a, Pair b) { return __builtin_shufflevector(a, b, 1, 3); }
+
+// ---- Four complex numbers: a cache line ----
+
 struct alignas(64) ComplexLanes {
     Lanes re, im;
 };

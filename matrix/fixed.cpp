@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "../internal/lanes.h"
-#include "../internal/target.h"
 #include "inverse_kernel.h"
 #include "product_kernel.h"
 
@@ -115,8 +114,7 @@ RMATRIX *rmatrix_sub_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
 RMATRIX *rmatrix_multi_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
     if (!is_operand(a) || !is_operand(b) || out == nullptr || a->cols != b->rows) return fail(out);
     set_size(out, a->rows, b->cols);
-    MENSURA_DISPATCH(multiply_records)
-    (rows_of(a), rows_of(b), rows_of(out), size(a->rows), size(a->cols), size(b->cols));
+    multiply_records(rows_of(a), rows_of(b), rows_of(out), size(a->rows), size(a->cols), size(b->cols));
     return out;
 }
 
@@ -132,7 +130,7 @@ RMATRIX *rmatrix_transpose_ptr(const RMATRIX *a, RMATRIX *out) {
 RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out) {
     if (!is_operand(a) || out == nullptr || a->rows != a->cols) return fail(out);
     const int n = a->rows;
-    if (!MENSURA_DISPATCH(invert)(rows_of(a), rows_of(out), size(n))) return fail(out);
+    if (!invert(rows_of(a), rows_of(out), size(n))) return fail(out);
     set_size(out, n, n);
     return out;
 }

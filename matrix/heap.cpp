@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <utility>
 
-#include "../internal/target.h"
 #include "product_kernel.h"
 
 using namespace mensura::matrix;
@@ -60,8 +59,7 @@ void matrix_transpose(Matrix *x) {
 Matrix *matrix_mul(const Matrix *x, const Matrix *y) {
     if (x->n != y->m) return nullptr;
     Matrix *product = matrix_new(x->m, y->n);
-    if (product != nullptr)
-        MENSURA_DISPATCH(multiply_rows)({x->v}, {y->v}, {product->v}, count(x->m), count(x->n), count(y->n));
+    if (product != nullptr) multiply_rows({x->v}, {y->v}, {product->v}, count(x->m), count(x->n), count(y->n));
     return product;
 }
 

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "../internal/scratch.h"
-#include "../internal/target.h"
 #include "heap.h"
 #include "product_kernel.h"
 
@@ -140,15 +139,14 @@ class FiniteReflections {
 
     void reflect_product(Size k) {
         const Size left = rows_ - k;
-        MENSURA_DISPATCH(multiply_rows)({h_->v + k, k}, {product_->v + k}, {next_product_->v + k}, left, left, rows_);
+        multiply_rows({h_->v + k, k}, {product_->v + k}, {next_product_->v + k}, left, left, rows_);
         std::swap(product_, next_product_);
     }
 
     // What the next step needs of z: without row and column k.
     void reflect_rest(Size k) {
         const Size n = k + 1;
-        MENSURA_DISPATCH(multiply_rows)
-        ({h_->v + n, k}, {z_->v + k, n}, {next_z_->v + n, n}, rows_ - n, rows_ - k, cols_ - n);
+        multiply_rows({h_->v + n, k}, {z_->v + k, n}, {next_z_->v + n, n}, rows_ - n, rows_ - k, cols_ - n);
         std::swap(z_, next_z_);
     }
 

@@ -19,7 +19,6 @@ namespace mensura::matrix::MENSURA_TARGET {
 namespace {
 
 using Size = std::size_t;
-using Bits = std::int64_t __attribute__((vector_size(32)));
 
 constexpr Size kSteps = 8;       // a block
 constexpr Size kUnblocked = 16;  // largest matrix that is one block
@@ -39,19 +38,10 @@ struct Pivot {
     Size row, col;
 };
 
-LANES_INLINE Lanes larger(Lanes a, Lanes b) { return a > b ? a : b; }  // b if a is NaN
-
-LANES_INLINE double largest_of(Lanes v) {
-    const double a = v[0] > v[1] ? v[0] : v[1], b = v[2] > v[3] ? v[2] : v[3];
-    return a > b ? a : b;
-}
-
 // Which of the four columns at j on are column `col`, and which lie behind it.
-LANES_INLINE Bits columns_from(Size j) { return Bits{0, 1, 2, 3} + static_cast<std::int64_t>(j); }
-LANES_INLINE Bits is_column(Size col, Size j) { return columns_from(j) == static_cast<std::int64_t>(col); }
-LANES_INLINE Bits is_behind(Size col, Size j) { return columns_from(j) > static_cast<std::int64_t>(col); }
-
-LANES_INLINE Lanes magnitude(Lanes v) { return (Lanes)((Bits)v & INT64_MAX); }
+LANES_INLINE LaneBits columns_from(Size j) { return LaneBits{0, 1, 2, 3} + static_cast<std::int64_t>(j); }
+LANES_INLINE LaneBits is_column(Size col, Size j) { return columns_from(j) == static_cast<std::int64_t>(col); }
+LANES_INLINE LaneBits is_behind(Size col, Size j) { return columns_from(j) > static_cast<std::int64_t>(col); }
 
 LANES_INLINE Lanes updated(Lanes b, const double *q, double m) { return b - all(m) * load(q); }
 

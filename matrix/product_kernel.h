@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "../internal/lanes.h"
+#include "../internal/target.h"
 
 namespace mensura::matrix {
 
@@ -25,13 +26,9 @@ struct RowPointers {
 // out must not overlap a or b.
 template <typename Source, typename Target>
 using Multiply = void(Source a, Source b, Target out, std::size_t rows, std::size_t inner, std::size_t cols);
-namespace baseline {
-Multiply<RecordRows<const double>, RecordRows<double>> multiply_records;
-Multiply<RowPointers, RowPointers> multiply_rows;
-}  // namespace baseline
-namespace avx2 {
-Multiply<RecordRows<const double>, RecordRows<double>> multiply_records;
-Multiply<RowPointers, RowPointers> multiply_rows;
-}  // namespace avx2
+using MultiplyRecords = Multiply<RecordRows<const double>, RecordRows<double>>;
+using MultiplyRows = Multiply<RowPointers, RowPointers>;
+MENSURA_KERNEL(MultiplyRecords, multiply_records);
+MENSURA_KERNEL(MultiplyRows, multiply_rows);
 
 }  // namespace mensura::matrix

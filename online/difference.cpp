@@ -2,7 +2,6 @@
 
 #include <mensura/online.h>
 
-#include "../internal/target.h"
 #include "channels.h"
 #include "difference_kernel.h"
 
@@ -13,7 +12,7 @@ void central_difference(const double *x, double *dx, int n, double h) {
     const auto size = static_cast<std::size_t>(n), last = size - 1;
     const double span = 2 * h;
     dx[0] = (x[1] - (x[0] + x[0] - x[1])) / span;
-    MENSURA_DISPATCH(difference_inside)(x, dx, size, span);
+    difference_inside(x, dx, size, span);
     dx[last] = (x[last] + x[last] - x[last - 1] - x[last - 1]) / span;
 }
 

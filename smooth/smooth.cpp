@@ -1,10 +1,10 @@
-// The nine smoothers: the inside of the record from a kernel, its edges here.
+// The nine smoothers: the inside of a record by a kernel, its two edges here.
 
 #include <mensura/smooth.h>
 
 #include <algorithm>
+#include <cstddef>
 
-#include "../internal/target.h"
 #include "smooth_kernel.h"
 #include "weights.h"
 
@@ -12,59 +12,58 @@ using namespace mensura::smooth;
 
 namespace {
 
-using Size = std::size_t;
-
-// The first h points, from a window that stays; the mirror image with step -1.
+// One edge of a record, from its outermost sample inwards: samples x[0], x[step], ..., with step 1 or -1.
 struct Edge {
     const double *x;
     double *y;
     std::ptrdiff_t step;
+
+    [[nodiscard]] std::ptrdiff_t at(std::size_t k) const { return static_cast<std::ptrdiff_t>(k) * step; }
 };
 
-// The sum of whole multiples over a whole number.
-template <Size kWindow>
-double as_stated(const Row<kWindow> &row, const Edge &edge) {
+// (w[0] x[0] + w[1] x[1] + ...) / divisor
+template <std::size_t kWindow>
+double sum_over_divisor(const Row<kWindow> &row, const Edge &edge) {
     double sum = row.weight[0] * edge.x[0];
-    for (Size k = 1; k < kWindow; ++k) sum += row.weight[k] * edge.x[static_cast<std::ptrdiff_t>(k) * edge.step];
+    for (std::size_t k = 1; k < kWindow; ++k) sum += row.weight[k] * edge.x[edge.at(k)];
     return sum / row.divisor;
 }
 
-// The sum of fractions.
-template <Size kWindow>
-double as_fractions(const Row<kWindow> &row, const Edge &edge) {
-    const auto fraction = [&](Size k) { return static_cast<double>(row.weight[k]) / row.divisor; };
+// (w[0] / divisor) x[0] + (w[1] / divisor) x[1] + ..., each fraction rounded
+template <std::size_t kWindow>
+double sum_of_fractions(const Row<kWindow> &row, const Edge &edge) {
+    const auto fraction = [&](std::size_t k) { return static_cast<double>(row.weight[k]) / row.divisor; };
     double sum = fraction(0) * edge.x[0];
-    for (Size k = 1; k < kWindow; ++k) sum += fraction(k) * edge.x[static_cast<std::ptrdiff_t>(k) * edge.step];
+    for (std::size_t k = 1; k < kWindow; ++k) sum += fraction(k) * edge.x[edge.at(k)];
     return sum;
 }
 
-template <Size kWindow>
-using Value = double(const Row<kWindow> &row, const Edge &edge);
+template <std::size_t kWindow>
+using EdgeValue = double(const Row<kWindow> &row, const Edge &edge);
 
-template <Size kWindow>
-void smooth(const Table<kWindow> &table, Inside &inside, const double *x, double *y, int n,
-            Value<kWindow> &value = as_stated<kWindow>) {
+// A record shorter than the window is copied.
+template <std::size_t kWindow>
+void smooth(const Table<kWindow> &table, const mensura::Kernel<Inside> &inside, const double *x, double *y, int n,
+            EdgeValue<kWindow> &value = sum_over_divisor<kWindow>) {
     if (n < static_cast<int>(kWindow)) {
         if (n > 0) std::copy_n(x, n, y);
         return;
     }
-    const auto size = static_cast<Size>(n);
+    const auto size = static_cast<std::size_t>(n);
     for (const Edge &edge : {Edge{x, y, 1}, Edge{x + size - 1, y + size - 1, -1}})
-        for (Size i = 0; i < kWindow / 2; ++i)
-            edge.y[static_cast<std::ptrdiff_t>(i) * edge.step] = value(table[i], edge);
+        for (std::size_t i = 0; i < kWindow / 2; ++i) edge.y[edge.at(i)] = value(table[i], edge);
     inside(x, y, size);
 }
 
 }  // namespace
 
-void linearSmooth3(const double *x, double *y, int n) { smooth(kLinear3, MENSURA_DISPATCH(mean3), x, y, n); }
-void linearSmooth5(const double *x, double *y, int n) { smooth(kLinear5, MENSURA_DISPATCH(mean5), x, y, n); }
-void linearSmooth7(const double *x, double *y, int n) { smooth(kLinear7, MENSURA_DISPATCH(mean7), x, y, n); }
-void linearSmooth9(const double *x, double *y, int n) { smooth(kLinear9, MENSURA_DISPATCH(mean9), x, y, n); }
-void linearSmooth11(const double *x, double *y, int n) {
-    smooth(kLinear11, MENSURA_DISPATCH(mean11), x, y, n, as_fractions<11>);
-}
-void quadraticSmooth5(const double *x, double *y, int n) { smooth(kQuadratic5, MENSURA_DISPATCH(cubic5), x, y, n); }
-void quadraticSmooth7(const double *x, double *y, int n) { smooth(kQuadratic7, MENSURA_DISPATCH(cubic7), x, y, n); }
-void cubicSmooth5(const double *x, double *y, int n) { smooth(kCubic5, MENSURA_DISPATCH(cubic5), x, y, n); }
-void cubicSmooth7(const double *x, double *y, int n) { smooth(kCubic7, MENSURA_DISPATCH(cubic7), x, y, n); }
+// Inside a record, least squares of degree 2 and 3 over one window are the same: cubic5 and cubic7 serve both.
+void linearSmooth3(const double *x, double *y, int n) { smooth(kLinear3, mean3, x, y, n); }
+void linearSmooth5(const double *x, double *y, int n) { smooth(kLinear5, mean5, x, y, n); }
+void linearSmooth7(const double *x, double *y, int n) { smooth(kLinear7, mean7, x, y, n); }
+void linearSmooth9(const double *x, double *y, int n) { smooth(kLinear9, mean9, x, y, n); }
+void linearSmooth11(const double *x, double *y, int n) { smooth(kLinear11, mean11, x, y, n, sum_of_fractions<11>); }
+void quadraticSmooth5(const double *x, double *y, int n) { smooth(kQuadratic5, cubic5, x, y, n); }
+void quadraticSmooth7(const double *x, double *y, int n) { smooth(kQuadratic7, cubic7, x, y, n); }
+void cubicSmooth5(const double *x, double *y, int n) { smooth(kCubic5, cubic5, x, y, n); }
+void cubicSmooth7(const double *x, double *y, int n) { smooth(kCubic7, cubic7, x, y, n); }

@@ -9,7 +9,6 @@
 #include "../internal/constants.h"
 #include "../internal/scratch.h"
 #include "../internal/sincos.h"
-#include "../internal/target.h"
 #include "dft_kernel.h"
 
 using namespace mensura::spectral;
@@ -40,7 +39,7 @@ bool mensura::spectral::dft(double *re, double *im, int n, int dir) {
     const auto sums = mensura::scratch<Complex>(size);
     if (!circle || !sums) return false;
 
-    MENSURA_DISPATCH(sum_bins)(re, im, size, circle.get(), sums.get(), size);
+    sum_bins(re, im, size, circle.get(), sums.get(), size);
     const double divisor = dir == 0 ? n : 1.0;
     for (Size k = 0; k < size; ++k) {
         re[k] = sums[k][0] / divisor;
@@ -58,7 +57,7 @@ void RealSigDFT(const double *x, double *outRe, double *outIm, int n) {
     const auto sums = mensura::scratch<Complex>(half + 1);
     if (!circle || !sums) return;
 
-    MENSURA_DISPATCH(sum_bins)(x, nullptr, size, circle.get(), sums.get(), half + 1);
+    sum_bins(x, nullptr, size, circle.get(), sums.get(), half + 1);
     for (Size k = 0; k <= half; ++k) {
         outRe[k] = sums[k][0] / n;
         outIm[k] = sums[k][1] / n;

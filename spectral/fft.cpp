@@ -20,7 +20,6 @@
 #include <utility>
 
 #include "../internal/scratch.h"
-#include "../internal/target.h"
 #include "twiddles.h"
 
 using namespace mensura::spectral;
@@ -81,7 +80,7 @@ void transform_blocks(double *re, double *im, Size n, int dir, double scale) {
     const Plan plan{n, far > 0 ? aligned : near, reinterpret_cast<Factors *>(aligned + far), dir == 0 ? 0.0 : -0.0};
     fill_circle(plan);
     if (dir == 1) std::swap(re, im);
-    MENSURA_DISPATCH(transform)(plan, re, im, scale);
+    transform(plan, re, im, scale);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "../internal/lanes.h"
+#include "../internal/target.h"
 
 namespace mensura::spectral {
 
@@ -28,11 +29,6 @@ struct Plan {
 
 // The forward transform of re and im, times scale, in place.
 using TransformPlan = void(const Plan &plan, double *re, double *im, double scale);
-namespace baseline {
-TransformPlan transform;
-}
-namespace avx2 {
-TransformPlan transform;
-}
+MENSURA_KERNEL(TransformPlan, transform);
 
 }  // namespace mensura::spectral
