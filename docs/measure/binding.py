@@ -125,6 +125,7 @@ CALLS = (  # result, name, arguments
     (LowPassProto, "CalcLowPassProtoCoeff", ProtoSpec),
     (None, "FilterWithIIR", Doubles, Doubles, Int, IIRCoeffs),
     (None, "IIRFilterZeroPhase", Pointer(TIIRFilter), Doubles, Doubles, Int),
+    (None, "dataZeroPhaseFilter", Doubles, Int, Double, Double, Double),
     (None, "IIRFreqResponse", IIRCoeffs, Int, Doubles, Doubles, Int),
     *((Int, name, Int, Complexes) for name in ("ButterworthPoly", "GaussianPoly", "BesselPoly", "PapoulisPoly")),
     *((Int, name, Double, Int, Complexes) for name in ("ChebyshevPoly", "AdjustablePoly")),
