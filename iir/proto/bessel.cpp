@@ -1,4 +1,5 @@
-// Bessel: poles at the roots of the reverse Bessel polynomial (Thomson WE, Proc IEE 96(III):487, 1949).
+// Bessel: poles at the roots of the reverse Bessel polynomial, whose coefficient of s^k is
+// (2n-k)! / (k! (n-k)! 2^(n-k)) (Thomson WE, Proc IEE 96(III):487, 1949).
 
 #include <cmath>
 

@@ -1,4 +1,5 @@
-// Chebyshev: poles on an ellipse whose width the pass-band ripple sets.
+// Chebyshev: poles on an ellipse with the half-axes sinh(a) and cosh(a), a = asinh(1/eps) / n, which a ripple of
+// 10 log10(1 + eps^2) dB makes.
 
 #include <cmath>
 

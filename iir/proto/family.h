@@ -1,4 +1,4 @@
-// What the prototype families share.
+// Shared by the prototype families.
 #pragma once
 
 #include <mensura/iir.h>
@@ -8,10 +8,10 @@
 
 namespace mensura::iir {
 
-// Whether n poles can be asked for when a family writes `roots_per_pole` roots for each.
+// Whether the roots of order n fit the arrays.  A family that finds the roots of |H(s)|^2 writes two for each pole.
 inline bool order_fits(int n, int roots_per_pole) { return n >= 1 && n <= MAX_IIR_SECTIONS / roots_per_pole; }
 
-// A polynomial of up to degree MAX_IIR_SECTIONS by ascending power, as the families build theirs.
+// A polynomial of up to degree MAX_IIR_SECTIONS by ascending power.
 using Polynomial = std::array<double, MAX_IIR_SECTIONS + 1>;
 
 // Roots of a polynomial given by ascending power, which is reversed in place.  Returns their number.

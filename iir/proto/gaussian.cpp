@@ -1,4 +1,4 @@
-// Gaussian: |H|^2 = 1 / exp(w^2), the exponential cut off after n terms, with w^2 = -s^2.
+// Gaussian: |H|^2 = 1 / exp(w^2) with w^2 = -s^2, the exponential cut off after its term w^2n / n!.
 
 #include "family.h"
 

@@ -10,7 +10,7 @@ using namespace mensura::iir;
 namespace {
 
 constexpr int kMaxOrder = 20;
-constexpr double kEpsilonSquared = 0.1;
+constexpr double kEpsilonSquared = 0.1;  // the corner that this gives is moved to 1 rad/s later
 
 // Row n-1: the coefficients of w^2, w^4, ..., w^2n in L_n, exact integers (Papoulis A, Proc IRE 46:606, 1958).
 // clang-format off
