@@ -36,6 +36,10 @@ OPTIONAL = {"numpy": "python3-numpy", "scipy": "python3-scipy", "mpmath": "pytho
 README_PART = re.compile(r"(?<=<!-- speed -->\n).*?(?=<!-- end of speed -->\n)", re.S)
 
 
+def say(*lines, **how):
+    print(*lines, file=sys.stderr, flush=True, **how)
+
+
 def rows(table):
     """The rows of a Markdown table."""
     return "\n".join("| " + " | ".join(map(str, row)) + " |" for row in table)
@@ -102,26 +106,26 @@ def main():
     if unknown := set(arguments.pages) - set(pages()):
         parser.error(f"no page {', '.join(sorted(unknown))} in docs/pages")
 
-    os.dup2(2, 1)  # what the library prints (rkf45 when it fails) goes where messages go
+    os.dup2(os.open(os.devnull, os.O_WRONLY), 1)  # for the lines that the library prints, as rkf45 does when it fails
     templates, library, failed = environment(), load(arguments.library), False
     for name in arguments.pages or pages():
-        print(name, flush=True)
+        say(name)
         try:
             page = render(templates, name, library)
         except ModuleNotFoundError as missing:
             if missing.name not in OPTIONAL:
                 raise
-            print(f"{name}: NOT MADE, it needs {OPTIONAL[missing.name]}")
+            say(f"{name}: NOT {'CHECKED' if arguments.check else 'MADE'}, it needs {OPTIONAL[missing.name]}")
             failed = failed or not arguments.check
             continue
         except Untrue as error:
-            print(f"docs/pages/{name}.md.in: {error}")
+            say(f"docs/pages/{name}.md.in: {error}")
             failed = True
             continue
         if not arguments.check:
             target(name).write_text(page)
         elif found := list(differences(target(name), page)):
-            print(*found, sep="\n")
+            say(*found, sep="\n")
             failed = True
     return failed
 

@@ -1,7 +1,6 @@
 // docs/state.md: a filter that starts from rest gives the bits of FilterWithIIR.
 #include <math.h>
 #include <mensura/iir.h>
-#include <string.h>
 
 #include "check.h"
 
@@ -22,7 +21,7 @@ int main(void) {
             y[i] = IIRFilter(&filter, x[i]);
         }
         FilterWithIIR(x, block, SAMPLES, filter.Coeffs);
-        CHECK(memcmp(y, block, sizeof y) == 0);
+        for (int i = 0; i < SAMPLES; ++i) CHECK(y[i] == block[i]);
     }
     return 0;
 }
