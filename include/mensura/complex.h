@@ -1,14 +1,14 @@
-/** @file
- * @defgroup complex Complex numbers
+/** @defgroup complex Complex numbers
  *
- * Complex numbers in double precision: a value type of two fields and twelve functions.
+ * `mensura/complex.h`: complex numbers in double precision, a value type of two fields and twelve functions.
  *
  * Every function takes and returns its values by value, allocates nothing, keeps no state and may run in any number of
  * threads at once.  Nothing is checked: infinities and NaNs pass through as IEEE 754 arithmetic gives them.  Squares
  * are not rescaled, so moduli and divisors overflow above about 1e154 and lose digits or underflow below about 1e-154
  * (to 0 below about 1e-162).
  *
- * In the formulas x = a.re and y = a.im; each operation is rounded on its own, in the order written. */
+ * In the formulas x = a.re and y = a.im; each operation is rounded on its own, in the order written.
+ * @{ */
 #ifndef MENSURA_COMPLEX_H
 #define MENSURA_COMPLEX_H
 
@@ -20,43 +20,52 @@ extern "C" {
 
 /** The number re + i im. */
 typedef struct CplxD {
-    double re;
-    double im;
+    double re; /**< real part */
+    double im; /**< imaginary part */
 } CplxD;
 
-/** {re, im}. */
+/** The number {re, im}. */
 MENSURA_EXPORT CplxD getCplxD(double re, double im);
 
-/** a + b. */
+/** The sum a + b. */
 MENSURA_EXPORT CplxD CplxDAdd(CplxD a, CplxD b);
 
-/** a - b. */
+/** The difference a - b. */
 MENSURA_EXPORT CplxD CplxDSub(CplxD a, CplxD b);
 
-/** a b = {a.re b.re - a.im b.im, a.im b.re + a.re b.im}. */
+/** The product a b = {a.re b.re - a.im b.im, a.im b.re + a.re b.im}. */
 MENSURA_EXPORT CplxD CplxDMult(CplxD a, CplxD b);
 
-/** a c with a real factor c: {x c, y c}. */
+/** The product a c with a real factor c: {x c, y c}. */
 MENSURA_EXPORT CplxD CplxDMult_coef(CplxD a, double c);
 
-/** a / b = {(a.re b.re + a.im b.im) / d, (a.im b.re - a.re b.im) / d} with d = b.re^2 + b.im^2.
+/** The quotient a / b.
+ *
+ *     a / b = {(a.re b.re + a.im b.im) / d, (a.im b.re - a.re b.im) / d},  d = b.re^2 + b.im^2
+ *
  * A divisor of 0 gives NaN in both parts for every finite a. */
 MENSURA_EXPORT CplxD CplxDDivision(CplxD a, CplxD b);
 
 /** The modulus sqrt(x^2 + y^2). */
 MENSURA_EXPORT double CplxDCabs(CplxD a);
 
-/** a to the real power p, principal value: |a|^p {cos(p arg a), sin(p arg a)} with arg a in [-pi, pi].
+/** The principal value of a to the real power p.
+ *
+ *     a^p = |a|^p {cos(p arg a), sin(p arg a)},  arg a in [-pi, pi]
+ *
  * |p| < 1e-50 gives {1, 0}, whatever a is; otherwise |a| < 1e-50 gives {0, 0}, also for a negative p. */
 MENSURA_EXPORT CplxD CplxDPow(CplxD a, double p);
 
-/** cos a = {cos x cosh y, -(sin x sinh y)}. */
+/** The cosine {cos x cosh y, -(sin x sinh y)}. */
 MENSURA_EXPORT CplxD CplxDCos(CplxD a);
 
-/** sin a = {sin x cosh y, cos x sinh y}. */
+/** The sine {sin x cosh y, cos x sinh y}. */
 MENSURA_EXPORT CplxD CplxDSin(CplxD a);
 
-/** tan a = {sin x cos x / d, sinh y cosh y / d} with d = cosh^2 y - sin^2 x.
+/** The tangent.
+ *
+ *     tan a = {sin x cos x / d, sinh y cosh y / d},  d = cosh^2 y - sin^2 x
+ *
  * |d| < 1e-50, which happens next to the real poles, gives {tan x, 0}.  Beyond |y| of about 355, where cosh^2 y
  * overflows, the real part is 0 and the imaginary part NaN. */
 MENSURA_EXPORT CplxD CplxDTan(CplxD a);
@@ -67,5 +76,7 @@ MENSURA_EXPORT CplxD CplxDConj(CplxD a);
 #ifdef __cplusplus
 }
 #endif
+
+/** @} */
 
 #endif

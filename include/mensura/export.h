@@ -1,5 +1,4 @@
-/** @file
- * Visibility of the exported functions; every public header includes this one. */
+/* Visibility of the exported functions; every public header includes this one. */
 #ifndef MENSURA_EXPORT_H
 #define MENSURA_EXPORT_H
 

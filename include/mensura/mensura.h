@@ -1,5 +1,4 @@
-/** @file
- * The whole interface of the library.  What these headers do not declare is not part of it. */
+/* The whole interface of the library.  What these headers do not declare is not part of it. */
 #ifndef MENSURA_MENSURA_H
 #define MENSURA_MENSURA_H
 

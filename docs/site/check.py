@@ -1,0 +1,58 @@
+"""What must not be wrong on a finished site: dead links, requests to the network, names that are not linked."""
+
+import html.parser
+import re
+from pathlib import Path
+
+
+LINKED = ("a", "dfn", "h1", "h2", "h3", "title")  # need no link inside
+
+
+class Reader(html.parser.HTMLParser):
+    """The anchors, the links and the text outside of links of one page."""
+
+    def __init__(self, text):
+        super().__init__()
+        self.anchors, self.links, self.loads, self.plain, self.depth = set(), [], [], [], 0
+        self.feed(text)
+
+    def handle_starttag(self, tag, attrs):
+        attrs = dict(attrs)
+        if "id" in attrs:
+            self.anchors.add(attrs["id"])
+        if "href" in attrs:
+            (self.loads if tag == "link" else self.links).append(attrs["href"])
+        if "src" in attrs:
+            self.loads.append(attrs["src"])
+        if tag in LINKED:
+            self.depth += 1
+
+    def handle_endtag(self, tag):
+        if tag in LINKED:
+            self.depth -= 1
+
+    def handle_data(self, data):
+        if not self.depth:
+            self.plain.append(data)
+
+
+def faults(folder, functions, undocumented):
+    """A line for each fault of the pages in `folder`."""
+    pages = {path.name: Reader(path.read_text()) for path in Path(folder).glob("*.html")}
+    found = [f"{name} is exported, but not in the reference" for name in sorted(undocumented)]
+    for name, page in pages.items():
+        for link in page.links + page.loads:
+            if re.match(r"[a-z]+:", link):
+                if link in page.loads:
+                    found.append(f"{name} loads {link} from the network")
+                continue
+            file, _, anchor = link.partition("#")
+            if file and not (Path(folder) / file).exists():
+                found.append(f"{name}: {link} leads nowhere")
+            elif anchor and anchor not in pages[file or name].anchors:
+                found.append(f"{name}: {link} has no such anchor")
+        if not name.startswith(("include-", "tests-", "examples-", "bench-")):
+            words = re.findall(r"\w+(?!\w|\.txt)", " ".join(page.plain))
+            for word in sorted(set(words) & functions):
+                found.append(f"{name}: {word} is not linked")
+    return found
