@@ -39,9 +39,9 @@ RULES = {  # sentences that the columns stand on
     "online.h": ("Nothing here allocates", "Separate records may run in separate threads at once"),
     "smooth.h": ("Nothing allocates", "safe in several threads at once"),
     "ode.h": (
-        "Failures print a line on standard output",
-        "Nothing here allocates, but for the file of test_rkf45",
-        "each on its own data, as far as the callback is; test_rkf45 writes one file: one call at a time",
+        "A failure prints a line on standard output",
+        "Nothing here allocates, except that test_rkf45 opens a file",
+        "each on its own data, as far as the callback is. test_rkf45 writes one file: one call at a time",
     ),
 }
 

@@ -112,8 +112,10 @@ class Site:
 
     def link_names(self, body, file):
         """Links each name of the interface to its place in the reference."""
-        parts, within = re.split(r"(<[^>]+>)", body), []
+        parts, within = re.split(r"(<!--.*?-->|<[^>]+>)", body, flags=re.S), []
         for i, part in enumerate(parts):
+            if part.startswith("<!--"):
+                continue
             if part.startswith("<"):
                 tag = re.match(r"</?(\w+)", part).group(1)
                 if part.startswith("</"):

@@ -13,8 +13,8 @@
  * touch the corner in use only, the by-value forms copy whole records over the stack, 80 KB an argument and result.
  * The heap functions that return a Matrix hand it to the caller, who gives it to matrix_delete.
  *
- * Stack on x86-64, arguments and result included: rmatrix_inverse_ptr takes up to 101 KB with optimisation and 110 KB
- * without, the by-value forms 261 and 440 KB, matrix_mul and householder 26 and 60 KB; without it rmatrix_multi_ptr
+ * Stack on x86-64, arguments and result included, with optimisation and without: rmatrix_inverse_ptr takes up to 101
+ * and 110 KB, the by-value forms 261 and 440 KB, matrix_mul and householder 26 and 60 KB; without it rmatrix_multi_ptr
  * takes 35 KB.
  *
  * **Threads.**  All functions are safe in several threads at once, each on its own data; matrix_show and QRtest write

@@ -40,7 +40,8 @@ extern "C" {
  *
  *     c W = (c.re W.re - c.im W.im, c.re W.im + c.im W.re)
  *
- * Allocates about 27 n bytes; up to n = 256 about 11 n, and then takes 5 KB of stack (19 KB without optimisation).
+ * Allocates about 27 n bytes, up to n = 256 about 11 n, with 5 KB on the stack (19 KB if compiled without
+ * optimisation).
  * @param re   n real parts
  * @param im   n imaginary parts
  * @param n    a power of two from 8 to 1048576; any other leaves the data as they were
@@ -93,11 +94,11 @@ MENSURA_EXPORT void DFT(double *re, double *im, int n, int dir);
  * Bins 0 .. n/2 are summed, and bins n-1 downwards mirror bins 1 .. n/2 - 1.
  *
  * AN ODD n = 2h + 1 LEAVES BIN h + 1 AS IT WAS: it would be the conjugate of bin h.  (h = 1: only bins 0 and 1 are
- * written.)  Allocates 24 n bytes.
+ * written.)  n < 1 writes nothing.  Allocates 24 n bytes.
  * @param x      n samples, read only
  * @param outRe  n real parts; must not overlap x
  * @param outIm  n imaginary parts; must not overlap x
- * @param n      number of samples; n < 1 writes nothing */
+ * @param n      number of samples */
 MENSURA_EXPORT void RealSigDFT(const double *x, double *outRe, double *outIm, int n);
 
 /** @} */
