@@ -33,6 +33,7 @@ from binding import load
 from figures import FILTERS, Untrue
 
 OPTIONAL = {"numpy": "python3-numpy", "scipy": "python3-scipy", "mpmath": "python3-mpmath"}  # what some pages need
+MODULES = {"numbers": "reproducibility"}  # Python has a module numbers of its own
 README_PART = re.compile(r"(?<=<!-- speed -->\n).*?(?=<!-- end of speed -->\n)", re.S)
 
 
@@ -77,7 +78,8 @@ def target(name):
 
 def render(templates, name, library):
     """The page; of README.md all but the table of the speed stays as it is."""
-    page = templates.get_template(f"{name}.md.in").render(importlib.import_module(name).names(library))
+    module = importlib.import_module(MODULES.get(name, name))
+    page = templates.get_template(f"{name}.md.in").render(module.names(library))
     if name != "speed":
         return f"{page}\n<!-- Rendered from docs/pages/{name}.md.in: change that, and build the target pages. -->\n"
     readme = target(name).read_text()
