@@ -1,0 +1,26 @@
+// The screen of the search for a corner: see corner.cpp.
+#pragma once
+
+#include <cstddef>
+
+#include "../internal/target.h"
+
+namespace mensura::iir {
+
+// H(s) = product of (num2 s^2 + num1 s + num0) / (den2 s^2 + den1 s + den0) over the sections.
+struct AnalogCascade {
+    std::size_t sections;
+    double *num2, *num1, *num0, *den2, *den1, *den0;
+};
+
+inline constexpr double kCornerLevel = 0.7071;     // of the magnitude at DC
+inline constexpr double kGridStep = 0.001953125;   // 1/512 rad/s
+inline constexpr int kLastPoint = 5999;            // of the grid
+inline constexpr int kPointsAtOnce = 8;            // which the screen evaluates, maybe beyond the last
+inline constexpr double kSmallestProduct = 1e-30;  // for which the screen decides
+
+// The first point from `point` on at which |g H(jw)| may be below the corner level, or one beyond the last.
+using FirstDoubtfulPoint = int(const AnalogCascade &c, double g, int point);
+MENSURA_KERNEL(FirstDoubtfulPoint, first_doubtful_point);
+
+}  // namespace mensura::iir
