@@ -103,8 +103,21 @@ class States:
         library.RealSigDFT(x, y, z, RECORD)
         require(nan_count(y) >= RECORD // 2 and math.isnan(library.Goertzel(x, RECORD, 0.3)), "RealSigDFT, Goertzel: all bins")
         self.smoothers()
+        self.require_starts()
         self.require_zero_phase_records(doubles([math.sin(0.2 * i) for i in range(RECORD)]))
         self.require_kalman()
+
+    def require_starts(self):
+        library, slope, limiter, mean = self._library, CentralDiffOnline(), AmplitudeLimitOnline(), MovingAverageOnline()
+        library.init_central_difference_online(slope, 1.0)
+        y = [library.central_difference_online(slope, value) for value in (1.0, 2.0, 4.0)]
+        require(y == [0.0, 0.0, 1.5], "CentralDiffOnline starts with two outputs of 0")
+        library.init_amlitude_limit_filer_online(limiter, 1.0)
+        y = [library.amlitude_limit_filer_online(limiter, 10.0 * i) for i in range(7)]
+        require(y == [0.0, 10.0, 20.0, 30.0, 40.0, 50.0, 50.0], "AmplitudeLimitOnline: six samples unchecked")
+        library.init_move_average_filter_online(mean, 4)
+        y = [library.move_average_filter_online(mean, value) for value in (1.0, 3.0, 5.0)]
+        require(y == [1.0, 2.0, 3.0], "MovingAverageOnline starts with the mean of the samples so far")
 
     def require_zero_phase_records(self, x):
         library, filter = self._library, self.default(LOW_PASS)

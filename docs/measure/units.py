@@ -180,6 +180,35 @@ def peer_oscillator(tolerance=1e-6, end=10.0):
     return {"calls": answer.nfev, "error": float(np.max(abs(answer.y[:, -1] - (math.cos(end), -math.sin(end)))))}
 
 
+def require_scalings(peers, n=1024, k=100, fs=360.0):
+    """The table of amplitude, power and density, for a sine of amplitude 3 in bin k and for noise."""
+    call, amplitude, t = peers.library, 3.0, np.arange(n)
+    x, near = amplitude * np.sin(2 * np.pi * k * t / n), lambda a, b: abs(a / b - 1) < 1e-9
+
+    def bins(x):
+        re, im = x.copy(), np.zeros(len(x))
+        call.FFT(re, im, len(x), 0)
+        return np.hypot(re, im)
+
+    v = bins(x)[k]
+    require(near(2 * v, amplitude) and near(math.sqrt(2) * v, np.std(x)), "amplitude and rms of a line of FFT")
+    for single in (call.SingleFreqDFT, call.Goertzel):
+        require(near(2 * single(x, n, 2 * k / n) / n, amplitude), "amplitude of a single frequency")
+    padded = np.concatenate([x, np.zeros(n)])
+    require(near(2 * bins(padded)[2 * k] * 2 * n / n, amplitude), "zeros appended up to m points: 2 v m / n")
+    data = noise(10, n)
+    require(near(np.sum(bins(data) ** 2), np.mean(data**2)), "the squares of all bins add up to the mean square")
+
+    for gain in (None, 1, 0):
+        weights = np.ones(n)
+        if gain is not None:
+            call.WindowData(weights, n, HANNING, 0.0, 0.0, gain)
+        divisor = {None: 1.0, 1: n * np.sum(weights**2) / np.sum(weights) ** 2, 0: np.mean(weights**2)}[gain]
+        powers = np.mean([bins(weights * noise(seed, n))[1 : n // 2] ** 2 for seed in range(200)])
+        density = 2 * powers * n / (fs * divisor)
+        require(abs(density * fs / 2 / (1 / 3) - 1) < 0.01, f"one-sided density of noise, unityGain {gain}")
+
+
 def require_words(peers):
     f, sos = peers.default(ALL_PASS)
     x = noise(5)
@@ -195,6 +224,7 @@ def require_words(peers):
 def names(library):
     peers = Peers(library)
     require_words(peers)
+    require_scalings(peers)
     n, cosine_window = 1000, lambda terms, m: windows.general_cosine(m + 2, terms)[1:-1]
     odd, even = (abs(peers.window(BLACKMAN_NUTTALL, m) - cosine_window(BLACKMAN_NUTTALL_TERMS, m)) for m in (1001, 1000))
     require(np.argmax(odd) == 500, "wkBlackmanNuttall of an odd n differs at its centre")
