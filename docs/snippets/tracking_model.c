@@ -31,7 +31,7 @@ int main(void) {
     track(fs, 0.1, f, first_position);
     for (int i = 0; i < UPDATES; ++i) KalmanFilter_update_d(&kf, first_position, x);
     for (int i = 0; i < AXES; ++i) CHECK(x[i] == first_position[i]); /* at rest */
-    for (int i = 0; i < UPDATES; ++i) { /* its response to an impulse on the first axis */
+    for (int i = 0; i < UPDATES; ++i) {                              /* its response to an impulse on the first axis */
         const double z[AXES] = {first_position[0] + (i == 0), first_position[1]};
         KalmanFilter_update_d(&kf, z, x);
         response[i] = x[0] - first_position[0];
