@@ -22,4 +22,6 @@ add_custom_command(OUTPUT ${MENSURA_MAN}.gz
     COMMENT "The manual page"
     VERBATIM)
 add_custom_target(mensura_man ALL DEPENDS ${MENSURA_MAN}.gz)
-install(FILES ${MENSURA_MAN}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+if(MENSURA_INSTALL)
+    install(FILES ${MENSURA_MAN}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+endif()

@@ -1,4 +1,15 @@
-# Debian packages: the library, what other programs are built with, the companion program.
+# Debian packages: the library, what other programs are built with, the companion program; a changelog in each.
+find_program(GZIP gzip REQUIRED)
+execute_process(COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+    OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
+foreach(package_and_component libmensura1=runtime libmensura-dev=development mensura=program)
+    string(REPLACE "=" ";" package_and_component ${package_and_component})
+    list(GET package_and_component 0 package)
+    list(GET package_and_component 1 component)
+    install(FILES ${PROJECT_BINARY_DIR}/changelog.gz DESTINATION ${MENSURA_DOC_DIR}/${package} COMPONENT ${component})
+endforeach()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(MENSURA_BUILD_CLI)
@@ -41,8 +52,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
 "signal-processing routines for measurement data - development
 ${MENSURA_WHAT}
-This package holds the headers, and the files by which CMake and pkg-config
-find the library.")
+This package holds the headers, the files by which CMake and pkg-config find
+the library, guides and examples.")
 
 set(CPACK_COMPONENT_PROGRAM_DEPENDS runtime)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME mensura)

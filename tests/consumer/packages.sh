@@ -29,13 +29,16 @@ libdir=usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)
 version=$(sed -n 's/^project(mensura VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")
 diff -u <(printf "%s_${version}_$arch.deb\n" libmensura-dev libmensura1 mensura) <(cd "$debs" && ls -- *.deb | LC_ALL=C sort)
 
-printf "$libdir/%s\n" libmensura.so.1 libmensura.so.1.0.0 | unpack libmensura1
+doc=usr/share/doc
+printf '%s\n' "$libdir"/libmensura.so.1{,.0.0} $doc/libmensura1/changelog.gz | unpack libmensura1
 {
     (cd "$source" && printf 'usr/%s\n' include/mensura/*.h)
     printf "$libdir/%s\n" libmensura.so pkgconfig/mensura.pc \
         cmake/mensura/mensura-{config,config-version,targets,targets-release}.cmake
+    (cd "$source" && printf "$doc/libmensura-dev/%s\n" changelog.gz docs/*.md docs/{pictures,snippets}/* examples/*.c \
+        examples/data/*) | grep -v '/docs/cli\.md$'
 } | unpack libmensura-dev
-printf '%s\n' usr/bin/mensura usr/share/man/man1/mensura.1.gz | unpack mensura
+printf '%s\n' usr/bin/mensura usr/share/man/man1/mensura.1.gz $doc/mensura/{changelog.gz,cli.md} | unpack mensura
 
 for package in libc6 libstdc++6; do depends libmensura1 "$package"; done
 for package in libc6 libstdc++6 libfmt9 libsndfile1; do depends mensura "$package"; done
@@ -46,6 +49,15 @@ control_is shlibs "libmensura 1 libmensura1 (>= $version)"
 control_is triggers "activate-noawait ldconfig"
 for file in "$root/usr/bin/mensura" "$root/$libdir/libmensura.so.1"; do
     [[ $(readelf -WS "$file") != *.symtab* ]] || die "$file is not stripped"
+done
+
+for package in libmensura1 libmensura-dev mensura; do
+    zcat "$root/$doc/$package/changelog.gz" | cmp - "$source/CHANGELOG.md"
+done
+guides=$(grep -oh 'docs/[a-z]*\.md' "$root"/usr/include/mensura/*.h | sort -u)
+[[ $guides == *docs/iir.md* ]] || die "the headers name no guide"
+for guide in $guides; do
+    [[ -e $root/$doc/libmensura-dev/$guide ]] || die "the headers name $guide, which is not in libmensura-dev"
 done
 
 export PKG_CONFIG_SYSROOT_DIR=$root PKG_CONFIG_LIBDIR=$root/$libdir/pkgconfig
