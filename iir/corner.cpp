@@ -1,15 +1,16 @@
 // The corner of an analog cascade, and moving it to 1 rad/s.
 //
 // The corner is the first point of a fixed grid at which |g H(jw)| is below 0.7071, g being 1 / H(0).  Its exact
-// evaluation is a sequence of complex operations, two dozen of them and a division for each section.  Most points lie far
-// above the level.  A screen evaluates |g H|^2 in real arithmetic, several points at a time, and passes over those that
-// are above the level by more than its error can be; only the others are evaluated exactly, so the corner is the same.
+// evaluation is a sequence of complex operations, two dozen of them and a division for each section.  Most points lie
+// far above the level.  A screen evaluates |g H|^2 in real arithmetic, several points at a time, and passes over those
+// that are above the level by more than its error can be; only the others are evaluated exactly, so the corner is the
+// same.
 //
 // The screen takes num = g^2 prod |N|^2 and den = prod |D|^2 over the sections.  Real and imaginary parts of N and D
-// carry the same roundings as in the exact evaluation.  What follows errs by less than 20 roundings a section, 1e-13 for
-// 50 sections, so a margin of 1e-9 is ample as long as nothing over- or underflows.  That is so where products of upper
-// bounds stay below 1e100 and the products themselves end above 1e-30: then each factor, and each product of some of
-// them, lies between 1e-130 and 1e100.
+// carry the same roundings as in the exact evaluation.  What follows errs by less than 20 roundings a section, 1e-13
+// for 50 sections, so a margin of 1e-9 is ample as long as nothing over- or underflows.  That is so where products of
+// upper bounds stay below 1e100 and the products themselves end above 1e-30: then each factor, and each product of some
+// of them, lies between 1e-130 and 1e100.
 
 #include <mensura/iir.h>
 

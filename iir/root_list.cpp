@@ -37,9 +37,10 @@ void heap_sort(const double *keys, int *index, int count, Before before, NotBefo
 }
 
 // Drops a part that is a thousand times smaller than the other one.
-CplxD tidy(CplxD root) {
-    if (std::fabs(root.re) * 1000 < std::fabs(root.im)) root.re = 0;
-    if (std::fabs(root.im) * 1000 < std::fabs(root.re)) root.im = 0;
+CplxD without_small_part(CplxD root) {
+    constexpr double kRatio = 1000;
+    if (std::fabs(root.re) * kRatio < std::fabs(root.im)) root.re = 0;
+    if (std::fabs(root.im) * kRatio < std::fabs(root.re)) root.im = 0;
     return root;
 }
 
@@ -48,7 +49,7 @@ bool nearly_equal(CplxD a, CplxD b) {
     return std::fabs(a.re - b.re) < kNear && std::fabs(a.im - b.im) < kNear;
 }
 
-// Moves the later ones of near duplicates into the right half-plane, where they do not count.
+// Moves the later ones of near duplicates into the right half-plane, whose roots make no sections.
 void discard_duplicates(CplxD *roots, int count) {
     for (int i = 0; i < count - 1; ++i)
         for (int j = i + 1; j < count; ++j)
@@ -57,7 +58,7 @@ void discard_duplicates(CplxD *roots, int count) {
 
 }  // namespace
 
-// Ties come out as the heap leaves them.  A heap sort needs far fewer than count^2 steps, so it cannot fail from 2 on.
+// Equal keys come out in the order in which the heap leaves them.
 int HeapIndexSort(double *keys, int *index, int count, int ascending) {
     if (count < 2) return 0;
     if (ascending != 0)
@@ -69,7 +70,7 @@ int HeapIndexSort(double *keys, int *index, int count, int ascending) {
 
 void SortRootsByZeta(CplxD *roots, int count, int ascending) {
     if (count < 1 || count > kMaxSorted) return;
-    std::transform(roots, roots + count, roots, tidy);
+    std::transform(roots, roots + count, roots, without_small_part);
     const bool imaginary = roots[0].re == 0;
     std::array<double, kMaxSorted> keys;
     std::transform(roots, roots + count, keys.begin(),

@@ -2,8 +2,8 @@
 //
 // All formulas expand one scheme.  With u = (2/T) (1 - z^-1) / (1 + z^-1) the prototype's s becomes u (low-pass,
 // all-pass), 1/u (high-pass), Q (u + 1/u) (band-pass) or 1 / (Q (u + 1/u)) (notch); fractions are cleared, and the
-// section is scaled by D0/N0, which makes its pass-band gain 1.  Results hang on the order of the terms, so the
-// expansions stand as they are.
+// section is scaled by D0/N0, which makes its pass-band gain 1.  The last bits of a design depend on the order of the
+// terms, so the expansions are not simplified.
 
 #include <mensura/iir.h>
 #include <mensura/roots.h>
@@ -15,14 +15,13 @@
 #include <cstdint>
 
 #include "../internal/constants.h"
+#include "default_request.h"
 #include "pass_types.h"
 #include "proto/limits.h"
 
 using namespace mensura::iir;
 
 namespace {
-
-using Size = std::size_t;
 
 // (N2 s^2 + N1 s + N0) / (D2 s^2 + D1 s + D0)
 struct AnalogSection {
@@ -31,7 +30,7 @@ struct AnalogSection {
     bool first_order() const { return N2 == 0.0 && D2 == 0.0; }
 };
 
-// Bit for bit, as the two sections of a conjugate pair are: what one becomes serves the other too.
+// Bit for bit, as the two sections of a conjugate pair are: the design of one serves for the other.
 bool identical(const AnalogSection &s, const AnalogSection &t) {
     using Bits = std::array<std::uint64_t, 6>;
     return std::bit_cast<Bits>(s) == std::bit_cast<Bits>(t);
@@ -51,24 +50,25 @@ struct Warp {
     double T, Q;
 };
 
-AnalogSection analog_section(const LowPassProto &p, Size k) {
+AnalogSection analog_section(const LowPassProto &p, std::size_t k) {
     return {p.Num2[k], p.Num1[k], p.Num0[k], p.Den2[k], p.Den1[k], p.Den0[k]};
 }
 
 // Zeros at the mirror images of the poles.
 AnalogSection all_pass(const AnalogSection &s) { return {s.D2, -s.D1, s.D0, s.D2, s.D1, s.D0}; }
 
-// (NumPoles + 1) / 2, band types NumPoles: of the request as given, whatever the prototype has.
+// (NumPoles + 1) / 2, band types NumPoles: of the request before it is clamped.
 int requested_sections(const IIRDesignSpec &spec) {
     if (is_band_type(spec.PassType)) return spec.Proto.NumPoles;
     return static_cast<int>((std::int64_t{spec.Proto.NumPoles} + 1) / 2);
 }
 
-Size within_record(int sections) {
-    return static_cast<Size>(std::clamp(sections, 0, static_cast<int>(MAX_IIR_SECTIONS)));
+std::size_t within_record(int sections) {
+    return static_cast<std::size_t>(std::clamp(sections, 0, static_cast<int>(MAX_IIR_SECTIONS)));
 }
 
-// Q corrects the bandwidth for the warping of the frequency axis with a tuned curve, flat from 1.95 on.
+// Q is centre over bandwidth, divided by a tuned factor for the warping of the frequency axis, 0.8 tan(w pi / 4) with
+// w = centre + 1, constant from w = 1.95 on.
 Warp prewarp(const IIRDesignSpec &spec) {
     constexpr double kLimit = 1.95, kFactor = 0.8, kFactorAtLimit = 20.361359663485633;
     const double w = spec.NormCutoff + 1.0;
@@ -186,7 +186,8 @@ FourthOrder fourth_order(const AnalogSection &s, Warp warp, int pass_type) {
     FourthOrder f = pass_type == ptBandPass ? FourthOrder{band_pass_quartic(s.D2, s.D1, s.D0, s.N0, w),
                                                           band_pass_quartic(s.N2, s.N1, s.N0, s.D0, w)}
                                             : FourthOrder{notch_denominator(s, w), notch_numerator(s, w)};
-    if (std::fabs(warp.T - 2.0) < 0.0005)  // centre at a quarter of the sampling rate: symmetric about it
+    constexpr double kNearQuarter = 0.0005;
+    if (std::fabs(warp.T - 2.0) < kNearQuarter)  // centre at a quarter of the sampling rate: symmetric about it
         for (Quartic *q : {&f.denominator, &f.numerator}) (*q)[1] = (*q)[3] = 0.0;
     return f;
 }
@@ -202,8 +203,8 @@ Quadratic from_roots(CplxD first, CplxD second, double m) {
     return {CplxDMult(first, second).re * m, -CplxDAdd(first, second).re * m, m};
 }
 
-// Roots 1, 2 and 3, 4 are pairs.  A failed search leaves in `roots` what was there, which does not show: it takes a form
-// of zeros, so that m is 0.
+// The first two roots are a pair, and the last two.  A failed search leaves the roots of an earlier one in `roots`, but
+// the search only fails where the coefficients are all 0, and then m is 0 too.
 std::array<Quadratic, 2> split(const Quartic &q, QuarticRoots &roots) {
     Quartic descending;
     std::ranges::reverse_copy(q, descending.begin());
@@ -232,7 +233,7 @@ DigitalSection normalised(const DigitalSection &s) {
 
 // ---- the record ----
 
-void put(IIRCoeffs &record, Size k, const DigitalSection &s) {
+void put(IIRCoeffs &record, std::size_t k, const DigitalSection &s) {
     record.a0[k] = s.a0;
     record.a1[k] = s.a1;
     record.a2[k] = s.a2;
@@ -241,7 +242,7 @@ void put(IIRCoeffs &record, Size k, const DigitalSection &s) {
     record.b2[k] = s.b2;
 }
 
-void put(IIRCoeffs &record, Size k, const FourthOrder &f) {
+void put(IIRCoeffs &record, std::size_t k, const FourthOrder &f) {
     const auto &[a, b] = f;
     put(record, k, DigitalSection{a[0], a[1], a[2], b[0], b[1], b[2]});
     record.a3[k] = a[3];
@@ -262,7 +263,7 @@ DigitalSection single_section(const AnalogSection &s, int pass_type, double T) {
 void design_single_sections(IIRCoeffs &record, const LowPassProto &proto, int pass_type, double T) {
     AnalogSection previous{};
     DigitalSection digital{};
-    for (Size k = 0; k < within_record(proto.SectionCount); ++k) {
+    for (std::size_t k = 0; k < within_record(proto.SectionCount); ++k) {
         const AnalogSection s = analog_section(proto, k);
         if (k == 0 || !identical(s, previous)) digital = single_section(s, pass_type, T);
         put(record, k, digital);
@@ -285,14 +286,14 @@ BandSection band_section(const AnalogSection &s, const IIRDesignSpec &spec, Warp
 
 void design_band_sections(IIRCoeffs &record, const LowPassProto &proto, const IIRDesignSpec &spec, Warp warp) {
     std::array<DigitalSection, MAX_IIR_SECTIONS> sections{};
-    Size filled = 0;
+    std::size_t filled = 0;
     const auto append = [&](const DigitalSection &s) {
         if (filled < sections.size()) sections[filled++] = s;
     };
     QuarticRoots roots{};
     AnalogSection previous{};
     BandSection band{};
-    for (Size k = 0; k < within_record(proto.SectionCount); ++k) {
+    for (std::size_t k = 0; k < within_record(proto.SectionCount); ++k) {
         const AnalogSection s = analog_section(proto, k);
         if (s.first_order()) {
             append(spec.PassType == ptBandPass ? band_pass_first_order(s, warp) : notch_first_order(s, warp));
@@ -303,14 +304,14 @@ void design_band_sections(IIRCoeffs &record, const LowPassProto &proto, const II
         for (const DigitalSection &half : band.halves) append(half);
         previous = s;
     }
-    for (Size j = 0; j < within_record(spec.Proto.NumPoles); ++j) put(record, j, normalised(sections[j]));
+    for (std::size_t j = 0; j < within_record(spec.Proto.NumPoles); ++j) put(record, j, normalised(sections[j]));
 }
 
 // GainDb over n sections, the n-th root to each.
 void spread_gain(IIRCoeffs &record, int n, double gain_db) {
     if (n < 1 || gain_db == 0) return;
     const double g = std::pow(std::pow(10.0, gain_db / 20.0), 1.0 / n);
-    for (Size k = 0; k < within_record(n); ++k)
+    for (std::size_t k = 0; k < within_record(n); ++k)
         for (double *b : {record.b0, record.b1, record.b2}) b[k] *= g;
 }
 
@@ -336,11 +337,7 @@ IIRCoeffs CalcIIRFilterCoeff(IIRDesignSpec spec) {
 }
 
 void initTIIRFilter(TIIRFilter *filter, int passType, double fc, double fs) {
-    filter->Spec = {.PassType = passType,
-                    .NormCutoff = (fc + fc) / fs,
-                    .NormBandwidth = 0.1,
-                    .GainDb = 0.0,
-                    .Proto = {.Family = pfButterworth, .NumPoles = 6, .Ripple = 0.1, .StopBandDb = 60.0, .Gamma = 0.0}};
+    filter->Spec = default_request(passType, (fc + fc) / fs);
     synthesise(filter->Spec, filter->Coeffs);
     filter->Primed = 0;
 }

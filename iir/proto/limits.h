@@ -51,8 +51,8 @@ inline constexpr Range kStopBandRange = {20.0, 120.0};  // dB
 inline constexpr Range kGammaRange = {-1.0, 1.0};
 inline constexpr Range kChebyshevEpsilon = {1e-5, 0.996};  // sqrt(10^(ripple/10) - 1): ripples of 4e-10 and 2.99 dB
 
-// The largest ripple in dB of Chebyshev designs of order 16 to 20.  Their poles come close to the imaginary axis as order
-// and ripple grow.
+// The largest ripple in dB of Chebyshev designs of order 16 to 20.  Their poles come close to the imaginary axis as
+// order and ripple grow.
 inline constexpr int kFirstCappedOrder = 16;
 inline constexpr std::array<double, 5> kChebyshevMaxRipple = {0.5, 0.4, 0.25, 0.125, 0.1};
 
