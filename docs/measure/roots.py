@@ -8,7 +8,7 @@ from binding import Complexes, CplxD, Double, Doubles, Int, declare, doubles, me
 
 WRONG = 1e-3  # a larger relative error is a wrong root, not an inexact one
 TOLERANCE = 1e-9  # of roots_hold
-_CALLS = (
+CALLS = (
     (Double, "forward_error", Int, Doubles, Complexes),
     (Double, "error_against_known", Int, Complexes, Complexes),
     (Double, "error_against_cosines", Int, Complexes),
@@ -106,7 +106,7 @@ class Tally:
 
 class Finder:
     def __init__(self, library):
-        self._library, self._errors = library, declare(measuring(library), _CALLS)
+        self._library, self._errors = library, declare(measuring(library), CALLS)
         self.tallies = []
 
     def tally(self):

@@ -5,10 +5,12 @@ import textwrap
 
 import mpmath as mp
 import numpy as np
-from report import LD, exact, rms
+from binding import declare, measuring
+from roots import CALLS, TOLERANCE
+
+from .report import LD, exact, rms
 
 WRONG = 1e-3  # a root further off, relative to its modulus, is not counted as found
-TRUSTED = 1e-9  # the tolerance of the check in roots.md
 
 
 def expanded(zs, lead):
@@ -43,15 +45,6 @@ def condition(c, z):
     return float(mp.polyval([abs(x) for x in c], abs(z)) / abs(z * slope)) if abs(slope) > 1e-30 else np.inf
 
 
-def roots_hold(c, zs):
-    """The check of roots.md: each residual and the sum of the roots."""
-    for z in zs:
-        p, x = (c, z) if abs(z) <= 1 else (c[::-1], 1 / z)
-        if not abs(np.polyval(p, x)) <= TRUSTED * np.polyval(abs(p), abs(x)):
-            return False
-    return abs(sum(zs) + c[1] / c[0]) <= TRUSTED * (np.sum(abs(zs)) + abs(c[1] / c[0]))
-
-
 def forward_errors(zs, truth):
     """The distance of each exact root from the nearest that is left of those found, relative."""
     left = list(zs)
@@ -63,6 +56,7 @@ def forward_errors(zs, truth):
 
 def measured(lib, name, polynomials, truths=None, wrong=None):
     """A row: what FindRoots makes of the polynomials; those not found are appended to `wrong`."""
+    checks = declare(measuring(lib), CALLS)
     wrong, none, rejected, forward, backward, conditions = [] if wrong is None else wrong, 0, 0, [], [], []
     for index, c in enumerate(polynomials):
         c, zs = np.array(c, float), np.zeros(len(c) - 1, complex)
@@ -72,7 +66,7 @@ def measured(lib, name, polynomials, truths=None, wrong=None):
         truth = truths[index] if truths else exact_roots(c)
         zs_mp = [mp.mpc(z) for z in zs]
         errors = list(forward_errors(zs_mp, truth))
-        rejected += not roots_hold(c, zs)
+        rejected += not checks.shown_roots_hold(len(zs), c, zs, TOLERANCE)
         if max(errors) > WRONG:
             wrong.append(index)
             continue

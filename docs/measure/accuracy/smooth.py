@@ -3,7 +3,8 @@
 import mpmath as mp
 import numpy as np
 from binding import SMOOTHERS, MovingAverageOnline
-from report import LD, noise, worst_rms
+
+from .report import LD, noise, worst_rms
 
 DEGREE = {"linear": 1, "quadratic": 2, "cubic": 3}
 

@@ -1,15 +1,17 @@
-"""What the rows on differences from SciPy, NumPy and MATLAB in page.md show: ours, and theirs."""
+"""What differs from SciPy, NumPy and MATLAB: our values, and theirs."""
 
 import binding
+import cascade
 import numpy as np
 from binding import CentralDiffOnline, CplxD, MovingAverageOnline, TIIRFilter
-from iir import LOW_PASS, spec
-from kalman import tracking_model
-from matrix import householder, inverse, random_matrix
-from ode import problems, run_rkf45, run_scipy
-from report import noise
 from scipy import signal
-from spectral import transformed
+
+from .iir import spec
+from .kalman import tracking_model
+from .matrix import householder, inverse, random_matrix
+from .ode import problems, run_rkf45, run_scipy
+from .report import noise
+from .spectral import transformed
 
 
 def show(values, digits="{:.3f}"):
@@ -18,6 +20,10 @@ def show(values, digits="{:.3f}"):
 
 def db(sections):
     return f"{20 * np.log10(abs(signal.sosfreqz(sections, [np.pi * 0.2])[1][0])):.2f} dB"
+
+
+def pole_radii(sections):
+    return show(np.sqrt(sections[:, 5]), "{:.4f}")
 
 
 def width(sections):
@@ -32,14 +38,14 @@ def sections_of(coeffs):
 def names(lib):
     """What the expressions of the template may use: all names here, and calls of the library."""
 
-    def design(family, poles, kind=LOW_PASS, fc=0.2):
+    def design(family, poles, kind=cascade.LOW_PASS, fc=0.2):
         return sections_of(lib.CalcIIRFilterCoeff(spec(kind, fc, family, poles)))
 
     def pole_radius(kind, fc, bandwidth):
         sections = sections_of(lib.CalcIIRFilterCoeff(spec(kind, fc, bandwidth=bandwidth)))
         return f"{max(abs(np.roots(row[3:])).max() for row in sections):.6f}"
 
-    def default(kind=LOW_PASS):
+    def default(kind=cascade.LOW_PASS):
         f = TIIRFilter()
         lib.initTIIRFilter(f, kind, 40.0, 360.0)
         return f
@@ -78,8 +84,11 @@ def names(lib):
         zs = np.zeros(len(c) - 1, complex)
         return show(zs[: lib.FindRoots(len(zs), np.array(c, float), zs)].real, "{:g}")
 
+    def position_from_acceleration(dt):
+        return show(tracking_model(lib, 1, dt, 0, 1, 1)[0][0, 2:], "{:g}")
+
     def signs(matrix):
         return " ".join("+" if d > 0 else "-" for d in np.diag(matrix))
 
     turn, five = np.exp(2j * np.pi * np.arange(8) / 8), random_matrix(4, 5, 5, 10.0)
-    return {**globals(), **locals()}
+    return {**vars(cascade), **globals(), **locals(), "abs": abs, "slice": slice}

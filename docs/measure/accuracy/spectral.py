@@ -3,7 +3,8 @@
 import mpmath as mp
 import numpy as np
 import scipy.fft
-from report import CLD, LD, PI, exact, noise, rms, worst_rms
+
+from .report import CLD, LD, PI, exact, noise, rms, worst_rms
 
 COSINES = {  # code: the terms of a sum of cosines, of alternating sign as they are applied
     4: (0.5, -0.5),

@@ -3,7 +3,8 @@
 import mpmath as mp
 import numpy as np
 from binding import KalmanFilter
-from report import exact
+
+from .report import exact
 
 in_mpmath = np.vectorize(exact, otypes=[object])
 

@@ -3,7 +3,8 @@
 import mpmath as mp
 import numpy as np
 from binding import CplxD
-from report import EPS, rms
+
+from .report import EPS, rms
 
 
 def box(width, height):

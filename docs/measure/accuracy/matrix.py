@@ -4,7 +4,8 @@ import ctypes
 
 import numpy as np
 from binding import RMATRIX, Matrix
-from report import EPS, LD, noise, rms
+
+from .report import EPS, LD, noise, rms
 
 CONDITIONS = (1e0, 1e2, 1e6, 1e10, 1e14)
 

@@ -5,12 +5,12 @@ import ctypes
 import mpmath as mp
 import numpy as np
 from binding import IIRDesignSpec, ProtoSpec, sections_of
+from cascade import ALL_PASS, BAND_PASS, HIGH_PASS, LOW_PASS, NOTCH, Designer
 from numpy.polynomial import Polynomial, legendre
-from report import LD, cell, noise, rms, worst_rms
 from scipy import signal
 
-FAMILIES = "Butterworth,Gaussian,Bessel,Adjustable,Chebyshev,Inverse Chebyshev,Papoulis,Elliptic".split(",")
-LOW_PASS, HIGH_PASS, BAND_PASS, NOTCH, ALL_PASS = range(5)
+from .report import LD, cell, noise, rms, worst_rms
+
 RIPPLE, STOP = 0.1, 60.0
 
 
@@ -135,7 +135,7 @@ def design_error(lib, request, points):
 
 
 def designs(lib):
-    for family, name in enumerate(FAMILIES):
+    for family, name, _ in Designer(lib).families:
         yield [name, *(max(design_error(lib, spec(kind, 0.4, family, poles), 40) for poles in (3, 5, 6))
                        for kind in range(5))]
 
