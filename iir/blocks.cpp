@@ -1,4 +1,4 @@
-// Filtering by blocks, with registers that belong to the process.
+// Filtering a record that starts from rest, with registers that belong to the process.
 
 #include <algorithm>
 #include <cmath>
@@ -11,27 +11,28 @@ using namespace mensura::iir;
 
 namespace {
 
-constexpr double kBlowUp = 1e20;  // a sum beyond this wipes the registers
-constexpr double kRest = 1e-12;   // MaxRegVal after a wipe
+constexpr double kBlowUp = 1e20;            // a sum beyond this sets all registers to 0
+constexpr double kMaxRegValAtRest = 1e-12;  // MaxRegVal after that
 
 struct Registers {
     double RegX1[MAX_IIR_SECTIONS], RegX2[MAX_IIR_SECTIONS];
     double RegY1[MAX_IIR_SECTIONS], RegY2[MAX_IIR_SECTIONS];
-    double MaxRegVal;  // largest feed-forward sum or output since the last wipe
+    double MaxRegVal;  // largest feed-forward sum or output since the registers were set to 0
     int MessageShown;  // 1 after the first blow-up
 };
 constinit Registers shared{};
 
-void wipe() {
+void clear_registers() {
     for (double *registers : {shared.RegX1, shared.RegX2, shared.RegY1, shared.RegY2})
         std::fill_n(registers, MAX_IIR_SECTIONS, 0.0);
-    shared.MaxRegVal = kRest;
+    shared.MaxRegVal = kMaxRegValAtRest;
 }
 
-void start_section(bool start_of_block) {
+// Comes before every section call.
+void start_section(bool starts_record) {
     const bool blown_up = shared.MaxRegVal > kBlowUp;
     if (blown_up) shared.MessageShown = 1;
-    if (blown_up || start_of_block) wipe();
+    if (blown_up || starts_record) clear_registers();
 }
 
 double run_guarded(const IIRCoeffs &c, std::size_t k, double x) {
@@ -41,8 +42,8 @@ double run_guarded(const IIRCoeffs &c, std::size_t k, double x) {
     return y;
 }
 
-// Every section call looks whether the call before blew up.
-void run_piece_guarded(const IIRCoeffs &c, const double *in, double *out, std::size_t n) {
+// Sample by sample: each section call first checks whether the call before it blew up.
+void run_block_guarded(const IIRCoeffs &c, const double *in, double *out, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
         double u = in[i];
         for (std::size_t k = 0; k < sections_to_run(c); ++k) {
@@ -53,16 +54,17 @@ void run_piece_guarded(const IIRCoeffs &c, const double *in, double *out, std::s
     }
 }
 
-// The same where nothing blows up, which only shows afterwards; then the piece has to be run again.
-void run_piece(const IIRCoeffs &c, const double *in, double *out, std::size_t n) {
+// A block without the checks.  If the peak shows afterwards that a section has blown up, the block is run again with
+// them, from copies of its input and of the registers.
+void run_block(const IIRCoeffs &c, const double *in, double *out, std::size_t n) {
     const Registers before = shared;
-    double input[kPiece];
+    double input[kBlockSize];
     std::copy_n(in, n, input);
     const double peak = run_samples(c, sections_to_run(c), arrays_of(shared), in, out, n, 1);
     shared.MaxRegVal = std::max(shared.MaxRegVal, peak);
     if (shared.MaxRegVal <= kBlowUp) return;
     shared = before;
-    run_piece_guarded(c, input, out, n);
+    run_block_guarded(c, input, out, n);
 }
 
 }  // namespace
@@ -77,5 +79,6 @@ void FilterWithIIR(const double *x, double *out, int n, IIRCoeffs coeffs) {
     if (n < 1) return;
     start_section(true);
     const auto size = static_cast<std::size_t>(n);
-    for (std::size_t i = 0; i < size; i += kPiece) run_piece(coeffs, x + i, out + i, std::min(kPiece, size - i));
+    for (std::size_t i = 0; i < size; i += kBlockSize)
+        run_block(coeffs, x + i, out + i, std::min(kBlockSize, size - i));
 }

@@ -1,4 +1,4 @@
-// A cascade over many samples at once.
+// A cascade over many samples.
 #pragma once
 
 #include <mensura/iir.h>
@@ -9,7 +9,7 @@
 
 namespace mensura::iir {
 
-// The registers of a cascade, wherever they are kept.
+// The registers of a cascade, in whichever record they are.
 struct RegisterArrays {
     double *RegX1, *RegX2, *RegY1, *RegY2;
 };
@@ -19,15 +19,15 @@ RegisterArrays arrays_of(Registers &r) {
     return {r.RegX1, r.RegX2, r.RegY1, r.RegY2};
 }
 
-// Samples to run at once: every group of sections then finds its input in the cache.
-inline constexpr std::size_t kPiece = 512;
+// Samples of a block: a record is run block by block, so that every group of sections finds its input in the cache.
+inline constexpr std::size_t kBlockSize = 512;
 
-// Runs n samples in[0], in[step], in[2 step], ... through a cascade of 1 .. 50 sections; out[0], out[step], ... receive
-// its outputs, and may be the input, but not part of it.  Outputs and registers have the bits that run_sections gives,
-// sample by sample.  Returns the largest magnitude of all feed-forward sums and outputs, NaN left out; 0 if there are
-// none.
+// Runs n samples in[0], in[stride], in[2 stride], ... through a cascade of 1 .. 50 sections; out[0], out[stride], ...
+// receive its outputs.  out is in or does not overlap it.  Outputs and registers have the bits that run_sections gives,
+// sample by sample.  Returns the largest magnitude of all feed-forward sums and outputs, leaving NaN out; 0 if all are
+// NaN.
 using RunSamples = double(const IIRCoeffs &c, std::size_t sections, const RegisterArrays &r, const double *in,
-                          double *out, std::size_t n, std::ptrdiff_t step);
+                          double *out, std::size_t n, std::ptrdiff_t stride);
 MENSURA_KERNEL(RunSamples, run_samples);
 
 }  // namespace mensura::iir

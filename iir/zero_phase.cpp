@@ -16,44 +16,51 @@ using namespace mensura::iir;
 
 namespace {
 
-constexpr double kSafety = 15.0;  // cut-off over the highest frequency that counts as signal
+constexpr double kCutoffOverSignal = 15.0;  // the automatic cut-off over the highest frequency that counts as signal
 
-constexpr std::ptrdiff_t kForwards = 1, kBackwards = -1;
+constexpr std::ptrdiff_t kForwards = 1, kBackwards = -1;  // strides
 
-// As IIRFilter, sample by sample; in pieces, so that all sections of a long cascade find their input in the cache.
-void run_record(TIIRFilter &f, const double *in, double *out, std::size_t n, std::ptrdiff_t step) {
+// As IIRFilter, sample by sample, along the stride.
+void run_record(TIIRFilter &f, const double *in, double *out, std::size_t n, std::ptrdiff_t stride) {
     if (f.Primed == 0) prime(f, *in);
-    for (std::size_t i = 0; i < n; i += kPiece) {
-        const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(i) * step;
-        run_samples(f.Coeffs, sections_to_run(f.Coeffs), arrays_of(f), in + at, out + at, std::min(kPiece, n - i),
-                    step);
+    for (std::size_t i = 0; i < n; i += kBlockSize) {
+        const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(i) * stride;
+        run_samples(f.Coeffs, sections_to_run(f.Coeffs), arrays_of(f), in + at, out + at, std::min(kBlockSize, n - i),
+                    stride);
     }
 }
 
-// The cut-off that the spectrum of a record suggests; prints how it came about.  Nothing when there is no memory.
-std::optional<double> find_cutoff(const double *data, int n, double fs, double ratio) {
-    const int half = n / 2;
-    const auto points = static_cast<std::size_t>(std::max(n, 1)), bins = static_cast<std::size_t>(std::max(half, 1));
+// The magnitudes of bins 0 .. n / 2 - 1, not divided by n, because only their ratios matter; null without memory.
+mensura::Scratch<double> magnitudes(const double *data, int n) {
+    const auto points = static_cast<std::size_t>(std::max(n, 1)), bins = static_cast<std::size_t>(std::max(n / 2, 0));
     const auto re = mensura::scratch<double>(points), im = mensura::scratch<double>(points);
-    const auto magnitude = mensura::scratch<double>(bins);
-    if (!re || !im || !magnitude) return std::nullopt;
+    auto magnitude = mensura::scratch<double>(std::max<std::size_t>(bins, 1));
+    if (!re || !im || !magnitude) return nullptr;
     std::copy_n(data, std::max(n, 0), re.get());
     std::fill_n(im.get(), points, 0.0);
-    if (!mensura::spectral::dft(re.get(), im.get(), n, 1)) return std::nullopt;  // not divided by n: only ratios matter
+    if (!mensura::spectral::dft(re.get(), im.get(), n, 1)) return nullptr;
+    for (std::size_t k = 0; k < bins; ++k) magnitude[k] = CplxDCabs({re[k], im[k]});
+    return magnitude;
+}
+
+// The cut-off that dataZeroPhaseFilter finds in the spectrum of a record; prints the line that its header describes.
+// Nothing when there is no memory.
+std::optional<double> find_cutoff(const double *data, int n, double fs, double ratio) {
+    const auto magnitude = magnitudes(data, n);
+    if (!magnitude) return std::nullopt;
+    const auto at = [&](int k) { return magnitude[static_cast<std::size_t>(k)]; };
 
     int peak = 0;
     double largest = 0.0;
-    for (int i = 0; i < half; ++i) {
-        const auto k = static_cast<std::size_t>(i);
-        magnitude[k] = CplxDCabs({re[k], im[k]});
-        if (i == 0 || !(magnitude[k] > largest)) continue;  // DC is no signal
-        largest = magnitude[k];
-        peak = i;
+    for (int k = 1; k < n / 2; ++k) {  // DC is no signal
+        if (!(at(k) > largest)) continue;
+        largest = at(k);
+        peak = k;
     }
-    int last = half - 1;
-    while (last >= peak && magnitude[static_cast<std::size_t>(last)] <= ratio * largest) --last;
+    int last = n / 2 - 1;
+    while (last >= peak && at(last) <= ratio * largest) --last;
     std::printf("%f,%d,%d,%d\n", fs, last, n, peak);
-    return last * fs / (n - 1.0) * kSafety;
+    return last * fs / (n - 1.0) * kCutoffOverSignal;
 }
 
 }  // namespace

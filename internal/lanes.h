@@ -17,6 +17,27 @@
 
 namespace mensura {
 
+// ---- Two doubles ----
+
+using Pair = double __attribute__((vector_size(16)));
+
+LANES_INLINE Pair load_pair(const double *p) {
+    Pair v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+LANES_INLINE void store(double *p, Pair v) { std::memcpy(p, &v, sizeof v); }
+
+// The first doubles of two pairs, and the second ones: together, the transposition of a 2 x 2 matrix.
+LANES_INLINE Pair firsts(Pair a, Pair b) { return __builtin_shufflevector(a, b, 0, 2); }
+LANES_INLINE Pair seconds(Pair a, Pair b) { return __builtin_shufflevector(a, b, 1, 3); }
+
+// Double by double, a where it is larger than b; b also where either is NaN.
+LANES_INLINE Pair larger(Pair a, Pair b) { return a > b ? a : b; }
+
+// ---- Four doubles ----
+
 using Lanes = double __attribute__((vector_size(32)));
 using LaneBits = std::int64_t __attribute__((vector_size(32)));  // as comparisons give them: -1 where true, 0 elsewhere
 inline constexpr std::size_t kLanes = 4;
@@ -40,33 +61,27 @@ LANES_INLINE void stream(double *p, Lanes v) {
 
 LANES_INLINE Lanes all(double x) { return Lanes{x, x, x, x}; }
 
+LANES_INLINE Pair lower_half(Lanes v) { return __builtin_shufflevector(v, v, 0, 1); }
+LANES_INLINE Pair upper_half(Lanes v) { return __builtin_shufflevector(v, v, 2, 3); }
+LANES_INLINE Lanes joined(Pair lower, Pair upper) { return __builtin_shufflevector(lower, upper, 0, 1, 2, 3); }
+
 LANES_INLINE Lanes magnitude(Lanes v) {
     return reinterpret_cast<Lanes>(reinterpret_cast<LaneBits>(v) & INT64_MAX);  // without the sign bit
 }
 
-// Lane by lane, a where it is larger than b; b also where either is NaN.
-LANES_INLINE Lanes larger(Lanes a, Lanes b) { return a > b ? a : b; }
+// As for pairs.
+LANES_INLINE Lanes larger(Lanes a, Lanes b) {
+#ifdef __AVX__
+    return a > b ? a : b;
+#else  // g++ 12 would choose double by double
+    return joined(larger(lower_half(a), lower_half(b)), larger(upper_half(a), upper_half(b)));
+#endif
+}
 
 LANES_INLINE double largest_of(Lanes v) {
     const double a = v[0] > v[1] ? v[0] : v[1], b = v[2] > v[3] ? v[2] : v[3];
     return a > b ? a : b;
 }
-
-// ---- Two doubles ----
-
-using Pair = double __attribute__((vector_size(16)));
-
-LANES_INLINE Pair load_pair(const double *p) {
-    Pair v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
-
-LANES_INLINE void store(double *p, Pair v) { std::memcpy(p, &v, sizeof v); }
-
-// The first doubles of two pairs, and the second ones: together, the transposition of a 2 x 2 matrix.
-LANES_INLINE Pair firsts(Pair a, Pair b) { return __builtin_shufflevector(a, b, 0, 2); }
-LANES_INLINE Pair seconds(Pair a, Pair b) { return __builtin_shufflevector(a, b, 1, 3); }
 
 // ---- Four complex numbers: a cache line ----
 

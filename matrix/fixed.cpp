@@ -10,7 +10,6 @@
 
 using namespace mensura;
 using namespace mensura::matrix;
-using Size = std::size_t;
 
 namespace {
 
@@ -18,9 +17,11 @@ RecordRows<const double> rows_of(const RMATRIX *m) { return {m->data}; }
 RecordRows<double> rows_of(RMATRIX *m) { return {m->data}; }
 
 // The part of the corner that lies in the record: sizes are stored unchecked.
-Size within(int size) { return static_cast<Size>(std::clamp(size, 0, static_cast<int>(RMATRIX_CAPACITY))); }
+std::size_t within(int size) {
+    return static_cast<std::size_t>(std::clamp(size, 0, static_cast<int>(RMATRIX_CAPACITY)));
+}
 
-Size size(int checked) { return static_cast<Size>(checked); }
+std::size_t size(int checked) { return static_cast<std::size_t>(checked); }
 
 bool fits(int size) { return size >= 1 && size <= RMATRIX_CAPACITY; }
 bool is_operand(const RMATRIX *m) { return m != nullptr && fits(m->rows) && fits(m->cols); }
@@ -37,8 +38,8 @@ RMATRIX *fail(RMATRIX *out) {
 
 // to = operation(x, y), element by element.  Rows are short: no call for each.
 template <typename Operation>
-LANES_INLINE void transform_row(double *to, const double *x, const double *y, Size n, Operation operation) {
-    Size j = 0;
+LANES_INLINE void transform_row(double *to, const double *x, const double *y, std::size_t n, Operation operation) {
+    std::size_t j = 0;
     for (; j + kLanes <= n; j += kLanes) store(to + j, operation(load(x + j), load(y + j)));
     for (; j < n; ++j) to[j] = operation(x[j], y[j]);
 }
@@ -46,8 +47,8 @@ LANES_INLINE void transform_row(double *to, const double *x, const double *y, Si
 // Row i comes from row_of(i).
 template <typename RowOf>
 void copy_rows(RMATRIX *out, RowOf row_of) {
-    const Size cols = within(out->cols), rows = cols == 0 ? 0 : within(out->rows);
-    for (Size i = 0; i < rows; ++i) {
+    const std::size_t cols = within(out->cols), rows = cols == 0 ? 0 : within(out->rows);
+    for (std::size_t i = 0; i < rows; ++i) {
         const double *from = row_of(i);
         transform_row(rows_of(out).row(i), from, from, cols, [](auto x, auto) LANES_LAMBDA { return x; });
     }
@@ -67,8 +68,8 @@ RMATRIX *element_wise(const RMATRIX *a, const RMATRIX *b, RMATRIX *out, Operatio
     if (!is_operand(a) || !is_operand(b) || out == nullptr || a->rows != b->rows || a->cols != b->cols)
         return fail(out);
     set_size(out, a->rows, a->cols);
-    const Size rows = size(out->rows), cols = size(out->cols);
-    for (Size i = 0; i < rows; ++i)
+    const std::size_t rows = size(out->rows), cols = size(out->cols);
+    for (std::size_t i = 0; i < rows; ++i)
         transform_row(rows_of(out).row(i), rows_of(a).row(i), rows_of(b).row(i), cols, operation);
     return out;
 }
@@ -78,29 +79,29 @@ RMATRIX *element_wise(const RMATRIX *a, const RMATRIX *b, RMATRIX *out, Operatio
 void initRMATRIX(RMATRIX *m, int rows, int cols) {
     if (m == nullptr) return;
     set_size(m, rows, cols);
-    for (Size i = 0; i < within(rows); ++i) std::fill_n(rows_of(m).row(i), within(cols), 0.0);
+    for (std::size_t i = 0; i < within(rows); ++i) std::fill_n(rows_of(m).row(i), within(cols), 0.0);
 }
 
 void initRMATRIX_identity(RMATRIX *m, int rows, int cols) {
     if (m == nullptr) return;
     initRMATRIX(m, rows, cols);
-    for (Size i = 0; i < within(std::min(rows, cols)); ++i) rows_of(m).row(i)[i] = 1.0;
+    for (std::size_t i = 0; i < within(std::min(rows, cols)); ++i) rows_of(m).row(i)[i] = 1.0;
 }
 
 void copyRMATRIX(const RMATRIX *src, RMATRIX *dst) {
     if (src == nullptr || dst == nullptr || src == dst) return;
     set_size(dst, src->rows, src->cols);
-    copy_rows(dst, [&](Size i) { return rows_of(src).row(i); });
+    copy_rows(dst, [&](std::size_t i) { return rows_of(src).row(i); });
 }
 
 int isEmptyRMATRIX(const RMATRIX *m) { return m == nullptr || m->rows < 1 || m->cols < 1; }
 
 RMATRIX *setRMATRIX_ptr(const double *a, int rows, int cols, RMATRIX *out) {
-    return set(a != nullptr, rows, cols, out, [&](Size i) { return a + i * static_cast<Size>(cols); });
+    return set(a != nullptr, rows, cols, out, [&](std::size_t i) { return a + i * static_cast<std::size_t>(cols); });
 }
 
 RMATRIX *setRMATRIX1_ptr(const double *const *a, int rows, int cols, RMATRIX *out) {
-    return set(a != nullptr, rows, cols, out, [&](Size i) { return a[i]; });
+    return set(a != nullptr, rows, cols, out, [&](std::size_t i) { return a[i]; });
 }
 
 RMATRIX *rmatrix_add_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
@@ -121,9 +122,9 @@ RMATRIX *rmatrix_multi_ptr(const RMATRIX *a, const RMATRIX *b, RMATRIX *out) {
 RMATRIX *rmatrix_transpose_ptr(const RMATRIX *a, RMATRIX *out) {
     if (!is_operand(a) || out == nullptr) return fail(out);
     set_size(out, a->cols, a->rows);
-    const Size rows = size(a->rows), cols = size(a->cols);
-    for (Size i = 0; i < rows; ++i)
-        for (Size j = 0; j < cols; ++j) rows_of(out).row(j)[i] = rows_of(a).row(i)[j];
+    const std::size_t rows = size(a->rows), cols = size(a->cols);
+    for (std::size_t i = 0; i < rows; ++i)
+        for (std::size_t j = 0; j < cols; ++j) rows_of(out).row(j)[i] = rows_of(a).row(i)[j];
     return out;
 }
 
@@ -139,7 +140,7 @@ double *rmatrix_to_vector(RMATRIX *m, double *vec) {
     if (m == nullptr || m->rows < 1 || m->cols < 1 || (m->rows > 1 && m->cols > 1)) return nullptr;
     if (vec == nullptr) vec = m->data;  // a column is packed upwards, a row lies there already
     if (m->cols == 1)
-        for (Size i = 0; i < within(m->rows); ++i) vec[i] = rows_of(m).row(i)[0];
+        for (std::size_t i = 0; i < within(m->rows); ++i) vec[i] = rows_of(m).row(i)[0];
     else if (vec != m->data)
         std::copy_n(m->data, within(m->cols), vec);
     return vec;

@@ -11,16 +11,15 @@
 #include "product_kernel.h"
 
 using namespace mensura::matrix;
-using Size = std::size_t;
 
 namespace {
 
-Size count(int n) { return static_cast<Size>(std::max(n, 0)); }
+std::size_t count(int n) { return static_cast<std::size_t>(std::max(n, 0)); }
 
 // calloc's zeros are doubles of +0.0.  A length of 0 gets memory too, so that null means failure.
 template <typename T>
-T *zeros(Size length) {
-    return static_cast<T *>(std::calloc(std::max<Size>(length, 1), sizeof(T)));
+T *zeros(std::size_t length) {
+    return static_cast<T *>(std::calloc(std::max<std::size_t>(length, 1), sizeof(T)));
 }
 
 }  // namespace
@@ -30,7 +29,7 @@ Matrix *matrix_new(int m, int n) {
     if (!x) return nullptr;
     *x = {std::max(m, 0), std::max(n, 0), zeros<double *>(count(m))};
     if (x->v == nullptr) return nullptr;
-    for (Size i = 0; i < count(m); ++i)
+    for (std::size_t i = 0; i < count(m); ++i)
         if ((x->v[i] = zeros<double>(count(n))) == nullptr) return nullptr;
     return x.release();
 }
@@ -38,7 +37,7 @@ Matrix *matrix_new(int m, int n) {
 void matrix_delete(Matrix *x) {
     if (x == nullptr) return;
     if (x->v != nullptr)
-        for (Size i = 0; i < count(x->m); ++i) std::free(x->v[i]);
+        for (std::size_t i = 0; i < count(x->m); ++i) std::free(x->v[i]);
     std::free(x->v);
     std::free(x);
 }
@@ -46,14 +45,14 @@ void matrix_delete(Matrix *x) {
 Matrix *matrix_copy(int n, double *const *rows, int m) {
     Matrix *x = matrix_new(m, n);
     if (x != nullptr)
-        for (Size i = 0; i < count(m); ++i) std::copy_n(rows[i], count(n), x->v[i]);
+        for (std::size_t i = 0; i < count(m); ++i) std::copy_n(rows[i], count(n), x->v[i]);
     return x;
 }
 
 void matrix_transpose(Matrix *x) {
     if (x->n < x->m) return;
-    for (Size i = 1; i < count(x->m); ++i)
-        for (Size j = 0; j < i; ++j) std::swap(x->v[i][j], x->v[j][i]);
+    for (std::size_t i = 1; i < count(x->m); ++i)
+        for (std::size_t j = 0; j < i; ++j) std::swap(x->v[i][j], x->v[j][i]);
 }
 
 Matrix *matrix_mul(const Matrix *x, const Matrix *y) {
@@ -66,10 +65,10 @@ Matrix *matrix_mul(const Matrix *x, const Matrix *y) {
 Matrix *matrix_minor(const Matrix *x, int d) {
     Matrix *minor = matrix_new(x->m, x->n);
     if (minor == nullptr) return nullptr;
-    const Size first = count(d), rows = count(x->m), cols = count(x->n);
-    for (Size i = 0; i < std::min({first, rows, cols}); ++i) minor->v[i][i] = 1.0;
-    for (Size i = first; i < rows; ++i)
-        for (Size j = first; j < cols; ++j) minor->v[i][j] = x->v[i][j];
+    const std::size_t first = count(d), rows = count(x->m), cols = count(x->n);
+    for (std::size_t i = 0; i < std::min({first, rows, cols}); ++i) minor->v[i][i] = 1.0;
+    for (std::size_t i = first; i < rows; ++i)
+        for (std::size_t j = first; j < cols; ++j) minor->v[i][j] = x->v[i][j];
     return minor;
 }
 
@@ -81,8 +80,8 @@ double *vmadd(const double *a, const double *b, double s, double *c, int n) {
 Matrix *vmul(const double *v, int n) {
     Matrix *reflector = matrix_new(n, n);
     if (reflector == nullptr) return nullptr;
-    for (Size i = 0; i < count(n); ++i) {
-        for (Size j = 0; j < count(n); ++j) reflector->v[i][j] = -2.0 * v[i] * v[j];
+    for (std::size_t i = 0; i < count(n); ++i) {
+        for (std::size_t j = 0; j < count(n); ++j) reflector->v[i][j] = -2.0 * v[i] * v[j];
         reflector->v[i][i] += 1.0;
     }
     return reflector;
@@ -101,15 +100,15 @@ double *vdiv(const double *x, double d, double *y, int n) {
 
 double *mcol(const Matrix *x, double *out, int c) {
     if (c >= 0 && c < x->n)
-        for (Size i = 0; i < count(x->m); ++i) out[i] = x->v[i][c];
+        for (std::size_t i = 0; i < count(x->m); ++i) out[i] = x->v[i][c];
     return out;
 }
 
 int matrix_show(const Matrix *x) {
     std::FILE *file = std::fopen("dataQR.txt", "w");
     if (file == nullptr) return EOF;
-    for (Size i = 0; i < count(x->m); ++i) {
-        for (Size j = 0; j < count(x->n); ++j) std::fprintf(file, "%.15f,", x->v[i][j]);
+    for (std::size_t i = 0; i < count(x->m); ++i) {
+        for (std::size_t j = 0; j < count(x->n); ++j) std::fprintf(file, "%.15f,", x->v[i][j]);
         std::fputc('\n', file);
     }
     for (int i = 0; i < 20; ++i) std::fputc('\n', file);

@@ -12,7 +12,6 @@
 #include "product_kernel.h"
 
 using namespace mensura::matrix;
-using Size = std::size_t;
 
 namespace {
 
@@ -20,7 +19,8 @@ constexpr double kNothingLeft = 1e-10;  // length and elements below which there
 
 // Makes the v that reflects column x onto a multiple of axis k.  Where that leaves nothing to reflect, v is the first
 // axis along which x has next to nothing, and that axis is returned.
-std::optional<Size> reflect_onto_axis(std::span<const double> x, Size k, double diagonal, std::span<double> v) {
+std::optional<std::size_t> reflect_onto_axis(std::span<const double> x, std::size_t k, double diagonal,
+                                             std::span<double> v) {
     const int n = static_cast<int>(x.size());
     double a = vnorm(x.data(), n);
     if (diagonal > 0.0) a = -a;
@@ -33,24 +33,24 @@ std::optional<Size> reflect_onto_axis(std::span<const double> x, Size k, double 
     }
     const auto tiny = std::ranges::find_if(x, [](double element) { return std::fabs(element) < kNothingLeft; });
     if (tiny == x.end()) return std::nullopt;
-    const auto axis = static_cast<Size>(tiny - x.begin());
+    const auto axis = static_cast<std::size_t>(tiny - x.begin());
     std::ranges::fill(v, 0.0);
     v[axis] = 1.0;
     return axis;
 }
 
-Size steps_of(const Matrix &x) { return static_cast<Size>(std::min(x.n, x.m - 1)); }
+std::size_t steps_of(const Matrix &x) { return static_cast<std::size_t>(std::min(x.n, x.m - 1)); }
 
 // ---- Any data, with every term: NaN and infinity go where the full products take them ----
 
 // H_last ... H_0, or null without memory.
 MatrixOwner reflect_in_full(const Matrix &x) {
-    const auto rows = static_cast<Size>(x.m);
+    const auto rows = static_cast<std::size_t>(x.m);
     const auto vectors = mensura::scratch<double>(2 * rows);
     if (!vectors) return nullptr;
     const std::span column(vectors.get(), rows), v(vectors.get() + rows, rows);
     MatrixOwner z, product;
-    for (Size k = 0; k < steps_of(x); ++k) {
+    for (std::size_t k = 0; k < steps_of(x); ++k) {
         const MatrixOwner minor{matrix_minor(z ? z.get() : &x, static_cast<int>(k))};
         if (!minor) return nullptr;
         mcol(minor.get(), column.data(), static_cast<int>(k));
@@ -73,8 +73,8 @@ MatrixOwner reflect_in_full(const Matrix &x) {
 class FiniteReflections {
   public:
     explicit FiniteReflections(const Matrix &x)
-        : rows_(static_cast<Size>(x.m)),
-          cols_(static_cast<Size>(x.n)),
+        : rows_(static_cast<std::size_t>(x.m)),
+          cols_(static_cast<std::size_t>(x.n)),
           h_(matrix_new(x.m, x.m)),
           product_(matrix_new(x.m, x.m)),
           next_product_(matrix_new(x.m, x.m)),
@@ -87,10 +87,10 @@ class FiniteReflections {
     // H_last ... H_0 into the rows of `result`; false when a number is not finite.
     bool run(const Matrix &x, Matrix &result) {
         const std::span column(vectors_.get(), rows_), v(vectors_.get() + rows_, rows_);
-        const Size steps = steps_of(x);
-        for (Size k = 0; k < steps; ++k) {
-            for (Size i = 0; i < rows_; ++i) column[i] = i < k ? 0.0 : z_->v[i][k];
-            const std::optional<Size> axis = reflect_onto_axis(column, k, x.v[k][k], v);
+        const std::size_t steps = steps_of(x);
+        for (std::size_t k = 0; k < steps; ++k) {
+            for (std::size_t i = 0; i < rows_; ++i) column[i] = i < k ? 0.0 : z_->v[i][k];
+            const std::optional<std::size_t> axis = reflect_onto_axis(column, k, x.v[k][k], v);
             if (!is_finite(v.data(), rows_) || !rest_is_finite(k)) return false;
             if (k == 0 || !axis) fill_reflector(v, k);
             if (k == 0) start_product(steps == 1);
@@ -100,57 +100,57 @@ class FiniteReflections {
             if (!axis && k + 1 < steps) reflect_rest(k);
             if (axis && *axis >= k) change_sign(z_->v[*axis], cols_);
         }
-        for (Size i = steps; i < rows_; ++i) std::swap(result.v[i], product_->v[i]);
+        for (std::size_t i = steps; i < rows_; ++i) std::swap(result.v[i], product_->v[i]);
         return true;
     }
 
   private:
-    static bool is_finite(const double *x, Size n) {
+    static bool is_finite(const double *x, std::size_t n) {
         bool finite = true;
-        for (Size i = 0; i < n; ++i) finite &= std::isfinite(x[i]);
+        for (std::size_t i = 0; i < n; ++i) finite &= std::isfinite(x[i]);
         return finite;
     }
 
-    [[nodiscard]] bool rest_is_finite(Size k) const {
+    [[nodiscard]] bool rest_is_finite(std::size_t k) const {
         bool finite = true;
-        for (Size i = k; i < rows_; ++i) finite &= is_finite(z_->v[i] + k, cols_ - k);
+        for (std::size_t i = k; i < rows_; ++i) finite &= is_finite(z_->v[i] + k, cols_ - k);
         return finite;
     }
 
     // H from row and column k on.
-    void fill_reflector(std::span<const double> v, Size k) {
-        for (Size i = k; i < rows_; ++i) {
+    void fill_reflector(std::span<const double> v, std::size_t k) {
+        for (std::size_t i = k; i < rows_; ++i) {
             double *const row = h_->v[i];
             std::ranges::transform(v.subspan(k), row + k, [twice = -2.0 * v[i]](double vj) { return twice * vj; });
             row[i] += 1.0;
         }
     }
 
-    static void change_sign(double *row, Size n) {
-        for (Size j = 0; j < n; ++j) row[j] = 0.0 - row[j];
+    static void change_sign(double *row, std::size_t n) {
+        for (std::size_t j = 0; j < n; ++j) row[j] = 0.0 - row[j];
     }
 
     // H_0, with +0.0 for -0 if another reflection follows.
     void start_product(bool alone) {
         const double zero = alone ? -0.0 : 0.0;
-        for (Size i = 0; i < rows_; ++i)
-            for (Size j = 0; j < rows_; ++j) product_->v[i][j] = h_->v[i][j] + zero;
+        for (std::size_t i = 0; i < rows_; ++i)
+            for (std::size_t j = 0; j < rows_; ++j) product_->v[i][j] = h_->v[i][j] + zero;
     }
 
-    void reflect_product(Size k) {
-        const Size left = rows_ - k;
+    void reflect_product(std::size_t k) {
+        const std::size_t left = rows_ - k;
         multiply_rows({h_->v + k, k}, {product_->v + k}, {next_product_->v + k}, left, left, rows_);
         std::swap(product_, next_product_);
     }
 
     // What the next step needs of z: without row and column k.
-    void reflect_rest(Size k) {
-        const Size n = k + 1;
+    void reflect_rest(std::size_t k) {
+        const std::size_t n = k + 1;
         multiply_rows({h_->v + n, k}, {z_->v + k, n}, {next_z_->v + n, n}, rows_ - n, rows_ - k, cols_ - n);
         std::swap(z_, next_z_);
     }
 
-    Size rows_, cols_;
+    std::size_t rows_, cols_;
     MatrixOwner h_;
     MatrixOwner product_, next_product_;  // of the reflections: rows from k on
     MatrixOwner z_, next_z_;              // what is left of x: rows and columns from k on

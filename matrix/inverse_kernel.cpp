@@ -18,16 +18,14 @@
 namespace mensura::matrix::MENSURA_TARGET {
 namespace {
 
-using Size = std::size_t;
-
-constexpr Size kSteps = 8;       // a block
-constexpr Size kUnblocked = 16;  // largest matrix that is one block
-constexpr Size kStride = (RMATRIX_CAPACITY + kSteps - 1) / kSteps * kSteps;
+constexpr std::size_t kSteps = 8;       // a block
+constexpr std::size_t kUnblocked = 16;  // largest matrix that is one block
+constexpr std::size_t kStride = (RMATRIX_CAPACITY + kSteps - 1) / kSteps * kSteps;
 
 // Element (i, j) is b[i][pad + j]: columns are right-aligned, so that every block after the first starts at a lane.
 struct Elimination {
-    Size n, pad, end;                           // end = pad + n, a multiple of kSteps
-    Size step_row[kStride], step_col[kStride];  // where the pivot of each step was found
+    std::size_t n, pad, end;                           // end = pad + n, a multiple of kSteps
+    std::size_t step_row[kStride], step_col[kStride];  // where the pivot of each step was found
     alignas(64) double b[RMATRIX_CAPACITY][kStride];
     alignas(64) double m[kSteps][kStride];  // of this block's steps (all of the first share slot 0): m(i) at pad + i
     alignas(64) double q[kSteps][kStride];  // and q(j) at pad + j
@@ -35,31 +33,36 @@ struct Elimination {
 
 struct Pivot {
     double size = 0.0;
-    Size row, col;
+    std::size_t row, col;
 };
 
 // Which of the four columns at j on are column `col`, and which lie behind it.
-LANES_INLINE LaneBits columns_from(Size j) { return LaneBits{0, 1, 2, 3} + static_cast<std::int64_t>(j); }
-LANES_INLINE LaneBits is_column(Size col, Size j) { return columns_from(j) == static_cast<std::int64_t>(col); }
-LANES_INLINE LaneBits is_behind(Size col, Size j) { return columns_from(j) > static_cast<std::int64_t>(col); }
+LANES_INLINE LaneBits columns_from(std::size_t j) { return LaneBits{0, 1, 2, 3} + static_cast<std::int64_t>(j); }
+LANES_INLINE LaneBits is_column(std::size_t col, std::size_t j) {
+    return columns_from(j) == static_cast<std::int64_t>(col);
+}
+LANES_INLINE LaneBits is_behind(std::size_t col, std::size_t j) {
+    return columns_from(j) > static_cast<std::int64_t>(col);
+}
 
 LANES_INLINE Lanes updated(Lanes b, const double *q, double m) { return b - all(m) * load(q); }
 
 // A row's elements from column `from`, at a lane, on.
-LANES_INLINE void update(double *row, const double *q, double m, Size from, Size to) {
-    for (Size j = from; j < to; j += kLanes) store(row + j, updated(load(row + j), q + j, m));
+LANES_INLINE void update(double *row, const double *q, double m, std::size_t from, std::size_t to) {
+    for (std::size_t j = from; j < to; j += kLanes) store(row + j, updated(load(row + j), q + j, m));
 }
 
 // The same around column col, where -0.0 - m q = -p m; the largest magnitudes behind it if they are searched for.
 template <bool kSearch>
-LANES_INLINE Lanes update_around(double *row, const double *q, double m, Size from, Size col, Size end) {
-    const Size at = col / kLanes * kLanes;
+LANES_INLINE Lanes update_around(double *row, const double *q, double m, std::size_t from, std::size_t col,
+                                 std::size_t end) {
+    const std::size_t at = col / kLanes * kLanes;
     update(row, q, m, from, at);
     const Lanes v = updated(is_column(col, at) ? all(-0.0) : load(row + at), q + at, m);
     store(row + at, v);
     Lanes largest = {};
     if constexpr (kSearch) largest = is_behind(col, at) ? larger(magnitude(v), largest) : largest;
-    for (Size j = at + kLanes; j < end; j += kLanes) {
+    for (std::size_t j = at + kLanes; j < end; j += kLanes) {
         const Lanes w = updated(load(row + j), q + j, m);
         store(row + j, w);
         if constexpr (kSearch) largest = larger(magnitude(w), largest);
@@ -67,7 +70,7 @@ LANES_INLINE Lanes update_around(double *row, const double *q, double m, Size fr
     return largest;
 }
 
-LANES_INLINE void consider(Pivot &pivot, Lanes largest, Size row) {
+LANES_INLINE void consider(Pivot &pivot, Lanes largest, std::size_t row) {
     const double size = largest_of(largest);
     if (size > pivot.size) {
         pivot.size = size;
@@ -77,7 +80,7 @@ LANES_INLINE void consider(Pivot &pivot, Lanes largest, Size row) {
 
 LANES_INLINE double absolute(double x) { return x < 0 ? -x : x; }
 
-LANES_INLINE void find_column(const Elimination &e, Pivot &pivot, Size first) {
+LANES_INLINE void find_column(const Elimination &e, Pivot &pivot, std::size_t first) {
     if (pivot.size == 0.0) return;
     const double *row = e.b[pivot.row] + e.pad;
     pivot.col = first;
@@ -86,13 +89,13 @@ LANES_INLINE void find_column(const Elimination &e, Pivot &pivot, Size first) {
 
 LANES_INLINE Pivot copy_and_search(Elimination &e, RecordRows<const double> a) {
     Pivot pivot{0.0, 0, 0};
-    for (Size i = 0; i < e.n; ++i) {
+    for (std::size_t i = 0; i < e.n; ++i) {
         const double *from = a.row(i);
         double *to = e.b[i];
-        for (Size j = 0; j < e.pad; ++j) to[j] = 0.0;
+        for (std::size_t j = 0; j < e.pad; ++j) to[j] = 0.0;
         to += e.pad;
         Lanes largest = {};
-        Size j = 0;
+        std::size_t j = 0;
         for (; j + kLanes <= e.n; j += kLanes) {
             store(to + j, load(from + j));
             largest = larger(magnitude(load(from + j)), largest);
@@ -114,52 +117,52 @@ LANES_INLINE void exchange(double &a, double &b) {
 }
 
 // Puts the pivot into (k, k); s steps of the block are behind.
-LANES_INLINE void exchange_for(Elimination &e, const Pivot &pivot, Size k, Size s) {
+LANES_INLINE void exchange_for(Elimination &e, const Pivot &pivot, std::size_t k, std::size_t s) {
     e.step_row[k] = pivot.row;
     e.step_col[k] = pivot.col;
     if (pivot.row != k) {
         double *a = e.b[k], *b = e.b[pivot.row];
-        for (Size j = 0; j < e.end; j += kLanes) {
+        for (std::size_t j = 0; j < e.end; j += kLanes) {
             const Lanes t = load(a + j);
             store(a + j, load(b + j));
             store(b + j, t);
         }
-        for (Size t = 0; t < s; ++t) exchange(e.m[t][e.pad + k], e.m[t][e.pad + pivot.row]);
+        for (std::size_t t = 0; t < s; ++t) exchange(e.m[t][e.pad + k], e.m[t][e.pad + pivot.row]);
     }
     if (pivot.col != k) {
-        for (Size i = 0; i < e.n; ++i) exchange(e.b[i][e.pad + k], e.b[i][e.pad + pivot.col]);
-        for (Size t = 0; t < s; ++t) exchange(e.q[t][e.pad + k], e.q[t][e.pad + pivot.col]);
+        for (std::size_t i = 0; i < e.n; ++i) exchange(e.b[i][e.pad + k], e.b[i][e.pad + pivot.col]);
+        for (std::size_t t = 0; t < s; ++t) exchange(e.q[t][e.pad + k], e.q[t][e.pad + pivot.col]);
     }
 }
 
 // Step k, the s-th of the block that starts at `block`; returns the next pivot.
-LANES_INLINE Pivot step(Elimination &e, Size k, Size block, Size s) {
-    const Size pad = e.pad, col = pad + k;
+LANES_INLINE Pivot step(Elimination &e, std::size_t k, std::size_t block, std::size_t s) {
+    const std::size_t pad = e.pad, col = pad + k;
     double *row = e.b[k], *m = e.m[s] + pad, *q = e.q[s];
 
     // The earlier steps of the block, on what has waited.
     if (block > 0) {
-        for (Size t = 0; t < s; ++t) update(row, e.q[t], e.m[t][col], 0, pad + block);
-        for (Size i = 0; i < pad; ++i) e.m[s][i] = 0.0;
-        for (Size i = 0; i < block; ++i) m[i] = e.b[i][col];
-        for (Size t = 0; t < s; ++t) update(e.m[s], e.m[t], e.q[t][col], 0, pad + block);
+        for (std::size_t t = 0; t < s; ++t) update(row, e.q[t], e.m[t][col], 0, pad + block);
+        for (std::size_t i = 0; i < pad; ++i) e.m[s][i] = 0.0;
+        for (std::size_t i = 0; i < block; ++i) m[i] = e.b[i][col];
+        for (std::size_t t = 0; t < s; ++t) update(e.m[s], e.m[t], e.q[t][col], 0, pad + block);
     }
 
     const double p = 1.0 / row[col];
-    for (Size j = 0; j < e.end; j += kLanes) {
+    for (std::size_t j = 0; j < e.end; j += kLanes) {
         const Lanes v = (is_column(col, j) ? all(1.0) : load(row + j)) * all(p);
         store(row + j, v);
         store(q + j, v);
     }
-    for (Size i = 0; i < block; ++i) e.b[i][col] = -p * m[i];
+    for (std::size_t i = 0; i < block; ++i) e.b[i][col] = -p * m[i];
 
     Pivot next{0.0, k + 1, k + 1};
-    const Size from = (pad + block) / kLanes * kLanes;
-    for (Size i = block; i < k; ++i) {
+    const std::size_t from = (pad + block) / kLanes * kLanes;
+    for (std::size_t i = block; i < k; ++i) {
         m[i] = e.b[i][col];
         update_around<false>(e.b[i], q, m[i], from, col, e.end);
     }
-    for (Size i = k + 1; i < e.n; ++i) {
+    for (std::size_t i = k + 1; i < e.n; ++i) {
         m[i] = e.b[i][col];
         consider(next, update_around<true>(e.b[i], q, m[i], from, col, e.end), i);
     }
@@ -168,21 +171,21 @@ LANES_INLINE Pivot step(Elimination &e, Size k, Size block, Size s) {
 }
 
 // The kSteps steps of a block on columns from .. to of row i.
-LANES_INLINE void all_steps(Elimination &e, Size i, Size from, Size to) {
+LANES_INLINE void all_steps(Elimination &e, std::size_t i, std::size_t from, std::size_t to) {
     Lanes m[kSteps];
-    for (Size s = 0; s < kSteps; ++s) m[s] = all(e.m[s][e.pad + i]);
-    for (Size j = from; j < to; j += kLanes) {
+    for (std::size_t s = 0; s < kSteps; ++s) m[s] = all(e.m[s][e.pad + i]);
+    for (std::size_t j = from; j < to; j += kLanes) {
         Lanes v = load(e.b[i] + j);
-        for (Size s = 0; s < kSteps; ++s) v -= m[s] * load(e.q[s] + j);
+        for (std::size_t s = 0; s < kSteps; ++s) v -= m[s] * load(e.q[s] + j);
         store(e.b[i] + j, v);
     }
 }
 
 // The steps behind its own on each of the block's columns of row i: step s on those before column s.
-LANES_INLINE void later_steps(Elimination &e, Size i, Size left) {
-    for (Size j = 0; j < kSteps; j += kLanes) {
+LANES_INLINE void later_steps(Elimination &e, std::size_t i, std::size_t left) {
+    for (std::size_t j = 0; j < kSteps; j += kLanes) {
         Lanes v = load(e.b[i] + left + j);
-        for (Size s = j + 1; s < kSteps; ++s)
+        for (std::size_t s = j + 1; s < kSteps; ++s)
             v = is_behind(s - 1, j) ? v : updated(v, e.q[s] + left + j, e.m[s][e.pad + i]);
         store(e.b[i] + left + j, v);
     }
@@ -190,49 +193,49 @@ LANES_INLINE void later_steps(Elimination &e, Size i, Size left) {
 
 // What has waited for the block's steps: rows above it and columns left of it.  Its own rows and columns have had the
 // steps up to their own.
-LANES_INLINE void finish_block(Elimination &e, Size block) {
-    const Size left = e.pad + block, right = left + kSteps;
-    for (Size i = 0; i < block; ++i) {
+LANES_INLINE void finish_block(Elimination &e, std::size_t block) {
+    const std::size_t left = e.pad + block, right = left + kSteps;
+    for (std::size_t i = 0; i < block; ++i) {
         all_steps(e, i, 0, left);
         later_steps(e, i, left);
         all_steps(e, i, right, e.end);
     }
-    for (Size t = 0; t < kSteps; ++t)
-        for (Size s = t + 1; s < kSteps; ++s) update(e.b[block + t], e.q[s], e.m[s][left + t], 0, left);
-    for (Size i = block + kSteps; i < e.n; ++i) all_steps(e, i, 0, left);
+    for (std::size_t t = 0; t < kSteps; ++t)
+        for (std::size_t s = t + 1; s < kSteps; ++s) update(e.b[block + t], e.q[s], e.m[s][left + t], 0, left);
+    for (std::size_t i = block + kSteps; i < e.n; ++i) all_steps(e, i, 0, left);
 }
 
 // Undoes the exchanges, last first, as one permutation of rows and one of columns.
 LANES_INLINE void copy_back(const Elimination &e, RecordRows<double> out) {
-    Size row[kStride], col[kStride];
-    for (Size i = 0; i < e.n; ++i) row[i] = col[i] = i;
-    for (Size k = e.n; k-- > 0;) {
-        const Size r = row[k], c = col[k];
+    std::size_t row[kStride], col[kStride];
+    for (std::size_t i = 0; i < e.n; ++i) row[i] = col[i] = i;
+    for (std::size_t k = e.n; k-- > 0;) {
+        const std::size_t r = row[k], c = col[k];
         row[k] = row[e.step_col[k]];
         row[e.step_col[k]] = r;
         col[k] = col[e.step_row[k]];
         col[e.step_row[k]] = c;
     }
-    for (Size i = 0; i < e.n; ++i) {
+    for (std::size_t i = 0; i < e.n; ++i) {
         const double *from = e.b[row[i]] + e.pad;
         double *to = out.row(i);
-        for (Size j = 0; j < e.n; ++j) to[j] = from[col[j]];
+        for (std::size_t j = 0; j < e.n; ++j) to[j] = from[col[j]];
     }
 }
 
 }  // namespace
 
-bool invert(RecordRows<const double> a, RecordRows<double> out, Size n) {
+bool invert(RecordRows<const double> a, RecordRows<double> out, std::size_t n) {
     Elimination e;
     e.n = n;
     e.end = (n + kSteps - 1) / kSteps * kSteps;
     e.pad = e.end - n;
     Pivot pivot = copy_and_search(e, a);
-    Size block = 0;
-    Size block_end = n <= kUnblocked ? n : kSteps - e.pad;
-    for (Size k = 0; k < n; ++k) {
+    std::size_t block = 0;
+    std::size_t block_end = n <= kUnblocked ? n : kSteps - e.pad;
+    for (std::size_t k = 0; k < n; ++k) {
         if (pivot.size + 1.0 == 1.0) return false;
-        const Size s = block == 0 ? 0 : k - block;  // nothing waits for the first block
+        const std::size_t s = block == 0 ? 0 : k - block;  // nothing waits for the first block
         exchange_for(e, pivot, k, s);
         pivot = step(e, k, block, s);
         if (k + 1 == block_end) {

@@ -7,36 +7,34 @@
 namespace mensura::matrix::MENSURA_TARGET {
 namespace {
 
-using Size = std::size_t;
-
 #ifdef __AVX__
-constexpr Size kSums = 12;  // with a row of b and an element of a they fill the 16 registers
+constexpr std::size_t kSums = 12;  // with a row of b and an element of a they fill the 16 registers
 #else
-constexpr Size kSums = 6;  // the registers are half as wide
+constexpr std::size_t kSums = 6;  // the registers are half as wide
 #endif
-constexpr Size kMostColumns = 3;
+constexpr std::size_t kMostColumns = 3;
 
 // The columns of a tile, in fours; the last four may overlap those before and get the same values again.  A matrix of
 // fewer columns than that is a tile of its own.
-template <Size kCount>
+template <std::size_t kCount>
 struct Columns {
-    static constexpr Size count = kCount, height = kCount == 3 ? kSums / 4 : kSums / 2;
-    Size at[kCount];
+    static constexpr std::size_t count = kCount, height = kCount == 3 ? kSums / 4 : kSums / 2;
+    std::size_t at[kCount];
 
-    LANES_INLINE Lanes get(const double *row, Size c) const { return load(row + at[c]); }
-    LANES_INLINE void put(double *row, Size c, Lanes v) const { store(row + at[c], v); }
+    LANES_INLINE Lanes get(const double *row, std::size_t c) const { return load(row + at[c]); }
+    LANES_INLINE void put(double *row, std::size_t c, Lanes v) const { store(row + at[c], v); }
 };
 
-template <Size kCount>
+template <std::size_t kCount>
 struct NarrowColumns {
-    static constexpr Size count = 1, height = kSums / 2;
+    static constexpr std::size_t count = 1, height = kSums / 2;
 
-    LANES_INLINE Lanes get(const double *row, Size) const {
-        constexpr Size second = kCount > 1 ? 1 : 0, third = kCount > 2 ? 2 : 0;  // the others are not used
+    LANES_INLINE Lanes get(const double *row, std::size_t) const {
+        constexpr std::size_t second = kCount > 1 ? 1 : 0, third = kCount > 2 ? 2 : 0;  // the others are not used
         return Lanes{row[0], row[second], row[third], row[second]};
     }
-    LANES_INLINE void put(double *row, Size, Lanes v) const {
-        for (Size j = 0; j < kCount; ++j) row[j] = v[j];
+    LANES_INLINE void put(double *row, std::size_t, Lanes v) const {
+        for (std::size_t j = 0; j < kCount; ++j) row[j] = v[j];
     }
 };
 
@@ -44,45 +42,46 @@ template <typename C>
 struct InRecord {
     RecordRows<const double> b;
     C columns;
-    [[nodiscard]] LANES_INLINE Lanes get(Size k, Size c) const { return columns.get(b.row(k), c); }
+    [[nodiscard]] LANES_INLINE Lanes get(std::size_t k, std::size_t c) const { return columns.get(b.row(k), c); }
 };
 
 // The tile's columns of b, copied next to each other.
-constexpr Size kDepth = 256;
+constexpr std::size_t kDepth = 256;
 template <typename C>
 struct Packed {
     const Lanes *b;
-    [[nodiscard]] LANES_INLINE Lanes get(Size k, Size c) const { return b[k * C::count + c]; }
+    [[nodiscard]] LANES_INLINE Lanes get(std::size_t k, std::size_t c) const { return b[k * C::count + c]; }
 };
 
 // Adds to the sums that are there already, if `more`, otherwise to +0.0.
-template <Size kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
-LANES_INLINE void tile(Source a, const ColumnsOfB &b, Target out, Size i, C columns, Size inner, bool more) {
+template <std::size_t kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
+LANES_INLINE void tile(Source a, const ColumnsOfB &b, Target out, std::size_t i, C columns, std::size_t inner,
+                       bool more) {
     Lanes sum[kRows][C::count] = {};
     if (more) {
 #pragma GCC unroll 6
-        for (Size r = 0; r < kRows; ++r)
+        for (std::size_t r = 0; r < kRows; ++r)
 #pragma GCC unroll 3
-            for (Size c = 0; c < C::count; ++c) sum[r][c] = columns.get(out.row(i + r), c);
+            for (std::size_t c = 0; c < C::count; ++c) sum[r][c] = columns.get(out.row(i + r), c);
     }
 #pragma GCC unroll 2
-    for (Size k = 0; k < inner; ++k) {
+    for (std::size_t k = 0; k < inner; ++k) {
         Lanes bk[C::count];
-        for (Size c = 0; c < C::count; ++c) bk[c] = b.get(k, c);
-        for (Size r = 0; r < kRows; ++r) {
+        for (std::size_t c = 0; c < C::count; ++c) bk[c] = b.get(k, c);
+        for (std::size_t r = 0; r < kRows; ++r) {
             const Lanes x = all(a.row(i + r)[k]);
-            for (Size c = 0; c < C::count; ++c) sum[r][c] += x * bk[c];
+            for (std::size_t c = 0; c < C::count; ++c) sum[r][c] += x * bk[c];
         }
     }
 #pragma GCC unroll 6
-    for (Size r = 0; r < kRows; ++r)
+    for (std::size_t r = 0; r < kRows; ++r)
 #pragma GCC unroll 3
-        for (Size c = 0; c < C::count; ++c) columns.put(out.row(i + r), c, sum[r][c]);
+        for (std::size_t c = 0; c < C::count; ++c) columns.put(out.row(i + r), c, sum[r][c]);
 }
 
-template <Size kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
-LANES_INLINE void tile_of(Size rows, Source a, const ColumnsOfB &b, Target out, Size i, C columns, Size inner,
-                          bool more) {
+template <std::size_t kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
+LANES_INLINE void tile_of(std::size_t rows, Source a, const ColumnsOfB &b, Target out, std::size_t i, C columns,
+                          std::size_t inner, bool more) {
     if constexpr (kRows > 0) {
         if (rows == kRows)
             tile<kRows>(a, b, out, i, columns, inner, more);
@@ -93,9 +92,10 @@ LANES_INLINE void tile_of(Size rows, Source a, const ColumnsOfB &b, Target out, 
 
 // Tiles of about the same height.
 template <typename Source, typename ColumnsOfB, typename Target, typename C>
-LANES_INLINE void all_rows(Source a, const ColumnsOfB &b, Target out, C columns, Size rows, Size inner, bool more) {
-    for (Size i = 0, tiles = (rows + C::height - 1) / C::height; tiles > 0; --tiles) {
-        const Size height = (rows - i + tiles - 1) / tiles;
+LANES_INLINE void all_rows(Source a, const ColumnsOfB &b, Target out, C columns, std::size_t rows, std::size_t inner,
+                           bool more) {
+    for (std::size_t i = 0, tiles = (rows + C::height - 1) / C::height; tiles > 0; --tiles) {
+        const std::size_t height = (rows - i + tiles - 1) / tiles;
         tile_of<C::height>(height, a, b, out, i, columns, inner, more);
         i += height;
     }
@@ -103,13 +103,13 @@ LANES_INLINE void all_rows(Source a, const ColumnsOfB &b, Target out, C columns,
 
 // Panels of two fours, which tiles fill best; what is left at the end goes into one panel.
 template <typename Panel>
-LANES_INLINE void for_columns(Size cols, Panel panel) {
+LANES_INLINE void for_columns(std::size_t cols, Panel panel) {
     if (cols == 1) return panel(NarrowColumns<1>{});
     if (cols == 2) return panel(NarrowColumns<2>{});
     if (cols == 3) return panel(NarrowColumns<3>{});
-    Size j = 0;
+    std::size_t j = 0;
     for (; cols - j > kMostColumns * kLanes; j += 2 * kLanes) panel(Columns<2>{{j, j + kLanes}});
-    const Size left = cols - j, last = cols - kLanes;
+    const std::size_t left = cols - j, last = cols - kLanes;
     if (left > 2 * kLanes) return panel(Columns<3>{{j, j + kLanes, last}});
     if (left > kLanes) return panel(Columns<2>{{j, last}});
     if (left > 0) return panel(Columns<1>{{last}});
@@ -117,21 +117,22 @@ LANES_INLINE void for_columns(Size cols, Panel panel) {
 
 }  // namespace
 
-void multiply_records(RecordRows<const double> a, RecordRows<const double> b, RecordRows<double> out, Size rows,
-                      Size inner, Size cols) {
+void multiply_records(RecordRows<const double> a, RecordRows<const double> b, RecordRows<double> out, std::size_t rows,
+                      std::size_t inner, std::size_t cols) {
     for_columns(cols, [&]<typename C>(C columns) LANES_LAMBDA {
         all_rows(a, InRecord<C>{b, columns}, out, columns, rows, inner, false);
     });
 }
 
-void multiply_rows(RowPointers a, RowPointers b, RowPointers out, Size rows, Size inner, Size cols) {
+void multiply_rows(RowPointers a, RowPointers b, RowPointers out, std::size_t rows, std::size_t inner,
+                   std::size_t cols) {
     alignas(64) Lanes packed[kDepth * kMostColumns];
     for_columns(cols, [&]<typename C>(C columns) LANES_LAMBDA {
-        Size from = 0;
+        std::size_t from = 0;
         do {
-            const Size depth = inner - from < kDepth ? inner - from : kDepth;
-            for (Size k = 0; k < depth; ++k)
-                for (Size c = 0; c < C::count; ++c) packed[k * C::count + c] = columns.get(b.row(from + k), c);
+            const std::size_t depth = inner - from < kDepth ? inner - from : kDepth;
+            for (std::size_t k = 0; k < depth; ++k)
+                for (std::size_t c = 0; c < C::count; ++c) packed[k * C::count + c] = columns.get(b.row(from + k), c);
             all_rows(RowPointers{a.rows, a.first_col + from}, Packed<C>{packed}, out, columns, rows, depth, from > 0);
             from += depth;
         } while (from < inner);

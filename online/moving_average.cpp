@@ -11,8 +11,6 @@ using namespace mensura::online;
 
 namespace {
 
-using Size = std::size_t;
-
 void take(MovingAverageOnline &s, double x) {
     s.Buffer[s.Pos] = x;
     if (++s.Pos == s.Length) {
@@ -24,21 +22,21 @@ void take(MovingAverageOnline &s, double x) {
 double mean(const MovingAverageOnline &s, double sum) { return sum / (s.Full == 0 ? s.Pos : s.Length); }
 
 // An ordered sum waits for each of its additions, so the sums of several channels cost no more than one.
-constexpr Size kSideBySide = 5;
+constexpr std::size_t kSideBySide = 5;
 
 // The next sample of kCount channels of one length.
-template <Size kCount>
+template <std::size_t kCount>
 void step(MovingAverageOnline *s, const double *x, double *out) {
-    for (Size c = 0; c < kCount; ++c) take(s[c], x[c]);
+    for (std::size_t c = 0; c < kCount; ++c) take(s[c], x[c]);
     double sums[kCount] = {};
     for (int i = 0; i < s->Length; ++i)
-        for (Size c = 0; c < kCount; ++c) sums[c] += s[c].Buffer[i];
-    for (Size c = 0; c < kCount; ++c) out[c] = mean(s[c], sums[c]);
+        for (std::size_t c = 0; c < kCount; ++c) sums[c] += s[c].Buffer[i];
+    for (std::size_t c = 0; c < kCount; ++c) out[c] = mean(s[c], sums[c]);
 }
 
 // As many of the `left` channels as have the length of the first, up to kMost; returns their number.
-template <Size kMost = kSideBySide>
-Size step_alike(MovingAverageOnline *s, const double *x, double *out, Size left) {
+template <std::size_t kMost = kSideBySide>
+std::size_t step_alike(MovingAverageOnline *s, const double *x, double *out, std::size_t left) {
     if constexpr (kMost > 1) {
         const auto alike = [&](const MovingAverageOnline &channel) { return channel.Length == s->Length; };
         if (left < kMost || !std::all_of(s, s + kMost, alike)) return step_alike<kMost - 1>(s, x, out, left);
@@ -68,7 +66,7 @@ void init_move_average_filter_onlines(MovingAverageBank *b, int length, int coun
 }
 
 int move_average_filter_onlines(MovingAverageBank *b, const double *x, double *out) {
-    const auto count = static_cast<Size>(std::max(b->Count, 0));
-    for (Size i = 0; i < count;) i += step_alike(b->Filters + i, x + i, out + i, count - i);
+    const auto count = static_cast<std::size_t>(std::max(b->Count, 0));
+    for (std::size_t i = 0; i < count;) i += step_alike(b->Filters + i, x + i, out + i, count - i);
     return b->Count;
 }

@@ -11,13 +11,11 @@
 namespace mensura::smooth::MENSURA_TARGET {
 namespace {
 
-using Size = std::size_t;
-
 // Vectors of results side by side: they share what they load.
-constexpr Size kSideBySide = 4;
+constexpr std::size_t kSideBySide = 4;
 
 // sum + w x; a sum begins with its first term, and a product with 1 is exact.
-template <const auto &kRow, Size k, typename T>
+template <const auto &kRow, std::size_t k, typename T>
 LANES_INLINE T plus_term(T sum, T x) {
     constexpr double kWeight = kRow.weight[k];
     T term = x;
@@ -29,15 +27,15 @@ LANES_INLINE T plus_term(T sum, T x) {
 }
 
 // Takes the samples at x + kOffset, and those behind, into the sums whose windows hold them.
-template <const auto &kRow, Size kOffset, Size kCount>
+template <const auto &kRow, std::size_t kOffset, std::size_t kCount>
 LANES_INLINE void take(const double *x, Lanes (&sums)[kCount]) {
-    constexpr Size kWindow = kRow.weight.size();
+    constexpr std::size_t kWindow = kRow.weight.size();
     if constexpr (kOffset < kWindow + (kCount - 1) * kLanes) {
         const Lanes samples = load(x + kOffset);
-        [&]<Size... i>(std::index_sequence<i...>) LANES_LAMBDA {
+        [&]<std::size_t... i>(std::index_sequence<i...>) LANES_LAMBDA {
             (
                 [&]() LANES_LAMBDA {
-                    constexpr Size k = kOffset - i * kLanes;  // huge before the window
+                    constexpr std::size_t k = kOffset - i * kLanes;  // huge before the window
                     if constexpr (k < kWindow) sums[i] = plus_term<kRow, k>(sums[i], samples);
                 }(),
                 ...);
@@ -47,17 +45,17 @@ LANES_INLINE void take(const double *x, Lanes (&sums)[kCount]) {
     }
 }
 
-template <const auto &kRow, Size kCount>
+template <const auto &kRow, std::size_t kCount>
 LANES_INLINE void vectors(const double *window, double *y) {
     constexpr double kDivisor = kRow.divisor;
     Lanes sums[kCount];
     take<kRow, 0>(window, sums);
-    for (Size i = 0; i < kCount; ++i) store(y + i * kLanes, sums[i] / kDivisor);
+    for (std::size_t i = 0; i < kCount; ++i) store(y + i * kLanes, sums[i] / kDivisor);
 }
 
 template <const auto &kRow>
 LANES_INLINE double point(const double *window) {
-    return [&]<Size... k>(std::index_sequence<k...>) LANES_LAMBDA {
+    return [&]<std::size_t... k>(std::index_sequence<k...>) LANES_LAMBDA {
         double sum = 0.0;
         ((sum = plus_term<kRow, k>(sum, window[k])), ...);
         return sum;
@@ -66,10 +64,10 @@ LANES_INLINE double point(const double *window) {
 }
 
 template <const auto &kTable>
-LANES_INLINE void inside(const double *x, double *y, Size n) {
+LANES_INLINE void inside(const double *x, double *y, std::size_t n) {
     static constexpr auto kRow = kTable.back();
-    constexpr Size h = kRow.weight.size() / 2, kMany = kSideBySide * kLanes;
-    Size i = h;
+    constexpr std::size_t h = kRow.weight.size() / 2, kMany = kSideBySide * kLanes;
+    std::size_t i = h;
     for (; i + h + kMany <= n; i += kMany) vectors<kRow, kSideBySide>(x + i - h, y + i);
     for (; i + h + kLanes <= n; i += kLanes) vectors<kRow, 1>(x + i - h, y + i);
     for (; i + h < n; ++i) y[i] = point<kRow>(x + i - h);
@@ -77,12 +75,12 @@ LANES_INLINE void inside(const double *x, double *y, Size n) {
 
 }  // namespace
 
-void mean3(const double *x, double *y, Size n) { inside<kLinear3>(x, y, n); }
-void mean5(const double *x, double *y, Size n) { inside<kLinear5>(x, y, n); }
-void mean7(const double *x, double *y, Size n) { inside<kLinear7>(x, y, n); }
-void mean9(const double *x, double *y, Size n) { inside<kLinear9>(x, y, n); }
-void mean11(const double *x, double *y, Size n) { inside<kLinear11>(x, y, n); }
-void cubic5(const double *x, double *y, Size n) { inside<kCubic5>(x, y, n); }
-void cubic7(const double *x, double *y, Size n) { inside<kCubic7>(x, y, n); }
+void mean3(const double *x, double *y, std::size_t n) { inside<kLinear3>(x, y, n); }
+void mean5(const double *x, double *y, std::size_t n) { inside<kLinear5>(x, y, n); }
+void mean7(const double *x, double *y, std::size_t n) { inside<kLinear7>(x, y, n); }
+void mean9(const double *x, double *y, std::size_t n) { inside<kLinear9>(x, y, n); }
+void mean11(const double *x, double *y, std::size_t n) { inside<kLinear11>(x, y, n); }
+void cubic5(const double *x, double *y, std::size_t n) { inside<kCubic5>(x, y, n); }
+void cubic7(const double *x, double *y, std::size_t n) { inside<kCubic7>(x, y, n); }
 
 }  // namespace mensura::smooth::MENSURA_TARGET

@@ -1,4 +1,4 @@
-// Several bins side by side through the samples; each adds its terms in order.
+// Several bins side by side run through the samples.  Each adds its own terms, in order.
 
 #include <cstdint>
 #include <cstring>
@@ -10,41 +10,43 @@
 namespace mensura::spectral::MENSURA_TARGET {
 namespace {
 
-using Size = std::size_t;
+constexpr std::size_t kBins = 8;                                 // bins side by side
+using Indices = std::uint32_t __attribute__((vector_size(32)));  // of the circle, one for each bin
+using PairOfBins = Lanes;                                        // re, im of one bin; re, im of the next
 
-constexpr Size kBins = 8;                                        // side by side
-using Indices = std::uint32_t __attribute__((vector_size(32)));  // one per bin
-using PairOfBins = Lanes;                                        // re, im of one bin, re, im of the next
-
+// Term t of two bins whose factors are w: w x[t].
 struct RealSamples {
     const double *x;
 };
-LANES_INLINE PairOfBins term(const PairOfBins &w, RealSamples samples, Size t) { return w * all(samples.x[t]); }
+LANES_INLINE PairOfBins term(const PairOfBins &w, RealSamples samples, std::size_t t) { return w * all(samples.x[t]); }
 
 struct ComplexSamples {
     const double *re, *im;
 };
-LANES_INLINE PairOfBins term(const PairOfBins &w, ComplexSamples samples, Size t) {
+LANES_INLINE PairOfBins term(const PairOfBins &w, ComplexSamples samples, std::size_t t) {
     const double im = samples.im[t];
     const Lanes swapped = __builtin_shufflevector(w, w, 1, 0, 3, 2);
     return w * all(samples.re[t]) + swapped * Lanes{-im, im, -im, im};
 }
 
+// The index of bin k grows by k from sample to sample, modulo n.  Where the last bins do not fill a group of kBins, bins
+// of index 0 run along and are not stored.
 template <typename Samples>
-LANES_INLINE void sum_over(Samples samples, Size n, const Complex *circle, Complex *sums, Size count) {
-    for (Size first = 0; first < count; first += kBins) {
-        Indices step, index{};
-        for (Size i = 0; i < kBins; ++i) step[i] = first + i < count ? static_cast<std::uint32_t>(first + i) : 0;
+LANES_INLINE void sum_over(Samples samples, std::size_t n, const Complex *circle, Complex *sums, std::size_t count) {
+    for (std::size_t first = 0; first < count; first += kBins) {
+        Indices increment, index{};
+        for (std::size_t i = 0; i < kBins; ++i)
+            increment[i] = first + i < count ? static_cast<std::uint32_t>(first + i) : 0;
         PairOfBins sum[kBins / 2] = {};
-        for (Size t = 0; t < n; ++t) {
+        for (std::size_t t = 0; t < n; ++t) {
             std::uint32_t at[kBins];
             std::memcpy(at, &index, sizeof at);
-            for (Size pair = 0; pair < kBins / 2; ++pair) {
+            for (std::size_t pair = 0; pair < kBins / 2; ++pair) {
                 const Complex w = circle[at[2 * pair]], v = circle[at[2 * pair + 1]];
-                sum[pair] += term(__builtin_shufflevector(w, v, 0, 1, 2, 3), samples, t);
+                sum[pair] += term(joined(w, v), samples, t);
             }
-            const Indices next = index + step, wrapped = next - static_cast<std::uint32_t>(n);
-            index = wrapped < next ? wrapped : next;  // below n, next - n is a huge number
+            const Indices next = index + increment, wrapped = next - static_cast<std::uint32_t>(n);
+            index = wrapped < next ? wrapped : next;  // where next < n, the unsigned next - n is larger than next
         }
         std::memcpy(sums + first, sum, (count - first < kBins ? count - first : kBins) * sizeof(Complex));
     }
@@ -52,7 +54,8 @@ LANES_INLINE void sum_over(Samples samples, Size n, const Complex *circle, Compl
 
 }  // namespace
 
-void sum_bins(const double *re, const double *im, Size n, const Complex *circle, Complex *sums, Size count) {
+void sum_bins(const double *re, const double *im, std::size_t n, const Complex *circle, Complex *sums,
+              std::size_t count) {
     if (im != nullptr)
         sum_over(ComplexSamples{re, im}, n, circle, sums, count);
     else

@@ -1,15 +1,17 @@
-// Sums over a circle of n points.
+// The sums of a discrete Fourier transform.
 #pragma once
 
 #include <cstddef>
 
+#include "../internal/lanes.h"
 #include "../internal/target.h"
 
 namespace mensura::spectral {
 
-using Complex = double __attribute__((vector_size(16)));  // re, im
+using Complex = Pair;  // re, im
 
-// sums[k] = sum of x[t] circle[(k t) mod n], t = 0 .. n - 1, for k = 0 .. count - 1, count <= n; im null: real samples.
+// sums[k] = x[0] circle[0] + x[1] circle[k mod n] + ... + x[n-1] circle[(n-1) k mod n], added in this order, for
+// k = 0 .. count - 1.  x[t] is re[t] + i im[t], or re[t] where im is null; circle has n entries, and count <= n < 2^31.
 using SumBins = void(const double *re, const double *im, std::size_t n, const Complex *circle, Complex *sums,
                      std::size_t count);
 MENSURA_KERNEL(SumBins, sum_bins);

@@ -1,15 +1,14 @@
-// The fast transform.
+// The fast transform: radix 2, decimation in time.
 //
-// Its butterflies are those of Transform, with the same operands and so the same bits; what differs is their order and
-// where their results lie.  Four neighbouring bins make a block.
+// Its butterflies are those of Transform, with the same operands and so the same bits.  What differs is their order, and
+// where their results lie: in vectors of four neighbouring bins.
 //
-//   1. gather: stages 1 and 2, from the caller's arrays into bit-reversed blocks, in tiles that suit the caches
-//   2. two stages at a time in registers; a large transform finishes one quarter after the other, so that each stays in
-//      the cache while it is worked on
+//   1. gather: stages 1 and 2, from the caller's arrays into vectors in bit-reversed order, tile by tile for the caches
+//   2. passes of two stages, in registers; a large transform finishes one quarter after the other, which stays in the
+//      cache meanwhile
 //   3. the last two stages, scaled, into the caller's arrays
 //
-// The inverse is the forward transform with re and im exchanged: swapped, the butterflies of one are those of the
-// other.
+// The inverse is the forward transform with re and im exchanged: that makes the butterflies of one those of the other.
 
 #include "fft_kernel.h"
 
@@ -27,31 +26,30 @@ using mensura::kLanes;
 
 namespace {
 
-using Size = std::size_t;
+// Up to 256 points the vectors lie on the stack, which leaves malloc small requests that it serves fast.
+constexpr std::size_t kStackVectors = 64;
 
-constexpr Size kNearBlocks = 64;  // up to 256 points the blocks lie on the stack: malloc serves the rest faster
+// Entries of the tables of twiddle factors: at most n / 16 + n / 64 + ... = n / 12, and one for a pass of q = 2.
+constexpr std::size_t twiddle_count(std::size_t n) { return n / 12 + 1; }
 
-// Factors of n / 16 + n / 64 + ... blocks, down to a pass of one or two.
-constexpr Size factor_count(Size n) { return n / 12 + 1; }
-
-// The first quarter of the circle, as the last pass wants it.  In scalar stores: to change one lane of a vector would
-// mean to read the others back while they are still on their way to memory.
-void fill_circle(const Plan &plan) {
-    auto *const table = reinterpret_cast<double *>(plan.factors_of(plan.count() / 4));
-    constexpr Size kStride = sizeof(Factors) / sizeof(double), kTwice = offsetof(Factors, twice) / sizeof(double);
-    const auto put = [table](Size k, double re, double im) {
-        double *const four = table + k / kLanes * kStride + kTwice;
+// The first quarter of the circle, as w4 of the last pass.  It is written double by double: changing one lane of a
+// vector would read the vector back before the stores to its other lanes have reached the cache.
+void fill_last_pass(const Plan &plan) {
+    auto *const table = reinterpret_cast<double *>(plan.twiddles_of(plan.vectors() / 4));
+    constexpr std::size_t kStride = sizeof(Twiddles) / sizeof(double), kW4 = offsetof(Twiddles, w4) / sizeof(double);
+    const auto put = [table](std::size_t k, double re, double im) {
+        double *const four = table + k / kLanes * kStride + kW4;
         four[k % kLanes] = re;
         four[k % kLanes + kLanes] = im;
     };
-    for_first_eighth(plan.n, [&](Size i, double cos, double sin) {
+    for_first_eighth(plan.n, [&](std::size_t i, double cos, double sin) {
         put(plan.n / 4 - i, sin, -cos);
         put(i, cos, -sin);
     });
     put(0, 1.0, plan.zero);
 }
 
-// Eight points do not fill the blocks.
+// Eight points are too few for vectors: the plain steps.
 void transform_eight(double *re, double *im, int dir, double scale) {
     constexpr int kPoints = 8;
     const auto memory = mensura::scratch<double>(3 * kPoints);
@@ -68,17 +66,18 @@ void transform_eight(double *re, double *im, int dir, double scale) {
     }
 }
 
-void transform_blocks(double *re, double *im, Size n, int dir, double scale) {
-    Bins near[kNearBlocks];
-    const Size count = n / kLanes, far = count > kNearBlocks ? count : 0;
-    const Size bytes = far * sizeof(Bins) + factor_count(n) * sizeof(Factors);
-    Size room = bytes + alignof(Bins);
+void transform_vectors(double *re, double *im, std::size_t n, int dir, double scale) {
+    Bins on_stack[kStackVectors];
+    const std::size_t vectors = n / kLanes, on_heap = vectors > kStackVectors ? vectors : 0;
+    const std::size_t bytes = on_heap * sizeof(Bins) + twiddle_count(n) * sizeof(Twiddles);
+    std::size_t room = bytes + alignof(Bins);
     const auto memory = mensura::scratch<std::byte>(room);
     if (!memory) return;
     void *start = memory.get();
     auto *const aligned = static_cast<Bins *>(std::align(alignof(Bins), bytes, start, room));
-    const Plan plan{n, far > 0 ? aligned : near, reinterpret_cast<Factors *>(aligned + far), dir == 0 ? 0.0 : -0.0};
-    fill_circle(plan);
+    const Plan plan{n, on_heap > 0 ? aligned : on_stack, reinterpret_cast<Twiddles *>(aligned + on_heap),
+                    dir == 0 ? 0.0 : -0.0};
+    fill_last_pass(plan);
     if (dir == 1) std::swap(re, im);
     transform(plan, re, im, scale);
 }
@@ -91,5 +90,5 @@ void FFT(double *re, double *im, int n, int dir) {
     if (n == 8)
         transform_eight(re, im, dir, scale);
     else
-        transform_blocks(re, im, static_cast<Size>(n), dir, scale);
+        transform_vectors(re, im, static_cast<std::size_t>(n), dir, scale);
 }

@@ -1,4 +1,4 @@
-// The passes of the fast transform.
+// The passes of the fast transform; fft.cpp has the overview.
 
 #include "fft_kernel.h"
 
@@ -9,20 +9,18 @@
 namespace mensura::spectral::MENSURA_TARGET {
 namespace {
 
-using Size = std::size_t;
-
-// Factors a quarter of the circle further on: -i w.  The sum keeps the zero of -i positive, also where the inverse has
-// a negative one in 1.
+// -i w: twiddle factors a quarter of the circle further on.  Of w = 1 it makes 0 - i, with +0 also where the inverse has
+// an imaginary part of -0, because -0 + 0.0 is +0.
 LANES_INLINE Bins turned(const Bins &w) { return {w.im + 0.0, -w.re}; }
 
-// Every other one of eight neighbours.
+// Every other element of two vectors.
 LANES_INLINE Bins even(const Bins &a, const Bins &b) {
     return {__builtin_shufflevector(a.re, b.re, 0, 2, 4, 6), __builtin_shufflevector(a.im, b.im, 0, 2, 4, 6)};
 }
 
-LANES_INLINE void butterfly(Bins &a, Bins &c, const Bins &w) {
-    const Bins t = c * w;
-    c = a - t;
+LANES_INLINE void butterfly(Bins &a, Bins &b, const Bins &w) {
+    const Bins t = b * w;
+    b = a - t;
     a = a + t;
 }
 
@@ -30,12 +28,13 @@ struct FourBins {
     Bins a, b, c, d;
 };
 
-// Two stages: bin k of four sub-transforms of m bins, in bit-reversed order, to bins k, k + m, k + 2m, k + 3m of one.
-LANES_INLINE void two_stages(FourBins &x, const Factors &w) {
-    butterfly(x.a, x.b, w.once);
-    butterfly(x.c, x.d, w.once);
-    butterfly(x.a, x.c, w.twice);
-    butterfly(x.b, x.d, turned(w.twice));
+// Two stages at bins k: from bin k of four transforms of m bins, in bit-reversed order, to bins k, k + m, k + 2m, k + 3m
+// of one transform of 4m.
+LANES_INLINE void two_stages(FourBins &x, const Twiddles &w) {
+    butterfly(x.a, x.b, w.w2);
+    butterfly(x.c, x.d, w.w2);
+    butterfly(x.a, x.c, w.w4);
+    butterfly(x.b, x.d, turned(w.w4));
 }
 
 LANES_INLINE void transpose(Lanes &a, Lanes &b, Lanes &c, Lanes &d) {
@@ -47,51 +46,58 @@ LANES_INLINE void transpose(Lanes &a, Lanes &b, Lanes &c, Lanes &d) {
     d = __builtin_shufflevector(ba, dc, 2, 3, 6, 7);
 }
 
-constexpr std::uint32_t reversed(std::uint32_t v) {
+// The 32 bits of v in reverse order: neighbouring bits, pairs and groups of four are exchanged, then bytes.
+constexpr std::uint32_t bit_reversed(std::uint32_t v) {
     v = (v >> 1 & 0x55555555U) | (v & 0x55555555U) << 1;
     v = (v >> 2 & 0x33333333U) | (v & 0x33333333U) << 2;
     v = (v >> 4 & 0x0f0f0f0fU) | (v & 0x0f0f0f0fU) << 4;
     return __builtin_bswap32(v);
 }
 
-// A tile of the input is some columns of several distant rows: the rows' blocks become neighbours.
-constexpr Size kTileRows = 8, kNarrow = 8, kWide = 32;  // columns: one cache line, four
-constexpr Size kTiledBlocks = 1024, kLongRow = 2048;    // from which tiles, and wide ones, pay
-constexpr Size kCachedBlocks = 256;                     // a quarter of this size is finished before the next
-constexpr Size kFarBlocks = 131072;                     // 8 MB, from which the blocks go straight to memory
+// The gather goes through i = 0 .. n/4 - 1 as through a matrix, row by row, in tiles of some columns: the neighbours in a
+// column, which are far apart in the input, become neighbours in bit-reversed order while both are in the cache.
+constexpr std::size_t kTileRows = 8;
+constexpr std::size_t kTiledVectors = 1024;  // smaller transforms fit the cache without tiles
+constexpr std::size_t kNarrow = 8;           // columns of a tile, in doubles: one cache line,
+constexpr std::size_t kWide = 32;            // four lines
+constexpr std::size_t kLongRow = 2048;       // from this length of a row on, wide tiles are faster
 
-// Every other point of a circle belongs to one twice as coarse: `twice` of the last pass gives its `once`, that gives
-// `twice` of the pass before, and so on.
-LANES_INLINE void fill_factors(const Plan &plan) {
-    Size q = plan.count() / 4;
+constexpr std::size_t kCachedVectors = 256;       // 16 KB, which stay in the first cache through all passes
+constexpr std::size_t kStreamedVectors = 131072;  // 8 MB: from here on the gather bypasses the caches
+
+// Fills the tables from the w4 of the last pass.  Every other point of a circle belongs to one twice as coarse, so the
+// w4 of a pass give its w2, those give the w4 of the pass before, and so on.
+LANES_INLINE void fill_twiddles(const Plan &plan) {
+    std::size_t q = plan.vectors() / 4;
     for (; q > 1; q /= 4) {
-        Factors *const w = plan.factors_of(q);
-        for (Size i = 0; i < q / 2; ++i) {
-            w[i].once = even(w[2 * i].twice, w[2 * i + 1].twice);
-            w[i + q / 2].once = turned(w[i].once);
+        Twiddles *const w = plan.twiddles_of(q);
+        for (std::size_t i = 0; i < q / 2; ++i) {
+            w[i].w2 = even(w[2 * i].w4, w[2 * i + 1].w4);
+            w[i + q / 2].w2 = turned(w[i].w2);
         }
-        for (Size i = 0; i < q / 4; ++i) plan.factors_of(q / 4)[i].twice = even(w[2 * i].once, w[2 * i + 1].once);
+        for (std::size_t i = 0; i < q / 4; ++i) plan.twiddles_of(q / 4)[i].w4 = even(w[2 * i].w2, w[2 * i + 1].w2);
     }
-    if (q == 1) plan.factors->once = even(plan.factors->twice, turned(plan.factors->twice));
+    if (q == 1) plan.twiddles->w2 = even(plan.twiddles->w4, turned(plan.twiddles->w4));
 }
 
-// The transforms of x[i], x[i + n/4], x[i + n/2], x[i + 3n/4] for four neighbouring i, each into its block.
-template <bool far>
-LANES_INLINE void gather_four(const Plan &plan, const double *re, const double *im, Size i, Size place) {
-    const Size quarter = plan.n / 4;
-    const auto input = [&](Size at) LANES_LAMBDA { return Bins{load(re + at), load(im + at)}; };
+// The transforms of x[i], x[i + n/4], x[i + n/2], x[i + 3n/4] for i .. i + 3, a vector each.  The first goes to `place`;
+// in bit-reversed order that of i + 1 lies half of all vectors further on, that of i + 2 a quarter.
+template <bool bypass_caches>
+LANES_INLINE void gather_four(const Plan &plan, const double *re, const double *im, std::size_t i, std::size_t place) {
+    const std::size_t quarter = plan.n / 4;
+    const auto input = [&](std::size_t at) LANES_LAMBDA { return Bins{load(re + at), load(im + at)}; };
     FourBins x{input(i), input(i + 2 * quarter), input(i + quarter), input(i + 3 * quarter)};
     const Bins one{all(1.0), all(plan.zero)};
     two_stages(x, {one, one});
     transpose(x.a.re, x.b.re, x.c.re, x.d.re);
     transpose(x.a.im, x.b.im, x.c.im, x.d.im);
-    const Size next = plan.count() / 4;
-    const auto output = [&](Size at, const Bins &bins) LANES_LAMBDA {
-        if constexpr (far) {
-            stream(reinterpret_cast<double *>(&plan.blocks[at].re), bins.re);
-            stream(reinterpret_cast<double *>(&plan.blocks[at].im), bins.im);
+    const std::size_t next = plan.vectors() / 4;
+    const auto output = [&](std::size_t at, const Bins &bins) LANES_LAMBDA {
+        if constexpr (bypass_caches) {
+            stream(reinterpret_cast<double *>(&plan.bins[at].re), bins.re);
+            stream(reinterpret_cast<double *>(&plan.bins[at].im), bins.im);
         } else {
-            plan.blocks[at] = bins;
+            plan.bins[at] = bins;
         }
     };
     output(place, x.a);
@@ -100,30 +106,30 @@ LANES_INLINE void gather_four(const Plan &plan, const double *re, const double *
     output(place + 3 * next, x.d);
 }
 
-template <bool far>
+template <bool bypass_caches>
 LANES_INLINE void gather(const Plan &plan, const double *re, const double *im) {
-    const Size count = plan.count(), rows = count >= kTiledBlocks ? kTileRows : 1, row = count / rows;
-    const Size column = row < kNarrow ? row : row < kLongRow ? kNarrow : kWide;
+    const std::size_t count = plan.vectors(), row = count >= kTiledVectors ? count / kTileRows : count;
+    const std::size_t columns = row < kNarrow ? row : row < kLongRow ? kNarrow : kWide;
     const int unused_bits = __builtin_clz(static_cast<std::uint32_t>(count)) + 1;
-    for (Size first = 0; first < row; first += column)
-        for (Size i = first; i < count; i += row)
-            for (Size j = i; j < i + column; j += kLanes)
-                gather_four<far>(plan, re, im, j, reversed(static_cast<std::uint32_t>(j)) >> unused_bits);
+    for (std::size_t first = 0; first < row; first += columns)
+        for (std::size_t i = first; i < count; i += row)
+            for (std::size_t j = i; j < i + columns; j += kLanes)
+                gather_four<bypass_caches>(plan, re, im, j, bit_reversed(static_cast<std::uint32_t>(j)) >> unused_bits);
 }
 
-// Joins pairs of neighbouring blocks, before the pass of q = 2.
-LANES_INLINE void join_pairs(const Plan &plan, Bins *x, Size count) {
-    const Bins w = even(plan.factors_of(2)[0].once, plan.factors_of(2)[1].once);
-    for (Size i = 0; i < count; i += 2) butterfly(x[i], x[i + 1], w);
+// The stage on its own before the pass of q = 2: joins neighbouring vectors.
+LANES_INLINE void join_pairs(const Plan &plan, Bins *x, std::size_t count) {
+    const Bins w = even(plan.twiddles_of(2)[0].w2, plan.twiddles_of(2)[1].w2);
+    for (std::size_t i = 0; i < count; i += 2) butterfly(x[i], x[i + 1], w);
 }
 
-// Joins blocks i, i + q, i + 2q, i + 3q for i < q; put(i, x) takes each result.
+// Joins four transforms of q vectors, one behind the other at x; put(i, bins) takes vector i of the result.
 template <typename Put>
-LANES_INLINE void join_quarters(const Plan &plan, const Bins *x, Size q, Put put) {
-    const Factors *const w = plan.factors_of(q);
-    const auto block = [x](Size i) LANES_LAMBDA { return Bins{x[i].re, x[i].im}; };
-    for (Size i = 0; i < q; ++i) {
-        FourBins four{block(i), block(i + q), block(i + 2 * q), block(i + 3 * q)};
+LANES_INLINE void join_quarters(const Plan &plan, const Bins *x, std::size_t q, Put put) {
+    const Twiddles *const w = plan.twiddles_of(q);
+    const auto vector = [x](std::size_t i) LANES_LAMBDA { return Bins{x[i].re, x[i].im}; };
+    for (std::size_t i = 0; i < q; ++i) {
+        FourBins four{vector(i), vector(i + q), vector(i + 2 * q), vector(i + 3 * q)};
         two_stages(four, w[i]);
         put(i, four.a);
         put(i + q, four.b);
@@ -132,23 +138,23 @@ LANES_INLINE void join_quarters(const Plan &plan, const Bins *x, Size q, Put put
     }
 }
 
-LANES_INLINE void join_in_place(const Plan &plan, Bins *x, Size q) {
-    join_quarters(plan, x, q, [x](Size i, const Bins &bins) LANES_LAMBDA { x[i] = bins; });
+LANES_INLINE void join_in_place(const Plan &plan, Bins *x, std::size_t q) {
+    join_quarters(plan, x, q, [x](std::size_t i, const Bins &bins) LANES_LAMBDA { x[i] = bins; });
 }
 
-// Completes the four quarters of the gathered blocks.
+// All passes but the last, on the gathered vectors.
 LANES_INLINE void transform_quarters(const Plan &plan) {
-    const Size quarter = plan.count() / 4;
-    Size cached = quarter;
-    while (cached > kCachedBlocks) cached /= 4;
-    for (Size done = 0; done < plan.count(); done += cached) {
-        Bins *const x = plan.blocks + done;
+    const std::size_t quarter = plan.vectors() / 4;
+    std::size_t cached = quarter;
+    while (cached > kCachedVectors) cached /= 4;
+    for (std::size_t done = 0; done < plan.vectors(); done += cached) {
+        Bins *const x = plan.bins + done;
         const bool pairs = __builtin_ctzll(cached) % 2 != 0;
         if (pairs) join_pairs(plan, x, cached);
-        for (Size q = pairs ? 2 : 1; q < cached; q *= 4)
-            for (Size i = 0; i < cached; i += 4 * q) join_in_place(plan, x + i, q);
-        // Then the larger groups that these blocks have just completed.
-        for (Size q = cached; q < quarter && (done + cached) % (4 * q) == 0; q *= 4)
+        for (std::size_t q = pairs ? 2 : 1; q < cached; q *= 4)
+            for (std::size_t i = 0; i < cached; i += 4 * q) join_in_place(plan, x + i, q);
+        // Then the larger transforms whose last part this was.
+        for (std::size_t q = cached; q < quarter && (done + cached) % (4 * q) == 0; q *= 4)
             join_in_place(plan, x + cached - 4 * q, q);
     }
 }
@@ -156,13 +162,13 @@ LANES_INLINE void transform_quarters(const Plan &plan) {
 }  // namespace
 
 void transform(const Plan &plan, double *re, double *im, double scale) {
-    if (plan.count() < kFarBlocks)
+    if (plan.vectors() < kStreamedVectors)
         gather<false>(plan, re, im);
     else
         gather<true>(plan, re, im);
-    fill_factors(plan);  // not earlier: the circle is still on its way to memory
+    fill_twiddles(plan);  // not earlier: the stores of the last pass must have reached the cache
     transform_quarters(plan);
-    join_quarters(plan, plan.blocks, plan.count() / 4, [&](Size i, const Bins &bins) LANES_LAMBDA {
+    join_quarters(plan, plan.bins, plan.vectors() / 4, [&](std::size_t i, const Bins &bins) LANES_LAMBDA {
         store(re + i * kLanes, bins.re * all(scale));
         store(im + i * kLanes, bins.im * all(scale));
     });

@@ -1,4 +1,4 @@
-// The fast transform on blocks of four bins.
+// The fast transform on vectors of four bins.
 #pragma once
 
 #include <cstddef>
@@ -8,26 +8,32 @@
 
 namespace mensura::spectral {
 
-using Bins = ComplexLanes;  // four neighbouring bins, or twiddle factors
+using Bins = ComplexLanes;  // a vector: four neighbouring bins, or the twiddle factors of four bins
 
-// What two stages need at four neighbouring bins k of sub-transforms of m: exp(-2 pi i k / 2m) and exp(-2 pi i k / 4m).
-struct Factors {
-    Bins once, twice;
+// The twiddle factors of two stages at four neighbouring bins k.  The first stage joins transforms of m bins to
+// transforms of 2 m, the second those to transforms of 4 m:
+//     w2 = exp(-2 pi i k / 2m)        w4 = exp(-2 pi i k / 4m)
+struct Twiddles {
+    Bins w2, w4;
 };
 
-// One transform of n >= 16 points.
+// One transform of n >= 16 points, in n / 4 vectors.
+//
+// A pass runs two stages: it joins four transforms of q vectors to one of 4 q.  Passes have q = 1, 4, 16, ..., n / 16;
+// where n / 16 is no power of four, one stage runs on its own first, and they have q = 2, 8, 32, ..., n / 16.  The
+// table of a pass has q entries; the tables lie one behind the other.
 struct Plan {
     std::size_t n;
-    Bins *blocks;      // n / 4
-    Factors *factors;  // a table for every pass that joins four groups of q blocks, of q entries: q = 1, 4, 16, ... or
-                       // 2, 8, 32, ..., up to n / 16; the caller fills `twice` of the last one
-    double zero;       // imaginary part of the factor 1; -0 in the inverse, whose +0 the exchange of re and im turns
+    Bins *bins;
+    Twiddles *twiddles;  // the caller fills w4 of the last pass
+    double zero;  // imaginary part of the twiddle factor 1: +0, and -0 in the inverse, whose exchange of re and im
+                  // changes its sign
 
-    [[nodiscard]] LANES_INLINE std::size_t count() const { return n / kLanes; }
-    [[nodiscard]] LANES_INLINE Factors *factors_of(std::size_t q) const { return factors + (q - 1) / 3; }
+    [[nodiscard]] LANES_INLINE std::size_t vectors() const { return n / kLanes; }
+    [[nodiscard]] LANES_INLINE Twiddles *twiddles_of(std::size_t q) const { return twiddles + (q - 1) / 3; }
 };
 
-// The forward transform of re and im, times scale, in place.
+// The forward transform of re and im, multiplied by scale, in place.
 using TransformPlan = void(const Plan &plan, double *re, double *im, double scale);
 MENSURA_KERNEL(TransformPlan, transform);
 

@@ -18,11 +18,14 @@ namespace {
 
 using mensura::kPi, mensura::kTwoPi;
 
-constexpr double kLargestBeta = 10.0;  // as the header states
+constexpr double kLargestBeta = 10.0;    // as the header states
+constexpr double kGaussScale = 2.7183;   // the Gauss window ends at exp(-kGaussScale^2)
+constexpr double kSmallArgument = 1e-5;  // |x| below which sin(x) / x counts as 1; it differs by less than 2e-11
 
+// 1! .. 9!, for the terms of I0.
 constexpr double kFactorial[] = {1.0, 2.0, 6.0, 24.0, 120.0, 720.0, 5040.0, 40320.0, 362880.0};
 
-// cos(m t) times the m-th value, summed over m.
+// a[0] + a[1] cos t + a[2] cos 2t + ...; enum WindowKind has the formulas.
 template <std::size_t terms>
 using CosineSum = double[terms];
 
@@ -73,7 +76,7 @@ void fill_taper(std::span<double> w, int kind, std::size_t points, double beta) 
         }
         case wkGauss:
             return fill([=](double j) {
-                const double v = (j - d / 2.0) / (d / 2.0) * 2.7183;
+                const double v = (j - d / 2.0) / (d / 2.0) * kGaussScale;
                 return std::exp(-(v * v));
             });
         case wkSine: return fill([=](double j) { return std::pow(std::sin(kPi * j / d), beta); });
@@ -81,14 +84,14 @@ void fill_taper(std::span<double> w, int kind, std::size_t points, double beta) 
     }
 }
 
-// Points of the flat middle: alpha n, made even, so that both tapers have the same length.
+// Points of the flat middle: alpha n, rounded down, then up to an even number.
 std::size_t flat_points(std::size_t n, double alpha) {
-    const double held = alpha > 0.0 ? std::min(alpha, 1.0) : 0.0;  // a NaN is not above 0
-    const auto flat = static_cast<std::size_t>(held * static_cast<double>(n));
+    const double fraction = alpha > 0.0 ? std::min(alpha, 1.0) : 0.0;  // a NaN is not above 0
+    const auto flat = static_cast<std::size_t>(fraction * static_cast<double>(n));
     return std::min(flat + flat % 2, n);
 }
 
-// Edge values, `flat` times the centre value, the edge backwards.
+// The factors of a window: the values of `edge`, `flat` times `centre`, and the values of `edge` backwards.
 struct Window {
     std::span<double> edge;
     double centre;
@@ -120,7 +123,8 @@ void multiply(double *data, const Window &w) {
 void WindowData(double *data, int n, int kind, double alpha, double beta, int unityGain) {
     if (n < 1 || kind < wkKaiser || kind > wkSine) return;
     const auto size = static_cast<std::size_t>(n);
-    // No flat middle, and an odd n's centre computed: the flat top's peak; Kaiser's 1 unless beta is NaN.
+    // Kaiser and the flat top have no flat middle.  The centre of an odd n is a point of their taper, because it may
+    // differ from 1: the flat top's peak does, and Kaiser's is NaN where beta is.
     const bool has_own_centre = kind == wkKaiser || kind == wkFlatTop;
     const std::size_t points = size - (has_own_centre ? 0 : flat_points(size, alpha)), half = points / 2;
 
@@ -141,7 +145,7 @@ double Bessel(double x) {
     const double half = x / 2.0;
     double sum = 1.0;
     for (std::size_t k = 1; k <= std::size(kFactorial); ++k) {
-        // Hidden from the compiler, which makes x * x of pow(x, 2): not always what libm gives.
+        // volatile, so that the compiler does not replace pow(half, 2) by half * half, whose bits can differ.
         const volatile auto exponent = static_cast<double>(k);
         const double term = std::pow(half, exponent) / kFactorial[k - 1];
         sum += term * term;
@@ -149,4 +153,4 @@ double Bessel(double x) {
     return sum;
 }
 
-double Sinc(double x) { return x > -1e-5 && x < 1e-5 ? 1.0 : std::sin(x) / x; }
+double Sinc(double x) { return x > -kSmallArgument && x < kSmallArgument ? 1.0 : std::sin(x) / x; }
