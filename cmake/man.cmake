@@ -23,5 +23,5 @@ add_custom_command(OUTPUT ${MENSURA_MAN}.gz
     VERBATIM)
 add_custom_target(mensura_man ALL DEPENDS ${MENSURA_MAN}.gz)
 if(MENSURA_INSTALL)
-    install(FILES ${MENSURA_MAN}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+    install(FILES ${MENSURA_MAN}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program OPTIONAL)
 endif()

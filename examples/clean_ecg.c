@@ -6,7 +6,8 @@
 #include <mensura/mensura.h>
 #include <stdio.h>
 
-enum { RATE = 360, MAX_SAMPLES = 100000 };                               /* Hz; the record has no other rate */
+enum { RATE = 360, MAX_SAMPLES = 100000 }; /* samples a second; samples */
+
 static double raw[MAX_SAMPLES], smooth[MAX_SAMPLES], clean[MAX_SAMPLES]; /* mV */
 
 /* The mean of what lies between the lowest and the highest sample of each second, which holds at least one beat. */
