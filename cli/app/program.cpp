@@ -129,9 +129,8 @@ void describe(CLI::App &program) {
     program.set_help_all_flag("--help-all", "show the help of every command");
     program.set_version_flag("--version", MENSURA_CLI_VERSION, "show the version");
     program.footer(
-        "Tables are CSV, with or without a line of names; what is not filtered comes back as it was. A missing "
-        "cell stays\n"
-        "missing; where a value is needed, the one before stands in for it.\n"
+        "Tables are CSV, with or without a line of names; what is not changed comes back as it was.\n"
+        "Missing cells stay missing; where a value is needed, the last one before them is used.\n"
         "Data go to standard output, messages to standard error.\n"
         "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
     for (const auto add : {add_design, add_filter, add_spectrum, add_tone, add_window, add_smooth, add_derive,
