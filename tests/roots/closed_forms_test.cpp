@@ -42,6 +42,10 @@ TEST(ClosedForms, solve_their_polynomials) {
     for (const Coefficients &p : special)  // at most 12 roundings of a root, added up; measured: below 1e-15
         EXPECT_LE(reference::rebuilding_error(p, find(p)), 6 * DBL_EPSILON) << testing::PrintToString(p);
     for (const CplxD z : find({1, 8, 24, 32, 16})) EXPECT_CLOSE(z, getCplxD(-2, 0), 0);  // (x + 2)^4
+    const std::vector<CplxD> fourfold = find({1, 2, -1, -4, -1, 2, 1});  // (x + 1)^4 (x - 1)^2, rounded by a division
+    for (std::size_t i = 2; i < 6; ++i) EXPECT_CLOSE(fourfold.at(i), getCplxD(-1, 0), 0);
+    // R = 0 stands for an angle of 30 degrees, whose sine is the double below 1/2.
+    EXPECT_SAME_BITS(find({1, -3, 1, 1}).at(1), getCplxD(1 + DBL_EPSILON, 0));
 }
 
 TEST(QuadCubicRoots, counts_what_it_solves) {
