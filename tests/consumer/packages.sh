@@ -54,7 +54,7 @@ done
 for package in libmensura1 libmensura-dev mensura; do
     zcat "$root/$doc/$package/changelog.gz" | cmp - "$source/CHANGELOG.md"
 done
-guides=$(grep -oh 'docs/[a-z]*\.md' "$root"/usr/include/mensura/*.h | sort -u)
+guides=$(grep -oh 'guide [a-z]*\.md' "$root"/usr/include/mensura/*.h | sed 's,guide ,docs/,' | sort -u)
 [[ $guides == *docs/iir.md* ]] || die "the headers name no guide"
 for guide in $guides; do
     [[ -e $root/$doc/libmensura-dev/$guide ]] || die "the headers name $guide, which is not in libmensura-dev"
