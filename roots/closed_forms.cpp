@@ -14,12 +14,16 @@ using namespace mensura::roots;
 
 namespace {
 
-// Doubles on purpose: the last bits of the roots hang on them.
+// Rounded to double: the last bits of the roots depend on it.
 constexpr double kThird = 0.3333333333333333;
 constexpr double kSin60 = 0.8660254037844386;
 constexpr double kSin30 = 0.49999999999999994, kCos30 = 0.8660254037844387;
 
 constexpr real kTwoToMinus50 = 0x1p-50L;
+constexpr real kSmallA1 = 1e-5;            // of the resolvent cubic
+constexpr real kManyTimes = 1e20;          // a coefficient so many times smaller than another counts as 0
+constexpr real kSmallConstantTerm = 1e-8;  // of a factor of the quartic: all four roots are then the same
+constexpr real kAboveAllRoots = 1e100;
 
 // Scales the variable by the degree-th root of |constant term| and returns that scale.
 real scale_constant_term_to_one(real *p, int degree, double exponent) {
@@ -101,13 +105,13 @@ struct Factors {
     real n, g;
 };
 
-// Whether q counts as 0, so that the quartic is one in z^2.  A tiny A0 is enough, but where |b| and |d| differ and both
-// A0 and A1 are tiny only an A0 of 0 is.
+// Whether q counts as 0, so that the quartic is one in z^2.  A0 = -(q/8)^2 tells: a tiny one counts as 0, except where
+// |b| and |d| differ and A1 is tiny too, where only 0 does.
 bool is_biquadratic(const Quartic &f) {
     const bool only_zero_counts = std::fabs(std::fabs(f.b) - std::fabs(f.d)) >= kTwoToMinus50 &&
-                                  f.A0 > -kTwoToMinus50 && std::fabs(f.A1) < static_cast<real>(1e-5);
+                                  f.A0 > -kTwoToMinus50 && std::fabs(f.A1) < kSmallA1;
     const real least = only_zero_counts ? 0.0L : -kTwoToMinus50;
-    return f.A0 >= least || std::fabs(f.A0) * static_cast<real>(1e20) <= std::fabs(f.A1);
+    return f.A0 >= least || std::fabs(f.A0) * kManyTimes <= std::fabs(f.A1);
 }
 
 Factors split_biquadratic(const Quartic &f) {
@@ -120,11 +124,11 @@ Factors split_biquadratic(const Quartic &f) {
     return {0, f.A2 <= 0 ? f.A2 - 2 * t : f.A2 + 2 * t};
 }
 
-// Ferrari: y is the smallest positive real root of the resolvent; re and im serve as scratch for its roots.
+// Ferrari's method, with the smallest positive real root y of the resolvent.  re and im are scratch memory.
 Factors split_by_resolvent(const Quartic &f, real *re, real *im) {
     real resolvent[] = {1, f.A2, f.A1, f.A0};
     CubicRoots(resolvent, re, im);
-    real y = 1e100;
+    real y = kAboveAllRoots;
     for (int i = 0; i < 3; ++i)
         if (im[i] == 0 && re[i] > 0 && re[i] < y) y = re[i];
     const real m = f.p + 4 * y;
@@ -199,7 +203,7 @@ void BiQuadRoots(long double *P, long double *RealRoot, long double *ImagRoot) {
     const Quartic f = depress(P[1], P[2], P[3], P[4]);
     const real h4 = 0.25L * f.b;
     const auto [n, g] = is_biquadratic(f) ? split_biquadratic(f) : split_by_resolvent(f, RealRoot, ImagRoot);
-    if (std::fabs(g) <= static_cast<real>(1e-8)) {  // one root of multiplicity 4; a NaN goes on to the factors
+    if (std::fabs(g) <= kSmallConstantTerm) {  // one root of multiplicity 4; a NaN goes on to the factors
         std::fill_n(RealRoot, 4, -h4);
         std::fill_n(ImagRoot, 4, 0.0L);
     } else {

@@ -1,4 +1,4 @@
-// What the root finder does to polynomials: reversal, normalisation, derivative, division by a quadratic.
+// Operations of the root finder on polynomials: reversal, normalisation, derivative, division by a quadratic.
 
 #include <mensura/roots.h>
 

@@ -1,4 +1,5 @@
-// The quadratic stage: a damped Newton iteration for a factor x^2 + u x + v, after Jenkins and Traub (1970).
+// The quadratic stage: a damped Newton iteration for a factor x^2 + u x + v, of the kind of Jenkins MA, Traub JF: A
+// three-stage algorithm for real polynomials using quadratic iteration, SIAM J Numer Anal 7(4):545-566 (1970).
 
 #include <mensura/roots.h>
 
@@ -11,10 +12,13 @@ namespace {
 constexpr int kSteps = 20;
 constexpr int kDampedSteps = 3;
 constexpr real kDamping = 0.75;
-constexpr int kLastEarlyStep = 18;  // the stop tests on the step size wait until here
+constexpr int kLastEarlyStep = 18;  // the tests of the size of a step begin behind it
+constexpr real kFarBeyond = 10;     // a step so many times larger than what it changes leads nowhere
+constexpr real kShortOfZero = 0.9;  // the part of a step that is taken where all of it leads to v = 0
+constexpr real kAboveAllErrors = 1e100;
 
-// KQ[j] = new_K(QP[j], QK[j-1]), and at once QK = KQ divided by x^2 + u x + v.  One pass: the division needs each new
-// KQ only once, and the old QK[j] is read just before it is overwritten.
+// KQ[j] = new_K(QP[j], QK[j-1]), and in the same pass QK = KQ divided by x^2 + u x + v: the division needs each new
+// KQ[j] once, and the old QK[j] is read before it is overwritten.
 template <typename NewK>
 void next_K(int N, const real *QP, real *KQ, real *QK, real u, real v, NewK new_K) {
     real old = QK[0];
@@ -39,6 +43,32 @@ void next_K(int N, const real *QP, real *KQ, real *QK, real u, real v, NewK new_
     QK[N] = before * u + last;
 }
 
+// The next K from the quotients of P and K by x^2 + u x + v.  Their remainders are b (x + u) + a and d (x + u) + c, so
+// that C1 = P(s1) P(s2) at the roots of the quadratic: the factor is the -P(s) / K(s) of the real stage for two roots.
+void update_K(int N, const real *QP, real *KQ, real *QK, real u, real v) {
+    const real a = QP[N], b = QP[N - 1], c = QK[N - 1], d = QK[N - 2];
+    const real C1 = v * b * b + u * a * b + a * a;
+    const real C2 = c * a + u * a * d + v * b * d;
+    if (magnitude(C1) < magnitude(C2) * kHuge) {
+        const real factor = C1 / -C2;
+        next_K(N, QP, KQ, QK, u, v, [factor](real qp, real qk) { return qp + qk * factor; });
+    } else {
+        next_K(N, QP, KQ, QK, u, v, [](real, real qk) { return qk; });
+    }
+}
+
+// The Newton step of u and v.  False where H, its denominator, is next to 0.
+bool find_step(const real *P, int N, const real *QP, const real *KQ, const real *QK, real u, real v, real &du,
+               real &dv) {
+    const real a = QP[N], b = QP[N - 1], c = QK[N - 1], d = QK[N - 2], k = KQ[N - 2];
+    const real G = b * c - a * d;
+    const real H = k * G * v + (d * v * d + u * c * d + c * c) * P[N];
+    if (magnitude(P[N]) > magnitude(H) * kHuge) return false;
+    du = k * (a * u * d + c * a + b * v * d) * v / H;
+    dv = -k * G * v * v / H;
+    return true;
+}
+
 // |step| at least |x| 2^-63, so that x moves.
 inline real at_least_one_ulp(real step, real x) {
     const real smallest = magnitude(x) * kTwoToMinus63;
@@ -47,32 +77,22 @@ inline real at_least_one_ulp(real step, real x) {
 }
 
 inline bool negligible_beside(real step, real x) { return magnitude(step) < magnitude(x) * 0x1p-60L; }
-inline bool far_beyond(real step, real x) { return magnitude(step) > 10 * magnitude(x); }
+inline bool far_beyond(real step, real x) { return magnitude(step) > kFarBeyond * magnitude(x); }
 
 void newton_step(IterationMemory &memory, Step step, const real *P, int N, real *QP, real *KQ, real *QK, real *TUV,
                  int *flag) {
     if (step == 0) memory.damping_restarted = 0;
     if (*flag == kNoProgress) memory.damping_restarted = step;
 
-    const real u = TUV[1], v = TUV[2], a = QP[N], b = QP[N - 1];
-    const real C1 = v * b * b + u * a * b + a * a;
-    const real C2 = QK[N - 1] * a + u * a * QK[N - 2] + v * b * QK[N - 2];
-    if (magnitude(C1) < magnitude(C2) * kHuge) {
-        const real factor = C1 / -C2;
-        next_K(N, QP, KQ, QK, u, v, [factor](real qp, real qk) { return qp + qk * factor; });
-    } else {
-        next_K(N, QP, KQ, QK, u, v, [](real, real qk) { return qk; });
-    }
-
-    const real c = QK[N - 1], d = QK[N - 2], k = KQ[N - 2];
-    const real G = b * c - a * d;
-    const real H = k * G * v + (d * v * d + u * c * d + c * c) * P[N];
-    if (magnitude(P[N]) > magnitude(H) * kHuge) {
+    const real u = TUV[1], v = TUV[2];
+    real du, dv;
+    update_K(N, QP, KQ, QK, u, v);
+    if (!find_step(P, N, QP, KQ, QK, u, v, du, dv)) {
         *flag = kAbandon;
         return;
     }
-    real du = at_least_one_ulp(k * (a * u * d + c * a + b * v * d) * v / H, u);
-    real dv = at_least_one_ulp(-k * G * v * v / H, v);
+    du = at_least_one_ulp(du, u);
+    dv = at_least_one_ulp(dv, v);
     if (step > kLastEarlyStep) {
         if (negligible_beside(du, u) && negligible_beside(dv, v)) {
             *flag = kStepNegligible;
@@ -89,7 +109,7 @@ void newton_step(IterationMemory &memory, Step step, const real *P, int N, real 
     }
     TUV[1] = u + du;
     TUV[2] = v + dv;
-    if (magnitude(TUV[2]) < kNegligible) TUV[2] = v + static_cast<real>(0.9) * dv;
+    if (magnitude(TUV[2]) < kNegligible) TUV[2] = v + kShortOfZero * dv;
     if (magnitude(TUV[1]) * kNegligible <= magnitude(TUV[2])) {
         *flag = kRunning;
         divide_by_quadratic(P, N, TUV, QP);
@@ -103,11 +123,11 @@ void newton_step(IterationMemory &memory, Step step, const real *P, int N, real 
 int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, real *KQ, real *QK, int N, real *TUV,
                     int *flag) {
     const real n = N;
-    const real weight = 1 / (magnitude(P[N]) * (n * n * n) * 16);  // n^3 is exact
+    const real weight = 1 / (magnitude(P[N]) * (n * n * n) * kErrorScale);  // n^3 is exact
     *flag = kRunning;
     divide_by_quadratic(P, N, TUV, QP);
     divide_by_quadratic(KQ, N - 1, TUV, QK);
-    real best = 1e100;
+    real best = kAboveAllErrors;
     for (int i = 0; i < kSteps; ++i) {
         newton_step(memory, Step{pass} * kSteps + i, P, N, QP, KQ, QK, TUV, flag);
         if (*flag == kAbandon) return 0;

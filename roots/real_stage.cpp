@@ -1,4 +1,5 @@
-// The real stage: a Newton-like iteration with a K polynomial for a real root s, after Jenkins and Traub (1970).
+// The real stage: a Newton iteration for a real root s, of the kind of Jenkins and Traub (see quadratic_stage.cpp).
+// Its K polynomial converges to P / (x - s), so that K(s) approaches the slope of P.
 
 #include <mensura/roots.h>
 
@@ -17,7 +18,7 @@ real horner(const real *p, int degree, real s, real *Q) {
     return value;
 }
 
-// KR[j] = new_K(j, QK[j-1]), and at once QK = KR by Horner's rule; returns its value at s.  The old QK[j] is read just
+// KR[j] = new_K(j, QK[j-1]), and in the same pass QK = KR by Horner's rule; returns KR(s).  The old QK[j] is read
 // before it is overwritten.
 template <typename NewK>
 real next_K(int N, real s, real *KR, real *QK, NewK new_K) {
@@ -36,7 +37,7 @@ int real_stage(IterationMemory &memory, int pass, const real *P, real *QPR, real
     if (pass == 0) memory.previous_value = 0;
     const real smallest = magnitude(P[N]) * kNegligible;
     const real n = N;
-    const real error_unit = magnitude(P[N]) * n * n * 16;
+    const real error_unit = magnitude(P[N]) * n * n * kErrorScale;
     real s = *S;
     horner(KR, N - 1, s, QK);
     for (int step = 0; step < kSteps; ++step) {
