@@ -14,9 +14,10 @@ void init(KalmanFilter *kf, Array A, Array C, Array Q, Array R, Array P, const d
     load(Q, n, n, &kf->Q);
     load(R, m, m, &kf->R);
     load(P, n, n, &kf->P);
-    const bool fits = m <= RMATRIX_CAPACITY && n <= RMATRIX_CAPACITY, is_zero = x0 == nullptr && fits;
-    if (!is_zero) load(x0, fits ? n : 0, 1, &kf->x);
-    initKalmanFilter(kf, &kf->A, &kf->C, &kf->Q, &kf->R, &kf->P, is_zero ? nullptr : &kf->x);
+    const bool fits = m <= RMATRIX_CAPACITY && n <= RMATRIX_CAPACITY;
+    const bool starts_at_zero = fits && x0 == nullptr;  // sizes that do not fit give an empty state instead
+    if (!starts_at_zero) load(x0, fits ? n : 0, 1, &kf->x);
+    initKalmanFilter(kf, &kf->A, &kf->C, &kf->Q, &kf->R, &kf->P, starts_at_zero ? nullptr : &kf->x);
 }
 
 template <typename Array>

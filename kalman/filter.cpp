@@ -36,7 +36,7 @@ void resetKalmanFilter(KalmanFilter *kf) {
     copyRMATRIX(&kf->xInit, &kf->x);
 }
 
-// An operation that fails empties its result, and every one that depends on it fails too.
+// An operation that fails empties its result, and an operation on an empty matrix fails too.
 RMATRIX *KalmanFilter_update(KalmanFilter *kf, const RMATRIX *z) {
     RMATRIX *const W = &kf->Work1, *const V = &kf->Work2;
 

@@ -7,26 +7,24 @@
 
 namespace {
 
-using Size = std::size_t;
+std::size_t count(int n) { return static_cast<std::size_t>(std::max(n, 0)); }
 
-Size count(int n) { return static_cast<Size>(std::max(n, 0)); }
-
-double *zeroed(double *m, Size rows, Size cols) {
+double *zeroed(double *m, std::size_t rows, std::size_t cols) {
     std::fill_n(m, rows * cols, 0.0);
     return m;
 }
 
-// Of one axis; symmetric.
+// Of the position p, velocity v and acceleration a of one axis.
 struct Covariance {
     double pp, pv, pa, vv, va, aa;
 };
 
 double *covariance(double *m, int states, const Covariance &c) {
-    const Size n = count(states), k = n / 3;
+    const std::size_t n = count(states), k = n / 3;
     zeroed(m, n, n);
-    const auto set_both = [&](Size i, Size j, double value) { m[i * n + j] = m[j * n + i] = value; };
-    for (Size i = 0; i < k; ++i) {
-        const Size p = i, v = i + k, a = i + 2 * k;
+    const auto set_both = [&](std::size_t i, std::size_t j, double value) { m[i * n + j] = m[j * n + i] = value; };
+    for (std::size_t i = 0; i < k; ++i) {
+        const std::size_t p = i, v = i + k, a = i + 2 * k;
         set_both(p, p, c.pp);
         set_both(p, v, c.pv);
         set_both(p, a, c.pa);
@@ -37,20 +35,21 @@ double *covariance(double *m, int states, const Covariance &c) {
     return m;
 }
 
-// Ones, or r, on the diagonal.
-double *diagonal(double *m, Size rows, Size cols, double value) {
+// `value` on the diagonal, 0 elsewhere.
+double *diagonal(double *m, std::size_t rows, std::size_t cols, double value) {
     zeroed(m, rows, cols);
-    for (Size i = 0; i < rows; ++i) m[i * cols + i] = value;
+    for (std::size_t i = 0; i < rows; ++i) m[i * cols + i] = value;
     return m;
 }
 
 }  // namespace
 
+// Each axis: p += dt v, v += dt a.
 double *getKalmanFilterA(double *A, int states, double dt) {
-    const Size n = count(states), k = n / 3;
+    const std::size_t n = count(states), k = n / 3;
     zeroed(A, n, n);
-    for (Size i = 0; i < 3 * k; ++i) A[i * n + i] = 1.0;
-    for (Size i = 0; i < 2 * k; ++i) A[i * n + i + k] = dt;
+    for (std::size_t i = 0; i < 3 * k; ++i) A[i * n + i] = 1.0;
+    for (std::size_t i = 0; i < 2 * k; ++i) A[i * n + i + k] = dt;
     return A;
 }
 
@@ -63,5 +62,5 @@ double *getKalmanFilterQ(double *Q, int n, double qpp, double qpv, double qpa, d
 double *getKalmanFilterR(double *R, int m, double r) { return diagonal(R, count(m), count(m), r); }
 
 double *getKalmanFilterP(double *P, int n, double p) {
-    return covariance(P, n, {p, p, p, 100000.0 * p, 100.0 * p, 1000.0 * p});
+    return covariance(P, n, {.pp = p, .pv = p, .pa = p, .vv = 100000.0 * p, .va = 100.0 * p, .aa = 1000.0 * p});
 }
