@@ -11,7 +11,7 @@ void fuzz::test(Input &input) {
     const std::string quantity = input.ConsumeRandomLengthString(20);
     std::string complaint, line = "mensura\n" + input.ConsumeRemainingBytesAsString();  // an argument a line
     const std::optional<double> value = cli::parse_quantity(quantity, cli::kHertz, complaint);
-    law(value ? std::isfinite(*value) && complaint.empty() : !complaint.empty());
+    check(value ? std::isfinite(*value) && complaint.empty() : !complaint.empty());
     std::vector<char *> arguments{line.data()};
     for (std::size_t at = 0; (at = line.find('\n', at)) != std::string::npos;) {
         line[at++] = '\0';
@@ -22,7 +22,7 @@ void fuzz::test(Input &input) {
     program.parse_complete_callback([] { throw Parsed(); });
     try {
         const int status = cli::run(program, static_cast<int>(arguments.size()), arguments.data());
-        law(status == 0 || status == 2);
+        check(status == 0 || status == 2);
     } catch (const Parsed &) {  // a call that is right
     }
 }

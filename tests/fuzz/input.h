@@ -1,4 +1,4 @@
-// What the fuzz targets share: hostile numbers out of the fuzzer's bytes, and laws that must hold.
+// What the fuzz targets share: hostile numbers out of the fuzzer's bytes, and checks that end the run.
 #pragma once
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -9,6 +9,8 @@
 #include <limits>
 #include <vector>
 
+#include "support/bits.h"
+
 namespace fuzz {
 
 using Input = FuzzedDataProvider;
@@ -16,7 +18,9 @@ using Doubles = std::vector<double>;
 
 void test(Input &input);  // each target's own
 
-inline void law(bool holds) {
+using support::same_bits;
+
+inline void check(bool holds) {
     if (!holds) __builtin_trap();
 }
 
@@ -47,13 +51,6 @@ std::vector<Real> numbers(Input &input, int n, std::size_t fresh = 24) {
     for (; i < x.size() && i < fresh && input.remaining_bytes() > 0; ++i) x[i] = static_cast<Real>(number(input));
     for (const std::size_t period = i; i < x.size() && period > 0; ++i) x[i] = x[i - period];
     return x;
-}
-
-// The same numbers, NaNs alike, signs of 0 as well.
-inline bool same(double a, double b) { return (a == b && std::signbit(a) == std::signbit(b)) || (a != a && b != b); }
-
-inline bool same(const Doubles &a, const Doubles &b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](double x, double y) { return same(x, y); });
 }
 
 }  // namespace fuzz

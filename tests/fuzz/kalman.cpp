@@ -22,8 +22,8 @@ static void filter_matrices(Input &input) {
         if (input.ConsumeIntegralInRange(0, 7) == 7) resetKalmanFilter(&kf);
         const RMATRIX *const x =
             step % 2 == 0 ? KalmanFilter_update(&kf, &z) : KalmanFilter_update1(&kf, &z, set(input, a, n, n));
-        law(x == &kf.x && (isEmptyRMATRIX(x) != 0 || (x->rows == kf.A.rows && x->cols == 1)));
-        law(getKalmanFilter_out(&kf) == &kf.y);
+        check(x == &kf.x && (isEmptyRMATRIX(x) != 0 || (x->rows == kf.A.rows && x->cols == 1)));
+        check(getKalmanFilter_out(&kf) == &kf.y);
     }
 }
 
@@ -34,15 +34,15 @@ static void filter_arrays(Input &input) {
     Doubles a = numbers(input, n * n), q = numbers(input, n * n), p = numbers(input, n * n), c = numbers(input, n * m);
     Doubles r = numbers(input, m * m), x0 = numbers(input, n), x = x0, y = numbers(input, m);
     if (input.ConsumeBool()) {
-        law(getKalmanFilterA(a.data(), n, s) == a.data() && getKalmanFilterR(r.data(), m, s) == r.data());
+        check(getKalmanFilterA(a.data(), n, s) == a.data() && getKalmanFilterR(r.data(), m, s) == r.data());
         getKalmanFilterP(getKalmanFilterQ(p.data(), n, s, 0, 0, s, 0, 1), n, s);
         if (n == 3 * m) getKalmanFilterC(c.data(), m);
     }
     initKalmanFilter_d(&kf, a.data(), c.data(), q.data(), r.data(), p.data(), x0.data(), m, n);
     for (int step = 0; step < 3; ++step) {
-        law(KalmanFilter_update_d(&kf, y.data(), x.data()) == x.data());
-        law(KalmanFilter_update1_d(&kf, numbers(input, m).data(), a.data(), x.data()) == x.data());
-        law(isEmptyRMATRIX(&kf.x) != 0 || (n <= RMATRIX_CAPACITY && kf.x.rows == n));
+        check(KalmanFilter_update_d(&kf, y.data(), x.data()) == x.data());
+        check(KalmanFilter_update1_d(&kf, numbers(input, m).data(), a.data(), x.data()) == x.data());
+        check(isEmptyRMATRIX(&kf.x) != 0 || (n <= RMATRIX_CAPACITY && kf.x.rows == n));
         getKalmanFilter_out_d(&kf, y.data());
         if (input.ConsumeBool()) resetKalmanFilter_d(&kf, x0.data());
     }

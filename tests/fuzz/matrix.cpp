@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "input.h"
+#include "support/reference/matrix.h"
 
 using namespace fuzz;
 
@@ -13,15 +14,23 @@ static void fill(Input &input, RMATRIX &m) {
     const int rows = code(input, -1, most), cols = input.ConsumeBool() ? rows : code(input, -1, most);
     initRMATRIX_identity(&m, rows, cols);
     if (rows < 1 || rows > RMATRIX_CAPACITY || cols < 1 || cols > RMATRIX_CAPACITY) return;
-    law(setRMATRIX_ptr(numbers(input, rows * cols).data(), rows, cols, &m) == &m);
+    check(setRMATRIX_ptr(numbers(input, rows * cols).data(), rows, cols, &m) == &m);
 }
 
 // A result by pointer and by value is the same, and empty when it was refused.
 static void compare(const RMATRIX *result, const RMATRIX &out, const RMATRIX &by_value) {
-    law(result == (out.rows == 0 && out.cols == 0 ? nullptr : &out));
-    law(result == nullptr ? isEmptyRMATRIX(&by_value) == 1 : out.rows == by_value.rows && out.cols == by_value.cols);
+    check(result == (out.rows == 0 && out.cols == 0 ? nullptr : &out));
+    check(result == nullptr ? isEmptyRMATRIX(&by_value) == 1 : out.rows == by_value.rows && out.cols == by_value.cols);
     for (int i = 0; i < out.rows * RMATRIX_CAPACITY; ++i)
-        law(i % RMATRIX_CAPACITY >= out.cols || same(out.data[i], by_value.data[i]));
+        check(i % RMATRIX_CAPACITY >= out.cols || same_bits(out.data[i], by_value.data[i]));
+}
+
+// The elements of a result; none of an empty one.
+static reference::Grid grid(const RMATRIX &m) {
+    reference::Grid elements{m.rows, m.cols};
+    for (int i = 0; i < m.rows; ++i)
+        for (int j = 0; j < m.cols; ++j) elements(i, j) = m.data[i * RMATRIX_CAPACITY + j];
+    return elements;
 }
 
 static void combine(Input &input) {
@@ -30,6 +39,7 @@ static void combine(Input &input) {
     fill(input, b);
     if (input.ConsumeBool()) b = a;
     compare(rmatrix_multi_ptr(&a, &b, &out), out, rmatrix_multi(a, b));
+    if (out.rows > 0) check(same_bits(grid(out).values, reference::product(grid(a), grid(b)).values));
     compare(rmatrix_transpose_ptr(&a, &out), out, rmatrix_transpose(a));
     out = a;
     compare(rmatrix_add_ptr(&out, &b, &out), out, rmatrix_add(a, b));
@@ -37,6 +47,7 @@ static void combine(Input &input) {
     compare(rmatrix_sub_ptr(&b, &out, &out), out, rmatrix_sub(b, a));
     out = a;
     compare(rmatrix_inverse_ptr(&out, &out), out, rmatrix_inverse(a));
+    if (out.rows > 0) check(same_bits(grid(out).values, reference::inverse(grid(a)).value().values));
     rmatrix_to_vector(&a, nullptr);
 }
 
@@ -51,11 +62,11 @@ static void decompose(Input &input) {
     Matrix *r = nullptr, *q = nullptr;
     householder(x.get(), &r, &q);
     const Heap upper(r, matrix_delete), orthogonal(q, matrix_delete), product(matrix_mul(q, r), matrix_delete);
-    law(q->m == m && q->n == m && product->m == m && product->n == n);
+    check(q->m == m && q->n == m && product->m == m && product->n == n);
     matrix_transpose(part.get());
     mcol(x.get(), column.data(), any);
     vdiv(vmadd(column.data(), column.data(), number(input), column.data(), m), number(input), column.data(), m);
-    law(!(vnorm(column.data(), m) < 0));
+    check(!(vnorm(column.data(), m) < 0));
 }
 
 void fuzz::test(Input &input) { input.PickValueInArray({combine, decompose})(input); }

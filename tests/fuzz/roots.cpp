@@ -14,12 +14,12 @@ static void find(Input &input) {
     if (leading_zeros) std::fill_n(c.begin(), 80, 0.0);
     const Doubles before = c;
     const int found = FindRoots(n, c.data(), reinterpret_cast<CplxD *>(roots.data()));
-    law((found == 0 || found == degree) && same(c, before));
-    if (found == 0) law(same(roots, again));
-    law(FindRoots(n, c.data(), reinterpret_cast<CplxD *>(again.data())) == found && same(roots, again));
+    check((found == 0 || found == degree) && same_bits(c, before));
+    if (found == 0) check(same_bits(roots, again));
+    check(FindRoots(n, c.data(), reinterpret_cast<CplxD *>(again.data())) == found && same_bits(roots, again));
     for (std::size_t i = 1; found > 0 && i < roots.size(); i += 2) {  // imaginary parts of a pair cancel
         if (roots[i] == 0 || std::isnan(roots[i])) continue;
-        law(i + 2 < roots.size() && same(roots[i + 2], -roots[i]));
+        check(i + 2 < roots.size() && same_bits(roots[i + 2], -roots[i]));
         i += 2;
     }
 }
@@ -39,7 +39,7 @@ static void run_stages(Input &input) {
     DerivOfP(p.data(), n, p.data());
     ReversePoly(p.data(), n);
     const int found = QuadCubicRoots(quartic.data(), mode, re.data(), im.data());
-    law(found >= 0 && found <= 4);
+    check(found >= 0 && found <= 4);
     for (const auto solve : {QuadRoots, CubicRoots, BiQuadRoots}) solve(quartic.data(), re.data(), im.data());
     InvertRoots(4, re.data(), im.data());
 }

@@ -18,11 +18,11 @@ static Doubles copy_table(const std::string &text, const std::vector<std::string
             table.write_line(out);
             continue;
         }
-        law(table.values().size() == table.columns().size());
+        check(table.values().size() == table.columns().size());
         all.insert(all.end(), table.values().begin(), table.values().end());
         table.write_row(out, table.values());
     }
-    law(table.rows() * table.columns().size() == all.size());
+    check(table.rows() * table.columns().size() == all.size());
     out.flush();
     return all;
 }
@@ -35,11 +35,11 @@ void fuzz::test(Input &input) {
     try {
         const Doubles before = copy_table(text, wanted, out);
         std::string copy(static_cast<std::size_t>(lseek(out.descriptor(), 0, SEEK_END)), ' ');
-        law(pread(out.descriptor(), copy.data(), copy.size(), 0) == static_cast<ssize_t>(copy.size()));
-        law(same(before, copy_table(copy, wanted, again)));
+        check(pread(out.descriptor(), copy.data(), copy.size(), 0) == static_cast<ssize_t>(copy.size()));
+        check(same_bits(before, copy_table(copy, wanted, again)));
         cli::Source source("table", text);
         const cli::Record record = cli::read_record(source, wanted, {});
-        for (const cli::Channel &channel : record.channels) law(channel.samples.size() == record.length());
+        for (const cli::Channel &channel : record.channels) check(channel.samples.size() == record.length());
     } catch (const cli::Failure &) {  // tells of bad input
     }
 }

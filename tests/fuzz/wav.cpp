@@ -9,10 +9,10 @@
 using namespace fuzz;
 
 static Doubles samples_of(cli::WavReader &wav) {
-    law(wav.channels() >= 1);
+    check(wav.channels() >= 1);
     Doubles all, block(cli::kWavFrames * wav.channels());
     while (const std::size_t count = wav.read(block)) {
-        law(count <= block.size() && count % wav.channels() == 0);
+        check(count <= block.size() && count % wav.channels() == 0);
         all.insert(all.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(count));
     }
     return all;
@@ -21,7 +21,7 @@ static Doubles samples_of(cli::WavReader &wav) {
 void fuzz::test(Input &input) {
     const auto bytes = input.ConsumeRemainingBytes<char>();
     const int file = memfd_create("sound", 0);
-    law(write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
+    check(write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
     cli::Output out("/tmp/never_committed");
     try {
         cli::Source source(fmt::format("/proc/self/fd/{}", file));
@@ -32,7 +32,7 @@ void fuzz::test(Input &input) {
         writer.finish();
         cli::Source written(fmt::format("/proc/self/fd/{}", out.descriptor()));
         cli::WavReader again(written);
-        law(again.channels() == wav.channels() && samples_of(again).size() == samples.size());
+        check(again.channels() == wav.channels() && samples_of(again).size() == samples.size());
     } catch (const cli::Failure &) {  // tells of bad input
     }
     close(file);

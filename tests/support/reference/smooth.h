@@ -36,7 +36,7 @@ inline std::vector<double> divisor_and_weights(const Smoother &s, std::size_t i)
     std::vector<double> row{1};
     const auto off = [](long double w) { return std::fabs(std::remainder(w, 1.0L)); };
     while ((weights * static_cast<long double>(row[0])).apply(off).max() > 1e-14L) ++row[0];
-    for (const long double w : weights) row.push_back(std::round(static_cast<double>(w) * row[0]));
+    for (const long double w : weights) row.push_back(std::round(static_cast<double>(w) * row[0]) + 0.0);  // no -0
     return row;
 }
 
@@ -49,9 +49,11 @@ inline std::vector<double> smoothed(const Smoother &s, const double *x, std::siz
         const std::size_t after = n - 1 - j, i = std::min({j, after, s.window / 2});
         const bool right = after < std::min(j, s.window / 2), fractions = s.window == 11 && i < 5;
         const std::vector<double> &row = rows[i];
-        y[j] = 0;
-        for (std::size_t k = 0; k < s.window; ++k)
-            y[j] += (fractions ? row[k + 1] / row[0] : row[k + 1]) * (right ? x[n - 1 - k] : x[j - i + k]);
+        for (std::size_t k = 0; k < s.window; ++k) {
+            const double weight = fractions ? row[k + 1] / row[0] : row[k + 1];
+            const double term = weight * (right ? x[n - 1 - k] : x[j - i + k]);
+            y[j] = k == 0 ? term : y[j] + term;
+        }
         y[j] /= fractions ? 1 : row[0];
     }
     return y;
