@@ -90,7 +90,7 @@ class StepFactor {
 };
 
 constexpr double kHalveBelow = 0.75, kDoubleAbove = 1.5;  // factors
-constexpr double kShortest = 0.015625, kLongest = 64.0;   // of the first step, not reached: 1/32 to 32 of it are used
+constexpr double kShortest = 0.015625, kLongest = 64.0;   // of the first step: all but the last step stay within
 constexpr double kEndTolerance = 1e-05;                   // of |t1|: a step that ends this near to t1 ends at it
 constexpr int kMostSteps = 20000;                         // accepted
 constexpr int kMostRejections = 20000;                    // in a row: the attempt would be rejected for ever

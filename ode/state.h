@@ -1,4 +1,4 @@
-// What both integrators share.
+// Shared by both integrators.
 #pragma once
 
 #include <mensura/ode.h>
