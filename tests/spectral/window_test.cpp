@@ -26,31 +26,15 @@ std::vector<double> window(Size n, int kind, double alpha, double beta, int unit
 // and of general_cosine(6, a) with a the constants of the header, the odd ones negated, for wkFlatTop (1,
 // 1.93293488969227, 1.28349769674027, 0.38130801681619, 0.02929730258511), wkNuttall and wkKaiserBessel.
 // mpmath 1.2.1: sinc(0.6 * pi)**1.5 and sin(0.2 * pi)**1.5.
-constexpr struct {
-    int kind;
-    double first;
-    bool has_own_centre;  // takes no flat middle
-    bool uses_beta;
-} kWindows[] = {
-    {wkKaiser, 0.8463630030778, true, true},
-    {wkSinc, 0.3583915848216, false, true},
-    {wkHanning, 0.3454915028125, false, false},
-    {wkHamming, 0.3978521825875, false, false},
-    {wkBlackman, 0.2007701432625, false, false},
-    {wkFlatTop, -0.3181431487553, true, false},
-    {wkBlackmanHarris, 0.1030114893457, false, false},
-    {wkBlackmanNuttall, 0.1005152530499, false, false},
-    {wkNuttall, 0.0986650640741, false, false},
-    {wkKaiserBessel, 0.1680168543582, false, false},
-    {wkTriangle, 0.5000000000000, false, false},
-    {wkGauss, 0.0699415237957, false, false},
-    {wkSine, 0.4506382253489, false, true},
-};
+constexpr double kFirst[] = {0.8463630030778,  0.3583915848216, 0.3454915028125, 0.3978521825875, 0.2007701432625,
+                             -0.3181431487553, 0.1030114893457, 0.1005152530499, 0.0986650640741, 0.1680168543582,
+                             0.5000000000000,  0.0699415237957, 0.4506382253489};
 
 TEST(WindowData, has_the_values_of_its_windows) {
-    for (const auto &[kind, first, has_own_centre, uses_beta] : kWindows) {
+    for (int kind = wkKaiser; kind <= wkSine; ++kind) {
         SCOPED_TRACE(testing::Message() << "window " << kind);
-        EXPECT_NEAR(window(4, kind, 0, 1.5)[0], first, 1e-13);
+        const bool uses_beta = kind == wkKaiser || kind == wkSinc || kind == wkSine;
+        EXPECT_NEAR(window(4, kind, 0, 1.5)[0], kFirst[kind - wkKaiser], 1e-13);
         EXPECT_NEAR(window(9, kind, 0, 1.5)[4], kind == wkFlatTop ? 4.62703790583384 : 1, 4 * DBL_EPSILON);
         EXPECT_SAME_BITS(window(9, kind, -1, -1), window(9, kind, 0, 0));  // both are clamped
         EXPECT_SAME_BITS(window(9, kind, NAN, 25), window(9, kind, 0, 10));
@@ -59,10 +43,11 @@ TEST(WindowData, has_the_values_of_its_windows) {
 }
 
 TEST(WindowData, is_symmetric_with_a_flat_middle_and_a_mean_gain_of_one_if_asked) {
-    for (const auto &[kind, first, has_own_centre, uses_beta] : kWindows)
+    for (int kind = wkKaiser; kind <= wkSine; ++kind)
         for (Size n = 1; n <= 40; ++n)
             for (const double alpha : {0.0, 0.29, 0.3, 0.5, 1.0, 2.0}) {
                 SCOPED_TRACE(testing::Message() << "window " << kind << ", " << n << " points, alpha " << alpha);
+                const bool has_own_centre = kind == wkKaiser || kind == wkFlatTop;  // and takes no flat middle
                 const Size flat = has_own_centre ? 0 : static_cast<Size>(alpha * static_cast<double>(n));
                 const Size taper = n - std::min(n, flat + flat % 2);
                 if (kind == wkTriangle && taper % 2 == 0) continue;  // its points are no samples of a curve
