@@ -50,13 +50,14 @@ def identifier(name):
     shown = f"<mi{upright}>{html.escape(SYMBOLS.get(base, base))}</mi>"
     if below:
         shown = f"<msub>{shown}<m{'n' if below.isdigit() else 'i'}>{below}</m{'n' if below.isdigit() else 'i'}></msub>"
-    return f"<msup>{shown}<mo>{'′' * primes}</mo></msup>" if primes else shown
+    return f'<mrow>{shown}<mo lspace="0" rspace="0">{"′" * primes}</mo></mrow>' if primes else shown
 
 
 class Parser:
     def __init__(self, text):
         self.tokens = tokens(text)
         self.at = 0
+        self.in_exponent = False
 
     def peek(self):
         return self.tokens[self.at] if self.at < len(self.tokens) else (None, None)
@@ -85,12 +86,15 @@ class Parser:
         parts = [self.power()]
         while True:
             kind, text = self.peek()
-            if text == "/":
+            if text == "/" and self.in_exponent:  # a fraction would be too small to read
+                self.take()
+                parts += ["<mo>/</mo>", self.power()]
+            elif text == "/":
                 self.take()
                 below = bare(self.power())
                 while self.peek()[1] in ("[", "("):  # a function of something, below the line
                     below = row([below, self.power()])
-                parts = [f"<mfrac>{bare(row(parts))}{below}</mfrac>"]
+                parts = [f'<mfrac displaystyle="true">{bare(row(parts))}{below}</mfrac>']
             elif kind in ("number", "name") and text not in ("in", "mod"):
                 parts += ['<mspace width="0.2em"/>', self.power()]
             elif text in ("(", "[", "{") or (text == "|" and closing != "|"):
@@ -109,7 +113,10 @@ class Parser:
         sign = ["<mo>−</mo>"] if self.peek()[1] == "-" else []
         if sign:
             self.take()
-        return f"<msup>{base}{row([*sign, bare(self.atom())])}</msup>"
+        outside, self.in_exponent = self.in_exponent, True
+        exponent = row([*sign, bare(self.atom())])
+        self.in_exponent = outside
+        return f"<msup>{base}{exponent}</msup>"
 
     def atom(self):
         kind, text = self.take() if self.peek()[0] else (None, None)
@@ -125,13 +132,15 @@ class Parser:
             if self.peek()[1] != closing:
                 raise NotAFormula(text)
             self.take()
-            return f'<mrow class="group"><mo>{text}</mo>{inside}<mo>{closing}</mo></mrow>'
+            tall = any(tag in inside for tag in ("<mfrac", "<munder", "<msqrt"))
+            still = "" if tall else ' stretchy="false"'
+            return f'<mrow class="group"><mo{still}>{text}</mo>{inside}<mo{still}>{closing}</mo></mrow>'
         raise NotAFormula(str(text))
 
 
 def bare(shown):
     """Without the round brackets that a fraction, a root or an exponent makes superfluous."""
-    match = re.fullmatch(r'<mrow class="group"><mo>\(</mo>(.*)<mo>\)</mo></mrow>', shown, re.S)
+    match = re.fullmatch(r'<mrow class="group"><mo[^>]*>\(</mo>(.*)<mo[^>]*>\)</mo></mrow>', shown, re.S)
     if match and balanced(match.group(1)):
         return f"<mrow>{match.group(1)}</mrow>"
     return shown
@@ -139,7 +148,7 @@ def bare(shown):
 
 def balanced(inside):
     depth = 0
-    for bracket in re.findall(r"<mo>([()])</mo>", inside):
+    for bracket in re.findall(r"<mo[^>]*>([()])</mo>", inside):
         depth += 1 if bracket == "(" else -1
         if depth < 0:
             return False
@@ -166,5 +175,5 @@ def block(text):
 
 def inline(text):
     """Powers and pi in running text that is escaped already."""
-    text = re.sub(r"\^(?:\(([^()\s][^()]{0,20})\)|(-?\w+))", lambda m: f"<sup>{m.group(1) or m.group(2)}</sup>", text)
+    text = re.sub(r"\^(?:\(([^()]{1,20})\)|(-?\w+))", lambda m: f"<sup>{m.group(1) or m.group(2)}</sup>", text)
     return re.sub(r"\bpi\b", "π", text)

@@ -10,6 +10,7 @@ import formulas
 
 # The headers in the order of the navigation.
 GROUPS = ["iir", "spectral", "smooth", "online", "kalman", "matrix", "ode", "roots", "complex"]
+RECORDS = {"iir": "Codes and records", "ode": "Types and data"}  # else "Records"
 
 
 @dataclass
@@ -26,7 +27,7 @@ def escaped(text):
 
 def running(text):
     """Running text, with links to the guides that it names."""
-    return re.sub(r"\b(\w+\.md)\b", r'<a href="\1">\1</a>', formulas.inline(escaped(text)))
+    return re.sub(r"\b(\w+\.md)\b", r'<a href="\1">\1</a>', escaped(text))
 
 
 class Renderer:
@@ -87,22 +88,12 @@ class Renderer:
         return f'<table class="arguments"><caption>{head}</caption>{"".join(rows)}</table>\n'
 
     def description(self, node):
-        """Summary and details."""
-        summary, details = ("".join(self.show(part) for part in node.find(where))
-                            for where in ("briefdescription", "detaileddescription"))
-        if summary and re.match(r"<p>\s*[^<\s]", details):  # one paragraph in the header
-            summary, details = summary.removesuffix("</p>\n") + " ", details.removeprefix("<p>")
-        return re.sub(r"<p>\s*</p>\n?", "", summary + details)
+        text = "".join(self.show(part) for part in node.find("detaileddescription"))
+        return re.sub(r"<p>\s*</p>\n?", "", text)
 
     def fields(self, rows):
         return '<table class="fields">' + "".join(
             f'<tr{row_id}><td><code>{name}</code></td><td>{text}</td></tr>' for row_id, name, text in rows) + "</table>\n"
-
-
-def summary(renderer, node):
-    text = [renderer.paragraphs(node.find(where)) for where in ("briefdescription", "detaileddescription")]
-    text = " ".join(filter(None, text))
-    return text if ". " in text else text.removesuffix(".")  # Doxygen's full stop behind a phrase
 
 
 def first_line(section):
@@ -136,7 +127,7 @@ class Header:
 
     def enumeration(self, node):
         rows = [(f' id="{value.findtext("name")}"', f'<dfn>{value.findtext("name")}</dfn> {value.findtext("initializer")}',
-                 summary(self.renderer, value)) for value in node.findall("enumvalue")]
+                 self.renderer.paragraphs(value.find("detaileddescription"))) for value in node.findall("enumvalue")]
         name = node.findtext("name")
         title = "" if name.startswith("@") else f'<h3 id="{name}">enum {name}</h3>\n'
         return title + self.renderer.description(node) + self.renderer.fields(rows)
@@ -147,12 +138,22 @@ class Header:
         for field in node.iter("memberdef"):
             kind = "".join(field.find("type").itertext())
             rows.append(("", f"{escaped(kind)} {field.findtext('name')}{field.findtext('argsstring')}".replace("* ", "*"),
-                         summary(self.renderer, field)))
+                         self.renderer.paragraphs(field.find("detaileddescription"))))
         name = node.findtext("compoundname")
         return (int(node.find("location").get("line")),
                 f'<h3 id="{name}">{name}</h3>\n{self.renderer.description(node)}{self.renderer.fields(rows)}')
 
+    def check_formulas(self):
+        """Every indented block of the header has come as one."""
+        comments = "\n".join(self.lines)
+        blocks = len(re.findall(r"(?m)^ \*\n(?: \*     .*\n)+", comments))
+        files = [self.folder / f"{inner.get('refid')}.xml" for inner in self.group.findall("innerclass")]
+        found = len(list(self.group.iter("verbatim"))) + sum(len(list(xml.parse(file).iter("verbatim"))) for file in files)
+        if blocks != found:
+            raise ValueError(f"{self.name}.h has {blocks} blocks of formulas, of which Doxygen read {found}")
+
     def page(self):
+        self.check_formulas()
         parts = [f"<h1>{self.group.findtext('title')}</h1>\n", self.renderer.description(self.group)]
         sections = []
         items = [self.record(inner) for inner in self.group.findall("innerclass")]
@@ -161,7 +162,7 @@ class Header:
                 show = self.enumeration if section.get("kind") == "enum" else self.member
                 items += [(int(node.find("location").get("line")), show(node)) for node in section.findall("memberdef")]
         if items:
-            sections.append(("records", "Codes and records" if self.name in ("iir", "spectral") else "Records"))
+            sections.append(("records", RECORDS.get(self.name, "Records")))
             parts += ['<h2 id="records">', sections[-1][1], "</h2>\n", *(text for _, text in sorted(items))]
         for section in sorted(self.group.findall("sectiondef"), key=first_line):
             if section.get("kind") not in ("func", "user-defined"):

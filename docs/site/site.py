@@ -110,8 +110,8 @@ class Site:
             self.write(name, inside, body)
         return name
 
-    def link_names(self, body, file):
-        """Links each name of the interface to its place in the reference."""
+    def finish(self, body, file):
+        """Links each name of the interface to its place in the reference; sets powers outside of code."""
         parts, within = re.split(r"(<!--.*?-->|<[^>]+>)", body, flags=re.S), []
         for i, part in enumerate(parts):
             if part.startswith("<!--"):
@@ -125,6 +125,8 @@ class Site:
                     within.append(tag)
             elif not {"a", "dfn", "h1", "h2", "h3", "math"} & set(within):
                 as_code = "code" in within
+                if not as_code:
+                    part = formulas.inline(part)
                 parts[i] = self.any_name.sub(lambda m: self.link(m.group(1), as_code, file), part)
         return "".join(parts)
 
@@ -164,7 +166,7 @@ class Site:
             path = getattr(page, "path", "docs/reference")
             body = re.sub(r'(href|src)="([^"]+)"', lambda m: f'{m.group(1)}="{self.to_page(m.group(2), path)}"', page.body)
             body = re.sub(r">(?:docs/)?(\w+)\.md</a>", lambda m: f">{self.title_of(m.group(1))}</a>", body)
-            self.write(page.file, page.title, self.link_names(body, page.file))
+            self.write(page.file, page.title, self.finish(body, page.file))
         self.search_index()
         functions = set(re.findall(r"^\s+(\w+);", (self.source / "cmake" / "exports.map").read_text(), re.M))
         return check.faults(self.target, functions - WORDS, functions - set(self.names))

@@ -40,6 +40,7 @@ MENSURA_EXPORT CplxD CplxDMult(CplxD a, CplxD b);
 MENSURA_EXPORT CplxD CplxDMult_coef(CplxD a, double c);
 
 /** The quotient a / b.
+ * With d for the squared modulus of b:
  *
  *     a / b = {(a.re b.re + a.im b.im) / d, (a.im b.re - a.re b.im) / d},  d = b.re^2 + b.im^2
  *
@@ -50,8 +51,9 @@ MENSURA_EXPORT CplxD CplxDDivision(CplxD a, CplxD b);
 MENSURA_EXPORT double CplxDCabs(CplxD a);
 
 /** The principal value of a to the real power p.
+ * With the argument of a from -pi to pi:
  *
- *     a^p = |a|^p {cos(p arg a), sin(p arg a)},  arg a in [-pi, pi]
+ *     a^p = |a|^p {cos(p arg a), sin(p arg a)}
  *
  * |p| < 1e-50 gives {1, 0}, whatever a is; otherwise |a| < 1e-50 gives {0, 0}, also for a negative p. */
 MENSURA_EXPORT CplxD CplxDPow(CplxD a, double p);
@@ -63,6 +65,7 @@ MENSURA_EXPORT CplxD CplxDCos(CplxD a);
 MENSURA_EXPORT CplxD CplxDSin(CplxD a);
 
 /** The tangent.
+ * With d for the common denominator:
  *
  *     tan a = {sin x cos x / d, sinh y cosh y / d},  d = cosh^2 y - sin^2 x
  *

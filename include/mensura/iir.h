@@ -82,6 +82,7 @@ typedef struct IIRDesignSpec {
 } IIRDesignSpec;
 
 /** A digital cascade: its sections k < NumSections, applied one after the other.
+ * Each has the transfer function
  *
  *     H_k(z) = a0[k] (b0[k] + b1[k] z^-1 + b2[k] z^-2) / (1 + a1[k] z^-1 + a2[k] z^-2)
  *
@@ -117,7 +118,8 @@ typedef struct TIIRFilterBank {
     int Count;              /**< filters in use */
 } TIIRFilterBank;
 
-/** An analog prototype: the product of its sections k < SectionCount.  The sections beyond are 1 / 1.
+/** An analog prototype: the product of its sections k < SectionCount.
+ * The sections beyond are 1 / 1.  Each has the transfer function
  *
  *     H_k(s) = (Num2[k] s^2 + Num1[k] s + Num0[k]) / (Den2[k] s^2 + Den1[k] s + Den0[k])
  */
@@ -256,6 +258,7 @@ MENSURA_EXPORT void FilterWithIIR(const double *x, double *out, int n, IIRCoeffs
 MENSURA_EXPORT double SectCalc(double x, int k, int j, IIRCoeffs coeffs);
 
 /** The frequency response of the first numSections sections of a cascade.
+ * At w radians a sample it is
  *
  *     H(w) = prod_k a0[k] (b0[k] + b1[k] z^-1 + b2[k] z^-2) / (1 + a1[k] z^-1 + a2[k] z^-2),  z^-1 = exp(-j w)
  *
@@ -325,16 +328,18 @@ MENSURA_EXPORT int RebuildPoly(int count, double *poly, double *c2, double *c1, 
 MENSURA_EXPORT int ButterworthPoly(int n, CplxD *roots);
 
 /** The n poles of a Chebyshev filter.
+ * With t = (2i + 1) pi / (2n) and the ripple in dB they are
  *
  *     -sinh a sin t + j cosh a cos t,  a = asinh(1 / eps) / n,  eps = sqrt(10^(ripple / 10) - 1)
  *
- * with the ripple in dB and t = (2i + 1) pi / (2n); eps is clamped to 1e-5 .. 0.996, a ripple of 3 dB. */
+ * where eps is clamped to 1e-5 .. 0.996, a ripple of 3 dB. */
 MENSURA_EXPORT int ChebyshevPoly(double ripple, int n, CplxD *roots);
 
 /** The 2n roots of the Taylor polynomial of exp(-s^2) of degree 2n. */
 MENSURA_EXPORT int GaussianPoly(int n, CplxD *roots);
 
 /** The 2n roots of the Adjustable family's polynomial, imaginary parts stretched by 1.1.
+ * The polynomial is
  *
  *     sum_m (-1)^m (m!)^g s^(2m),  m = 0 .. n,  g = gamma, or 2 gamma above 0
  */

@@ -75,6 +75,7 @@ MENSURA_EXPORT void initKalmanFilter(KalmanFilter *kf, const RMATRIX *A, const R
 MENSURA_EXPORT void resetKalmanFilter(KalmanFilter *kf);
 
 /** One step with the measurement z, m x 1; returns the state, &kf->x.
+ * With I for the identity:
  *
  *     x = A x,  P = A P A^T + Q                                            predict
  *     K = P C^T (C P C^T + R)^-1,  x = x + K (z - C x),  P = (I - K C) P   correct

@@ -95,6 +95,7 @@ MENSURA_EXPORT RMATRIX rmatrix_add(RMATRIX a, RMATRIX b);
 MENSURA_EXPORT RMATRIX rmatrix_sub(RMATRIX a, RMATRIX b);
 
 /** The product a b; a has as many columns as b has rows.
+ * The terms are added in order:
  *
  *     out(i, j) = 0 + a(i, 0) b(0, j) + a(i, 1) b(1, j) + ...
  *
@@ -166,6 +167,7 @@ MENSURA_EXPORT Matrix *matrix_copy(int n, double *const *rows, int m);
 MENSURA_EXPORT void matrix_transpose(Matrix *x);
 
 /** The product x y; null when x->n differs from y->m.
+ * The terms are added in order:
  *
  *     v[i][j] = 0 + x[i][0] y[0][j] + x[i][1] y[1][j] + ...
  */

@@ -91,6 +91,7 @@ MENSURA_EXPORT int rkf452(double t0, double t1, double rate, OdeFunction f, cons
                           double *y);
 
 /** Integrates a known system with rkf45 and writes the result to a file.
+ * The system
  *
  *     y' = (y1 y2, y2 - y0, -0.51 y0 y1)
  *

@@ -79,6 +79,7 @@ typedef struct LimitAverageOnline {
  * @{ */
 
 /** The derivative of a record by central differences.
+ * Inside the record:
  *
  *     dx[i] = (x[i+1] - x[i-1]) / (2 h)
  *

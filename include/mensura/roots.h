@@ -51,6 +51,7 @@ extern "C" {
  * @{ */
 
 /** All N roots of a polynomial of degree N, 1 <= N <= 100.
+ * They solve
  *
  *     Coeff[0] x^N + Coeff[1] x^(N-1) + ... + Coeff[N] = 0
  *
@@ -141,6 +142,7 @@ MENSURA_EXPORT void UpdateTUV(int Step, long double *P, int N, long double *QP, 
                               long double *TUV, int *Flag);
 
 /** Synthetic division by x^2 + u x + v.
+ * The recurrence is
  *
  *     R[j] = P[j] - u R[j-1] - v R[j-2],  j = 0 .. N
  *

@@ -107,6 +107,7 @@ MENSURA_EXPORT void RealSigDFT(const double *x, double *outRe, double *outIm, in
  * @{ */
 
 /** The magnitude of the transform at one frequency, not divided by n.
+ * The sum runs over the n samples:
  *
  *     |sum_t x[t] exp(-i pi f t)|,  t = 0 .. n-1
  *
@@ -117,6 +118,7 @@ MENSURA_EXPORT void RealSigDFT(const double *x, double *outRe, double *outIm, in
 MENSURA_EXPORT double SingleFreqDFT(const double *x, int n, double f);
 
 /** The same magnitude by Goertzel's recursion, one multiplication a sample (Amer Math Monthly 65:34, 1958).
+ * With s' and s'' for the two values before:
  *
  *     s = x[t] + 2 cos(pi f) s' - s''
  *     power = s'^2 + s''^2 - 2 cos(pi f) s' s''
@@ -170,6 +172,7 @@ enum WindowKind {
 MENSURA_EXPORT void WindowData(double *data, int n, int kind, double alpha, double beta, int unityGain);
 
 /** The modified Bessel function I0 of order 0, by its series up to the ninth term.
+ * The series is
  *
  *     I0(x) = 1 + sum_k ((x / 2)^k / k!)^2,  k = 1 .. 9
  *
