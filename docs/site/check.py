@@ -9,11 +9,12 @@ LINKED = ("a", "dfn", "h1", "h2", "h3", "title")  # need no link inside
 
 
 class Reader(html.parser.HTMLParser):
-    """The anchors, the links and the text outside of links of one page."""
+    """The anchors, the links and the text outside of links of one page: all of it, and what stands as code."""
 
     def __init__(self, text):
         super().__init__()
-        self.anchors, self.links, self.loads, self.plain, self.depth = set(), [], [], [], 0
+        self.anchors, self.links, self.loads, self.plain, self.code = set(), [], [], [], []
+        self.linked = self.in_code = 0
         self.feed(text)
 
     def handle_starttag(self, tag, attrs):
@@ -25,19 +26,25 @@ class Reader(html.parser.HTMLParser):
         if "src" in attrs:
             self.loads.append(attrs["src"])
         if tag in LINKED:
-            self.depth += 1
+            self.linked += 1
+        self.in_code += tag == "code"
 
     def handle_endtag(self, tag):
         if tag in LINKED:
-            self.depth -= 1
+            self.linked -= 1
+        self.in_code -= tag == "code"
 
     def handle_data(self, data):
-        if not self.depth:
-            self.plain.append(data)
+        if not self.linked:
+            (self.code if self.in_code else self.plain).append(data)
 
 
-def faults(folder, functions, undocumented):
-    """A line for each fault of the pages in `folder`."""
+def named(texts):
+    return set(re.findall(r"\w+(?!\w|\.txt)", " ".join(texts)))
+
+
+def faults(folder, functions, words, undocumented):
+    """A line for each fault of the pages in `folder`.  Functions whose names are `words` are links only as code."""
     pages = {path.name: Reader(path.read_text()) for path in Path(folder).glob("*.html")}
     found = [f"{name} is exported, but not in the reference" for name in sorted(undocumented)]
     for name, page in pages.items():
@@ -52,7 +59,6 @@ def faults(folder, functions, undocumented):
             elif anchor and anchor not in pages[file or name].anchors:
                 found.append(f"{name}: {link} has no such anchor")
         if not name.startswith(("include-", "tests-", "examples-", "bench-")):
-            words = re.findall(r"\w+(?!\w|\.txt)", " ".join(page.plain))
-            for word in sorted(set(words) & functions):
+            for word in sorted(named(page.plain) & (functions - words) | named(page.code) & functions):
                 found.append(f"{name}: {word} is not linked")
     return found
