@@ -53,8 +53,8 @@ enum ProtoFamily {
     pfButterworth = 0,      /**< Butterworth: maximally flat; order up to 20 */
     pfGaussian = 1,         /**< Gaussian: the magnitude approximates exp(-w^2 / 2); order up to 12 */
     pfBessel = 2,           /**< Bessel: maximally flat delay; order up to 12 */
-    pfAdjustable = 3,       /**< from Gaussian (Gamma -1) over a transition to steep (Gamma 1); order up to 20 */
-    pfChebyshev = 4,        /**< Chebyshev: ripple in the pass band, limited to less from order 16 on; order up to 20 */
+    pfAdjustable = 3,       /**< Adjustable: from Gaussian (Gamma = -1) to steep (Gamma = 1); order up to 20 */
+    pfChebyshev = 4,        /**< Chebyshev: ripple in the pass band; order up to 20 */
     pfInverseChebyshev = 5, /**< inverse Chebyshev (type 2): ripple in the stop band; order up to 15 */
     pfPapoulis = 6,         /**< Papoulis (Legendre): the steepest monotonic one; order up to 20 */
     pfElliptic = 7          /**< elliptic (Cauer): ripple in both bands; order up to 15 */
@@ -65,11 +65,12 @@ enum ProtoFamily {
 
 /** The analog prototype requested. */
 typedef struct ProtoSpec {
-    int Family;        /**< a ProtoFamily code */
-    int NumPoles;      /**< order, clamped to 1 to the family's largest */
-    double Ripple;     /**< pass-band ripple in dB, clamped to 0.0001 to 1 (elliptic: 0.001 to 1) */
-    double StopBandDb; /**< stop-band attenuation in dB, clamped to 20 to 120 */
-    double Gamma;      /**< shape of the Adjustable family, clamped to -1 to 1 */
+    int Family;    /**< a ProtoFamily code */
+    int NumPoles;  /**< order, clamped to 1 .. the family's largest */
+    double Ripple; /**< pass-band ripple in dB, clamped to 0.0001 .. 1 (elliptic: 0.001 .. 1; Chebyshev of order 16, 17,
+                            18, 19, 20: to at most 0.5, 0.4, 0.25, 0.125, 0.1) */
+    double StopBandDb; /**< stop-band attenuation in dB, clamped to 20 .. 120 */
+    double Gamma;      /**< shape of the Adjustable family, clamped to -1 .. 1 */
 } ProtoSpec;
 
 /** A design request. */
