@@ -90,6 +90,15 @@ TEST(IirDesign, is_stable_and_has_the_response_of_its_prototype) {
     });
 }
 
+TEST(IirDesign, gain_is_spread_by_the_root_of_the_ratio) {
+    IIRDesignSpec spec = request(ptLowPass, pfButterworth, 10);
+    const IIRCoeffs plain = CalcIIRFilterCoeff(spec);
+    spec.GainDb = -40;
+    const IIRCoeffs scaled = CalcIIRFilterCoeff(spec);
+    const double g = std::pow(0.01, 1.0 / 5);  // not 10^(-2 / 5), which differs in its last bit
+    for (int k = 0; k < 5; ++k) EXPECT_SAME_BITS(scaled.b1[k], plain.b1[k] * g) << "section " << k;
+}
+
 TEST(IirDesign, init_writes_the_defaults_and_leaves_the_registers) {
     TIIRFilterBank bank;
     std::memset(&bank, 0x5a, sizeof bank);
