@@ -10,17 +10,18 @@ static void find(Input &input) {
     const bool leading_zeros = n == 21;
     n = leading_zeros ? 100 : n == 22 ? 101 : n;
     const int degree = n >= 1 && n <= 100 ? n : 0;
-    Doubles c = numbers(input, degree + 1, 101), roots(2 * c.size() - 2, 77.0), again = roots;
+    Doubles c = numbers(input, degree + 1, 101);
     if (leading_zeros) std::fill_n(c.begin(), 80, 0.0);
     const Doubles before = c;
-    const int found = FindRoots(n, c.data(), reinterpret_cast<CplxD *>(roots.data()));
+    const std::vector<CplxD> untouched(c.size() - 1, {77, 77});
+    std::vector<CplxD> roots = untouched, again = untouched;
+    const int found = FindRoots(n, c.data(), roots.data());
     check((found == 0 || found == degree) && same_bits(c, before));
-    if (found == 0) check(same_bits(roots, again));
-    check(FindRoots(n, c.data(), reinterpret_cast<CplxD *>(again.data())) == found && same_bits(roots, again));
-    for (std::size_t i = 1; found > 0 && i < roots.size(); i += 2) {  // imaginary parts of a pair cancel
-        if (roots[i] == 0 || std::isnan(roots[i])) continue;
-        check(i + 2 < roots.size() && same_bits(roots[i + 2], -roots[i]));
-        i += 2;
+    if (found == 0) check(same_bits(roots, untouched));
+    check(FindRoots(n, c.data(), again.data()) == found && same_bits(roots, again));
+    for (std::size_t i = 0; found > 0 && i < roots.size(); ++i) {  // imaginary parts of a pair cancel
+        if (roots[i].im == 0 || std::isnan(roots[i].im)) continue;
+        check(++i < roots.size() && same_bits(roots[i].im, -roots[i - 1].im));
     }
 }
 

@@ -13,14 +13,13 @@ static void transform_fast(Input &input) {
     FFT(re.data(), im.data(), n, dir);
     if (valid && (dir == 0 || dir == 1)) reference::fft(plain_re.data(), plain_im.data(), n, dir);
     check(same_bits(re, plain_re) && same_bits(im, plain_im));
-    const int steps = valid ? n : input.ConsumeIntegralInRange(-1, 7);  // in steps from 1 point on
-    Doubles tmp_re = numbers(input, steps), tmp_im = tmp_re, buf_re = tmp_re, buf_im = tmp_re, tw_re(tmp_re.size() / 2);
-    Doubles tw_im = tw_re;
-    std::vector<int> index(tmp_re.size());
-    ReArrangeInput(tmp_re.data(), tmp_im.data(), buf_re.data(), buf_im.data(), index.data(), steps);
+    const int steps = input.ConsumeIntegralInRange(-1, 20);  // the plain steps go from 1 point on
+    Doubles x_re = numbers(input, steps), x_im = x_re, y_re = x_re, y_im = x_re, w_re(x_re.size() / 2), w_im = w_re;
+    std::vector<int> index(x_re.size());
+    ReArrangeInput(x_re.data(), x_im.data(), y_re.data(), y_im.data(), index.data(), steps);
     for (const int i : index) check(i >= 0 && i < steps);
-    if (steps >= 8) FillTwiddleArray(tw_re.data(), tw_im.data(), steps, dir);
-    Transform(tmp_re.data(), tmp_im.data(), buf_re.data(), buf_im.data(), tw_re.data(), tw_im.data(), steps);
+    FillTwiddleArray(w_re.data(), w_im.data(), steps, dir);
+    Transform(x_re.data(), x_im.data(), y_re.data(), y_im.data(), w_re.data(), w_im.data(), steps);
 }
 
 static void transform_any_length(Input &input) {

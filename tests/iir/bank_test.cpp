@@ -15,26 +15,17 @@ namespace {
 
 using namespace designs;
 
-// A bank with the memory that its inputs and outputs may share with it.
+// A bank with memory beside it.  An output may feed a later input or a filter, and a filter an input.
 struct Memory {
     TIIRFilterBank bank;
     double in[16], separate[16];
 };
-
-// Where the samples of a run come from and go to: an output may feed a later input or a filter, and a filter an input.
-struct Place {
-    const char *name;
-    double *(*in)(Memory &m);
-    double *(*out)(Memory &m);
-};
-double *in(Memory &m) { return m.in + 1; }
-const Place kPlaces[] = {
-    {"separate", in, [](Memory &m) { return m.separate; }},
-    {"in place", in, [](Memory &m) { return m.in + 1; }},
-    {"one after", in, [](Memory &m) { return m.in + 2; }},
-    {"one before", in, [](Memory &m) { return m.in + 0; }},
-    {"into registers", in, [](Memory &m) { return +m.bank.Filters[3].RegX1; }},
-    {"from registers", [](Memory &m) { return +m.bank.Filters[2].RegY1; }, [](Memory &m) { return +m.separate; }}};
+constexpr int kPlaces = 6;
+double *in(Memory &m, int place) { return place == 5 ? m.bank.Filters[2].RegY1 : m.in + 1; }
+double *out(Memory &m, int place) {
+    double *const places[kPlaces] = {m.separate, m.in + 1, m.in + 2, m.in, m.bank.Filters[3].RegX1, m.separate};
+    return places[place];
+}
 
 TEST(IIRFilters, equals_iir_filter_channel_by_channel) {
     std::vector<Memory> all(3);
@@ -43,8 +34,8 @@ TEST(IIRFilters, equals_iir_filter_channel_by_channel) {
     for (TIIRFilter &f : start.bank.Filters) fill_with_noise(f, noise);
     for (int sections = 1; sections <= MAX_IIR_SECTIONS; ++sections)
         for (int count = -1; count <= 10; ++count)
-            for (const Place &place : kPlaces) {
-                SCOPED_TRACE(testing::Message() << sections << " sections, " << count << " channels, " << place.name);
+            for (int place = 0; place < kPlaces; ++place) {
+                SCOPED_TRACE(testing::Message() << sections << " sections, " << count << " channels, place " << place);
                 const auto rarely = [&] { return count % 2 != 0 && noise.one_in(12); };
                 start.bank.Count = count;
                 for (TIIRFilter &f : start.bank.Filters) {
@@ -57,8 +48,8 @@ TEST(IIRFilters, equals_iir_filter_channel_by_channel) {
                 if (noise.one_in(8)) start.in[3] = NAN;
                 banked = single = start;
                 for (int t = 0; t < 2; ++t) {
-                    EXPECT_EQ(IIRFilters(&banked.bank, place.in(banked), place.out(banked)), count);
-                    reference::filter_channels(single.bank, place.in(single), place.out(single));
+                    EXPECT_EQ(IIRFilters(&banked.bank, in(banked, place), out(banked, place)), count);
+                    reference::filter_channels(single.bank, in(single, place), out(single, place));
                 }
                 EXPECT_SAME_BITS(banked.separate, single.separate);
                 EXPECT_SAME_BITS(banked.in, single.in);
