@@ -16,7 +16,7 @@ namespace {
 RecordRows<const double> rows_of(const RMATRIX *m) { return {m->data}; }
 RecordRows<double> rows_of(RMATRIX *m) { return {m->data}; }
 
-// The part of the corner that lies in the record: sizes are stored unchecked.
+// A size clamped to the record: initRMATRIX stores sizes unchecked.
 std::size_t within(int size) {
     return static_cast<std::size_t>(std::clamp(size, 0, static_cast<int>(RMATRIX_CAPACITY)));
 }
@@ -36,7 +36,7 @@ RMATRIX *fail(RMATRIX *out) {
     return nullptr;
 }
 
-// to = operation(x, y), element by element.  Rows are short: no call for each.
+// to = operation(x, y), element by element.  Inlined, because rows are short.
 template <typename Operation>
 LANES_INLINE void transform_row(double *to, const double *x, const double *y, std::size_t n, Operation operation) {
     std::size_t j = 0;
@@ -138,7 +138,7 @@ RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out) {
 
 double *rmatrix_to_vector(RMATRIX *m, double *vec) {
     if (m == nullptr || m->rows < 1 || m->cols < 1 || (m->rows > 1 && m->cols > 1)) return nullptr;
-    if (vec == nullptr) vec = m->data;  // a column is packed upwards, a row lies there already
+    if (vec == nullptr) vec = m->data;  // a column moves up to the first cells, a row is there already
     if (m->cols == 1)
         for (std::size_t i = 0; i < within(m->rows); ++i) vec[i] = rows_of(m).row(i)[0];
     else if (vec != m->data)

@@ -16,7 +16,9 @@ namespace {
 
 std::size_t count(int n) { return static_cast<std::size_t>(std::max(n, 0)); }
 
-// calloc's zeros are doubles of +0.0.  A length of 0 gets memory too, so that null means failure.
+constexpr int kBlankLines = 20;  // behind each matrix that matrix_show writes
+
+// Zeros of all bits are doubles of +0.0.  A length of 0 gets memory too, so that null means failure.
 template <typename T>
 T *zeros(std::size_t length) {
     return static_cast<T *>(std::calloc(std::max<std::size_t>(length, 1), sizeof(T)));
@@ -111,6 +113,6 @@ int matrix_show(const Matrix *x) {
         for (std::size_t j = 0; j < count(x->n); ++j) std::fprintf(file, "%.15f,", x->v[i][j]);
         std::fputc('\n', file);
     }
-    for (int i = 0; i < 20; ++i) std::fputc('\n', file);
+    for (int i = 0; i < kBlankLines; ++i) std::fputc('\n', file);
     return std::fclose(file);
 }

@@ -1,4 +1,7 @@
-// Householder QR decomposition, Q = H_0 H_1 ... with H = I - 2 v v^T.
+// Householder QR decomposition: Q = H_0 H_1 ... H_last, each H = I - 2 v v^T with a unit vector v.
+//
+// Step k reflects column k, from its element k on, onto axis k.  householder first runs the steps on finite data, where
+// products with known zeros and ones can be left out; if a number turns out not to be finite, it runs them in full.
 
 #include <algorithm>
 #include <cmath>
@@ -15,10 +18,10 @@ using namespace mensura::matrix;
 
 namespace {
 
-constexpr double kNothingLeft = 1e-10;  // length and elements below which there is nothing to reflect
+constexpr double kNegligible = 1e-10;  // a length or an element below this counts as 0
 
-// Makes the v that reflects column x onto a multiple of axis k.  Where that leaves nothing to reflect, v is the first
-// axis along which x has next to nothing, and that axis is returned.
+// Makes the unit vector v that reflects column x onto a multiple of axis k.  Where x lies on the axis already, v is the
+// first axis along which x is negligible, and that axis is returned: its reflection changes the sign of one row.
 std::optional<std::size_t> reflect_onto_axis(std::span<const double> x, std::size_t k, double diagonal,
                                              std::span<double> v) {
     const int n = static_cast<int>(x.size());
@@ -27,11 +30,11 @@ std::optional<std::size_t> reflect_onto_axis(std::span<const double> x, std::siz
     std::ranges::fill(v, 0.0);
     v[k] = 1.0;
     vmadd(x.data(), v.data(), a, v.data(), n);
-    if (const double length = vnorm(v.data(), n); length >= kNothingLeft) {
+    if (const double length = vnorm(v.data(), n); length >= kNegligible) {
         vdiv(v.data(), length, v.data(), n);
         return std::nullopt;
     }
-    const auto tiny = std::ranges::find_if(x, [](double element) { return std::fabs(element) < kNothingLeft; });
+    const auto tiny = std::ranges::find_if(x, [](double element) { return std::fabs(element) < kNegligible; });
     if (tiny == x.end()) return std::nullopt;
     const auto axis = static_cast<std::size_t>(tiny - x.begin());
     std::ranges::fill(v, 0.0);
@@ -41,7 +44,7 @@ std::optional<std::size_t> reflect_onto_axis(std::span<const double> x, std::siz
 
 std::size_t steps_of(const Matrix &x) { return static_cast<std::size_t>(std::min(x.n, x.m - 1)); }
 
-// ---- Any data, with every term: NaN and infinity go where the full products take them ----
+// ---- Any data: full products, which spread NaN and infinity as the definition does ----
 
 // H_last ... H_0, or null without memory.
 MatrixOwner reflect_in_full(const Matrix &x) {
@@ -66,9 +69,8 @@ MatrixOwner reflect_in_full(const Matrix &x) {
 
 // ---- Finite data ----
 //
-// The column of step k has zeros above k, so H is the identity in its first k rows and columns; where nothing is left to
-// reflect, it only changes the sign of a row.  What is multiplied by a known 0 or 1 is left out.  All that such a
-// product would do is turn -0 into +0, because its sums begin at +0.0.
+// The column of step k has zeros above k, so H is the identity in its first k rows and columns.  What would be multiplied
+// by these zeros and ones is left out.  The full products would only turn -0 into +0, because their sums begin at +0.0.
 
 class FiniteReflections {
   public:
@@ -86,19 +88,17 @@ class FiniteReflections {
 
     // H_last ... H_0 into the rows of `result`; false when a number is not finite.
     bool run(const Matrix &x, Matrix &result) {
-        const std::span column(vectors_.get(), rows_), v(vectors_.get() + rows_, rows_);
         const std::size_t steps = steps_of(x);
-        for (std::size_t k = 0; k < steps; ++k) {
-            for (std::size_t i = 0; i < rows_; ++i) column[i] = i < k ? 0.0 : z_->v[i][k];
-            const std::optional<std::size_t> axis = reflect_onto_axis(column, k, x.v[k][k], v);
-            if (!is_finite(v.data(), rows_) || !rest_is_finite(k)) return false;
-            if (k == 0 || !axis) fill_reflector(v, k);
-            if (k == 0) start_product(steps == 1);
-            if (k > 0 && axis) change_sign(result.v[*axis], rows_);
-            if (k > 0 && !axis) reflect_product(k);
-            std::swap(result.v[k], product_->v[k]);  // no later product changes it, but for its sign
-            if (!axis && k + 1 < steps) reflect_rest(k);
-            if (axis && *axis >= k) change_sign(z_->v[*axis], cols_);
+        if (!make_v(x, 0)) return false;
+        first_step(result, steps == 1);
+        for (std::size_t k = 1; k < steps; ++k) {
+            if (!make_v(x, k)) return false;
+            if (axis_)
+                change_sign(result.v[*axis_], rows_);  // a finished row: axis 0, because the column begins with zeros
+            else
+                reflect_product(k);
+            std::swap(result.v[k], product_->v[k]);  // finished, except for its sign
+            if (!axis_ && k + 1 < steps) reflect_rest(k);
         }
         for (std::size_t i = steps; i < rows_; ++i) std::swap(result.v[i], product_->v[i]);
         return true;
@@ -117,8 +117,28 @@ class FiniteReflections {
         return finite;
     }
 
+    // v and axis_ of step k; false when a number of v, or of what is left of x, is not finite.
+    bool make_v(const Matrix &x, std::size_t k) {
+        const std::span column(vectors_.get(), rows_), v(vectors_.get() + rows_, rows_);
+        for (std::size_t i = 0; i < rows_; ++i) column[i] = i < k ? 0.0 : z_->v[i][k];
+        axis_ = reflect_onto_axis(column, k, x.v[k][k], v);
+        return is_finite(v.data(), rows_) && rest_is_finite(k);
+    }
+
+    // The product begins as H_0.
+    void first_step(Matrix &result, bool is_last) {
+        fill_reflector(0);
+        start_product(is_last);
+        std::swap(result.v[0], product_->v[0]);
+        if (axis_)
+            change_sign(z_->v[*axis_], cols_);
+        else if (!is_last)
+            reflect_rest(0);
+    }
+
     // H from row and column k on.
-    void fill_reflector(std::span<const double> v, std::size_t k) {
+    void fill_reflector(std::size_t k) {
+        const std::span<const double> v(vectors_.get() + rows_, rows_);
         for (std::size_t i = k; i < rows_; ++i) {
             double *const row = h_->v[i];
             std::ranges::transform(v.subspan(k), row + k, [twice = -2.0 * v[i]](double vj) { return twice * vj; });
@@ -130,20 +150,22 @@ class FiniteReflections {
         for (std::size_t j = 0; j < n; ++j) row[j] = 0.0 - row[j];
     }
 
-    // H_0, with +0.0 for -0 if another reflection follows.
-    void start_product(bool alone) {
-        const double zero = alone ? -0.0 : 0.0;
+    // H_0.  If another step follows, its products would turn -0 into +0, as adding +0.0 does.
+    void start_product(bool is_last) {
+        const double zero = is_last ? -0.0 : 0.0;
         for (std::size_t i = 0; i < rows_; ++i)
             for (std::size_t j = 0; j < rows_; ++j) product_->v[i][j] = h_->v[i][j] + zero;
     }
 
+    // product_ = H product_, rows from k on.
     void reflect_product(std::size_t k) {
+        fill_reflector(k);
         const std::size_t left = rows_ - k;
         multiply_rows({h_->v + k, k}, {product_->v + k}, {next_product_->v + k}, left, left, rows_);
         std::swap(product_, next_product_);
     }
 
-    // What the next step needs of z: without row and column k.
+    // z_ = H z_ with the H written last, rows and columns behind k: what the next step needs.
     void reflect_rest(std::size_t k) {
         const std::size_t n = k + 1;
         multiply_rows({h_->v + n, k}, {z_->v + k, n}, {next_z_->v + n, n}, rows_ - n, rows_ - k, cols_ - n);
@@ -154,7 +176,8 @@ class FiniteReflections {
     MatrixOwner h_;
     MatrixOwner product_, next_product_;  // of the reflections: rows from k on
     MatrixOwner z_, next_z_;              // what is left of x: rows and columns from k on
-    mensura::Scratch<double> vectors_;
+    mensura::Scratch<double> vectors_;    // the column of a step, then v
+    std::optional<std::size_t> axis_;     // where v is an axis
 };
 
 MatrixOwner reflections(const Matrix &x) {

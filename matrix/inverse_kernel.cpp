@@ -1,11 +1,12 @@
-// Step k of the elimination, with the pivot in (k, k) and p = 1 / b(k, k):
+// Gauss-Jordan elimination in place.  Step k, with the pivot moved to (k, k) and p = 1 / b(k, k), makes
+//
 //     row k         q(j) = b(k, j) p, and p itself at j = k
 //     other rows    b(i, j) - m(i) q(j) with m(i) = b(i, k), and -p m(i) at j = k
 //
-// The next pivot is the largest element below and right of (k, k), so those are updated at once, and searched on the
-// way.  The rows above and the columns to the left only take part again at the end: they are updated after a block of
-// steps, each element by the same steps in the same order, but in a register.  Exchanges move their m and q along, so
-// that what waits meets its own row and column.
+// The next pivot is the largest element below and right of (k, k), so those elements are updated at once, and searched
+// meanwhile.  The rows above and the columns to the left take no part until the end.  Their updates are deferred: after a
+// block of kSteps steps each element gets those of the block together, in the same order, in a register.  When rows or
+// columns are exchanged, their m and q are exchanged too, so that a deferred update uses the right ones.
 
 #include "inverse_kernel.h"
 
@@ -18,17 +19,20 @@
 namespace mensura::matrix::MENSURA_TARGET {
 namespace {
 
-constexpr std::size_t kSteps = 8;       // a block
+constexpr std::size_t kSteps = 8;       // of a block
 constexpr std::size_t kUnblocked = 16;  // largest matrix that is one block
-constexpr std::size_t kStride = (RMATRIX_CAPACITY + kSteps - 1) / kSteps * kSteps;
+constexpr std::size_t kStride =         // of a row: a whole number of blocks
+    (RMATRIX_CAPACITY + kSteps - 1) / kSteps * kSteps;
 
-// Element (i, j) is b[i][pad + j]: columns are right-aligned, so that every block after the first starts at a lane.
+// Element (i, j) is b[i][pad + j].  The padding comes first, so that every block after the first starts at a multiple of
+// four columns.
 struct Elimination {
     std::size_t n, pad, end;                           // end = pad + n, a multiple of kSteps
     std::size_t step_row[kStride], step_col[kStride];  // where the pivot of each step was found
     alignas(64) double b[RMATRIX_CAPACITY][kStride];
-    alignas(64) double m[kSteps][kStride];  // of this block's steps (all of the first share slot 0): m(i) at pad + i
-    alignas(64) double q[kSteps][kStride];  // and q(j) at pad + j
+    // Of each step of this block: m(i) at pad + i, q(j) at pad + j.  The first block defers nothing and uses slot 0 only.
+    alignas(64) double m[kSteps][kStride];
+    alignas(64) double q[kSteps][kStride];
 };
 
 struct Pivot {
@@ -36,7 +40,7 @@ struct Pivot {
     std::size_t row, col;
 };
 
-// Which of the four columns at j on are column `col`, and which lie behind it.
+// Of the four columns j .. j + 3: which is column `col`, and which lie behind it.
 LANES_INLINE LaneBits columns_from(std::size_t j) { return LaneBits{0, 1, 2, 3} + static_cast<std::int64_t>(j); }
 LANES_INLINE LaneBits is_column(std::size_t col, std::size_t j) {
     return columns_from(j) == static_cast<std::int64_t>(col);
@@ -47,12 +51,13 @@ LANES_INLINE LaneBits is_behind(std::size_t col, std::size_t j) {
 
 LANES_INLINE Lanes updated(Lanes b, const double *q, double m) { return b - all(m) * load(q); }
 
-// A row's elements from column `from`, at a lane, on.
+// Columns from .. to of a row; from is a multiple of four.
 LANES_INLINE void update(double *row, const double *q, double m, std::size_t from, std::size_t to) {
     for (std::size_t j = from; j < to; j += kLanes) store(row + j, updated(load(row + j), q + j, m));
 }
 
-// The same around column col, where -0.0 - m q = -p m; the largest magnitudes behind it if they are searched for.
+// Columns from .. end of a row.  In column col, q is p, and -0.0 - m q is -p m.  With kSearch it returns the largest
+// magnitudes behind column col.
 template <bool kSearch>
 LANES_INLINE Lanes update_around(double *row, const double *q, double m, std::size_t from, std::size_t col,
                                  std::size_t end) {
@@ -70,7 +75,7 @@ LANES_INLINE Lanes update_around(double *row, const double *q, double m, std::si
     return largest;
 }
 
-LANES_INLINE void consider(Pivot &pivot, Lanes largest, std::size_t row) {
+LANES_INLINE void take_if_larger(Pivot &pivot, Lanes largest, std::size_t row) {
     const double size = largest_of(largest);
     if (size > pivot.size) {
         pivot.size = size;
@@ -80,6 +85,7 @@ LANES_INLINE void consider(Pivot &pivot, Lanes largest, std::size_t row) {
 
 LANES_INLINE double absolute(double x) { return x < 0 ? -x : x; }
 
+// The column of a pivot whose size and row are known.
 LANES_INLINE void find_column(const Elimination &e, Pivot &pivot, std::size_t first) {
     if (pivot.size == 0.0) return;
     const double *row = e.b[pivot.row] + e.pad;
@@ -104,7 +110,7 @@ LANES_INLINE Pivot copy_and_search(Elimination &e, RecordRows<const double> a) {
             to[j] = from[j];
             largest = larger(magnitude(all(from[j])), largest);
         }
-        consider(pivot, largest, i);
+        take_if_larger(pivot, largest, i);
     }
     find_column(e, pivot, 0);
     return pivot;
@@ -116,8 +122,8 @@ LANES_INLINE void exchange(double &a, double &b) {
     b = t;
 }
 
-// Puts the pivot into (k, k); s steps of the block are behind.
-LANES_INLINE void exchange_for(Elimination &e, const Pivot &pivot, std::size_t k, std::size_t s) {
+// Moves the pivot to (k, k).  The m and q of the s earlier steps of the block, whose updates are deferred, follow.
+LANES_INLINE void move_pivot(Elimination &e, const Pivot &pivot, std::size_t k, std::size_t s) {
     e.step_row[k] = pivot.row;
     e.step_col[k] = pivot.col;
     if (pivot.row != k) {
@@ -135,12 +141,12 @@ LANES_INLINE void exchange_for(Elimination &e, const Pivot &pivot, std::size_t k
     }
 }
 
-// Step k, the s-th of the block that starts at `block`; returns the next pivot.
+// Step k, the s-th of the block that starts at step `block`; returns the next pivot.
 LANES_INLINE Pivot step(Elimination &e, std::size_t k, std::size_t block, std::size_t s) {
     const std::size_t pad = e.pad, col = pad + k;
     double *row = e.b[k], *m = e.m[s] + pad, *q = e.q[s];
 
-    // The earlier steps of the block, on what has waited.
+    // Row k and column k take part now: the updates that they deferred.
     if (block > 0) {
         for (std::size_t t = 0; t < s; ++t) update(row, e.q[t], e.m[t][col], 0, pad + block);
         for (std::size_t i = 0; i < pad; ++i) e.m[s][i] = 0.0;
@@ -164,13 +170,13 @@ LANES_INLINE Pivot step(Elimination &e, std::size_t k, std::size_t block, std::s
     }
     for (std::size_t i = k + 1; i < e.n; ++i) {
         m[i] = e.b[i][col];
-        consider(next, update_around<true>(e.b[i], q, m[i], from, col, e.end), i);
+        take_if_larger(next, update_around<true>(e.b[i], q, m[i], from, col, e.end), i);
     }
     find_column(e, next, k + 1);
     return next;
 }
 
-// The kSteps steps of a block on columns from .. to of row i.
+// The deferred updates of a block on columns from .. to of row i.
 LANES_INLINE void all_steps(Elimination &e, std::size_t i, std::size_t from, std::size_t to) {
     Lanes m[kSteps];
     for (std::size_t s = 0; s < kSteps; ++s) m[s] = all(e.m[s][e.pad + i]);
@@ -181,7 +187,7 @@ LANES_INLINE void all_steps(Elimination &e, std::size_t i, std::size_t from, std
     }
 }
 
-// The steps behind its own on each of the block's columns of row i: step s on those before column s.
+// The deferred updates on the block's own columns of row i: on each column those of the steps after its own.
 LANES_INLINE void later_steps(Elimination &e, std::size_t i, std::size_t left) {
     for (std::size_t j = 0; j < kSteps; j += kLanes) {
         Lanes v = load(e.b[i] + left + j);
@@ -191,8 +197,8 @@ LANES_INLINE void later_steps(Elimination &e, std::size_t i, std::size_t left) {
     }
 }
 
-// What has waited for the block's steps: rows above it and columns left of it.  Its own rows and columns have had the
-// steps up to their own.
+// The deferred updates of a block: of the rows above it and the columns left of it.  The block's own rows and columns
+// have had the steps up to their own.
 LANES_INLINE void finish_block(Elimination &e, std::size_t block) {
     const std::size_t left = e.pad + block, right = left + kSteps;
     for (std::size_t i = 0; i < block; ++i) {
@@ -235,8 +241,8 @@ bool invert(RecordRows<const double> a, RecordRows<double> out, std::size_t n) {
     std::size_t block_end = n <= kUnblocked ? n : kSteps - e.pad;
     for (std::size_t k = 0; k < n; ++k) {
         if (pivot.size + 1.0 == 1.0) return false;
-        const std::size_t s = block == 0 ? 0 : k - block;  // nothing waits for the first block
-        exchange_for(e, pivot, k, s);
+        const std::size_t s = block == 0 ? 0 : k - block;  // the first block defers nothing
+        move_pivot(e, pivot, k, s);
         pivot = step(e, k, block, s);
         if (k + 1 == block_end) {
             if (block > 0) finish_block(e, block);

@@ -1,4 +1,4 @@
-// Inversion by Gauss-Jordan elimination with complete pivoting.
+// The inverse of a matrix, by Gauss-Jordan elimination with complete pivoting.
 #pragma once
 
 #include <cstddef>

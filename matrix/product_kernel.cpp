@@ -1,4 +1,5 @@
-// A tile of results stays in registers while k runs over its sums, side by side and each in order.
+// Matrix products by tiles: some rows and columns of results stay in registers while k runs over the terms of their
+// sums, each of which is added in order.
 
 #include "product_kernel.h"
 
@@ -7,15 +8,16 @@
 namespace mensura::matrix::MENSURA_TARGET {
 namespace {
 
+// Lanes of sums in a tile: with three lanes of a row of b and one element of a they fill the 16 registers.
 #ifdef __AVX__
-constexpr std::size_t kSums = 12;  // with a row of b and an element of a they fill the 16 registers
+constexpr std::size_t kSums = 12;
 #else
-constexpr std::size_t kSums = 6;  // the registers are half as wide
+constexpr std::size_t kSums = 6;  // a register holds half of Lanes
 #endif
-constexpr std::size_t kMostColumns = 3;
+constexpr std::size_t kMostColumns = 3;  // of a tile, in lanes of four
 
-// The columns of a tile, in fours; the last four may overlap those before and get the same values again.  A matrix of
-// fewer columns than that is a tile of its own.
+// The columns of a tile: kCount lanes, of which each starts at a column at[c].  The last lane may overlap the one before,
+// and computes the same values again.
 template <std::size_t kCount>
 struct Columns {
     static constexpr std::size_t count = kCount, height = kCount == 3 ? kSums / 4 : kSums / 2;
@@ -25,12 +27,14 @@ struct Columns {
     LANES_INLINE void put(double *row, std::size_t c, Lanes v) const { store(row + at[c], v); }
 };
 
+// All columns of a matrix that has fewer than four.
 template <std::size_t kCount>
 struct NarrowColumns {
     static constexpr std::size_t count = 1, height = kSums / 2;
 
     LANES_INLINE Lanes get(const double *row, std::size_t) const {
-        constexpr std::size_t second = kCount > 1 ? 1 : 0, third = kCount > 2 ? 2 : 0;  // the others are not used
+        constexpr std::size_t second = kCount > 1 ? 1 : 0,
+                              third = kCount > 2 ? 2 : 0;  // the other lanes are not stored
         return Lanes{row[0], row[second], row[third], row[second]};
     }
     LANES_INLINE void put(double *row, std::size_t, Lanes v) const {
@@ -38,6 +42,7 @@ struct NarrowColumns {
     }
 };
 
+// Where a tile reads lane c of row k of b: in a record,
 template <typename C>
 struct InRecord {
     RecordRows<const double> b;
@@ -45,7 +50,8 @@ struct InRecord {
     [[nodiscard]] LANES_INLINE Lanes get(std::size_t k, std::size_t c) const { return columns.get(b.row(k), c); }
 };
 
-// The tile's columns of b, copied next to each other.
+// or in a copy that has the tile's columns next to each other, kDepth rows at a time: at most 24 KB, which stay in the
+// first cache.
 constexpr std::size_t kDepth = 256;
 template <typename C>
 struct Packed {
@@ -53,7 +59,7 @@ struct Packed {
     [[nodiscard]] LANES_INLINE Lanes get(std::size_t k, std::size_t c) const { return b[k * C::count + c]; }
 };
 
-// Adds to the sums that are there already, if `more`, otherwise to +0.0.
+// Rows i .. i + kRows - 1 of out.  The sums begin at +0.0, or with `more` at what out holds.
 template <std::size_t kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
 LANES_INLINE void tile(Source a, const ColumnsOfB &b, Target out, std::size_t i, C columns, std::size_t inner,
                        bool more) {
@@ -79,6 +85,7 @@ LANES_INLINE void tile(Source a, const ColumnsOfB &b, Target out, std::size_t i,
         for (std::size_t c = 0; c < C::count; ++c) columns.put(out.row(i + r), c, sum[r][c]);
 }
 
+// A tile of `rows` rows, at most kRows.
 template <std::size_t kRows, typename Source, typename ColumnsOfB, typename Target, typename C>
 LANES_INLINE void tile_of(std::size_t rows, Source a, const ColumnsOfB &b, Target out, std::size_t i, C columns,
                           std::size_t inner, bool more) {
@@ -90,7 +97,7 @@ LANES_INLINE void tile_of(std::size_t rows, Source a, const ColumnsOfB &b, Targe
     }
 }
 
-// Tiles of about the same height.
+// All rows, in tiles of about the same height.
 template <typename Source, typename ColumnsOfB, typename Target, typename C>
 LANES_INLINE void all_rows(Source a, const ColumnsOfB &b, Target out, C columns, std::size_t rows, std::size_t inner,
                            bool more) {
@@ -101,7 +108,8 @@ LANES_INLINE void all_rows(Source a, const ColumnsOfB &b, Target out, C columns,
     }
 }
 
-// Panels of two fours, which tiles fill best; what is left at the end goes into one panel.
+// All columns, in panels of two lanes, with which tiles fill the registers best.  The last panel takes what is left: up
+// to three lanes.
 template <typename Panel>
 LANES_INLINE void for_columns(std::size_t cols, Panel panel) {
     if (cols == 1) return panel(NarrowColumns<1>{});

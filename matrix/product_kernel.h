@@ -1,4 +1,4 @@
-// Products of dense matrices.
+// Products of matrices.
 #pragma once
 
 #include <mensura/matrix.h>
@@ -10,7 +10,7 @@
 
 namespace mensura::matrix {
 
-// Where the rows of a matrix lie: in a record of fixed capacity, or wherever their pointers say.
+// Where the rows of a matrix lie: in a record of fixed capacity, or where a pointer to each row says.
 template <typename T>
 struct RecordRows {
     T *data;
