@@ -136,9 +136,9 @@ class Header:
         node = xml.parse(self.folder / f"{reference.get('refid')}.xml").getroot()[0]
         rows = []
         for field in node.iter("memberdef"):
-            kind = "".join(field.find("type").itertext())
-            rows.append(("", f"{escaped(kind)} {field.findtext('name')}{field.findtext('argsstring')}".replace("* ", "*"),
-                         self.renderer.paragraphs(field.find("detaileddescription"))))
+            kind = "".join(field.find("type").itertext()) + " "
+            declared = kind.replace("* ", "*") + field.findtext("name") + field.findtext("argsstring")
+            rows.append(("", escaped(declared), self.renderer.paragraphs(field.find("detaileddescription"))))
         name = node.findtext("compoundname")
         return (int(node.find("location").get("line")),
                 f'<h3 id="{name}">{name}</h3>\n{self.renderer.description(node)}{self.renderer.fields(rows)}')

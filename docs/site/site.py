@@ -58,6 +58,7 @@ class Guide:
         text = re.sub(r'<pre><code class="language-formula">(.*?)</code></pre>\n?',
                       lambda m: formulas.block(html.unescape(m.group(1))), text, flags=re.S)
         text = text.replace("<table>", '<div class="wide"><table>').replace("</table>", "</table></div>")
+        text = re.sub(r"<code>([^<]{1,32})</code>", r'<code class="short">\1</code>', text)
         self.body = text.replace("<pre>", '<pre class="code">')
 
 
