@@ -30,7 +30,7 @@ def roff(text):
 
 def words(inline):
     """Running text: code and bold text are bold, links are their text."""
-    shown, bold = "", 0
+    shown = ""
     for part in inline.children:
         if part.type in ("strong_open", "strong_close"):
             shown += r"\fB" if part.type == "strong_open" else r"\fR"

@@ -1,4 +1,4 @@
-"""The console sessions of a page: each line that begins with $ is run by a shell, the lines below it are what it prints.
+"""The console sessions of a page: a shell runs each line that begins with $, and the lines below it are what it prints.
 
 Usage: sessions.py PROGRAM RECORD PAGE...            fails where a page does not show what is printed
        sessions.py --write PROGRAM RECORD PAGE...    puts it into the pages
@@ -22,8 +22,9 @@ def run(commands, folder, program):
     path = f"{Path(program).resolve().parent}:{os.environ['PATH']}"
     shown = ""
     for command in commands:
-        result = subprocess.run(["sh", "-c", command], cwd=folder, env={**os.environ, "PATH": path, "LC_ALL": "C.UTF-8"},
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
+        result = subprocess.run(["sh", "-c", command], cwd=folder, timeout=60,
+                                env={**os.environ, "PATH": path, "LC_ALL": "C.UTF-8"},
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         shown += f"$ {command}\n{result.stdout.decode()}"
     return shown
 

@@ -13,14 +13,14 @@ class Reader(html.parser.HTMLParser):
 
     def __init__(self, text):
         super().__init__()
-        self.anchors, self.links, self.loads, self.plain, self.code = set(), [], [], [], []
+        self.anchors, self.links, self.loads, self.plain, self.code = [], [], [], [], []
         self.linked = self.in_code = 0
         self.feed(text)
 
     def handle_starttag(self, tag, attrs):
         attrs = dict(attrs)
         if "id" in attrs:
-            self.anchors.add(attrs["id"])
+            self.anchors.append(attrs["id"])
         if "href" in attrs:
             (self.loads if tag == "link" else self.links).append(attrs["href"])
         if "src" in attrs:
@@ -48,6 +48,8 @@ def faults(folder, functions, words, undocumented):
     pages = {path.name: Reader(path.read_text()) for path in Path(folder).glob("*.html")}
     found = [f"{name} is exported, but not in the reference" for name in sorted(undocumented)]
     for name, page in pages.items():
+        twice = {anchor for anchor in page.anchors if page.anchors.count(anchor) > 1}
+        found += [f"{name}: the anchor {anchor} stands twice" for anchor in sorted(twice)]
         for link in page.links + page.loads:
             if re.match(r"[a-z]+:", link):
                 if link in page.loads:

@@ -11,11 +11,12 @@ A line may end with a remark, three blanks or more behind the formula; a comma a
 import html
 import re
 
-TOKEN = re.compile(r"""\s*(?:(?P<wide>,\ \ +)|(?P<number>\d+\.?\d*(?:e[-+]?\d+)?)|(?P<name>[A-Za-z]{2,}-[a-z]{2,}|[A-Za-z]\w*(?:\.[a-z]+)*'*)
-                        |(?P<op>\.\.\.|\.\.|<=|>=|->|[-+*/^=<>,;:!|()\[\]{}&]))""", re.X)
+TOKEN = re.compile(r"""\s*(?:(?P<wide>,\ \ +)
+                         | (?P<number>\d+\.?\d*(?:e[-+]?\d+)?)
+                         | (?P<name>[A-Za-z]{2,}-[a-z]{2,} | [A-Za-z]\w*(?:\.[a-z]+)*'*)
+                         | (?P<op>\.\.\.|\.\.|<=|>=|->|[-+*/^=<>,;:!|()\[\]{}&]))""", re.X)
 SYMBOLS = {"pi": "π", "eps": "ε", "sum": "∑", "prod": "∏", "in": "∈", "alpha": "α", "beta": "β", "gamma": "γ"}
 OPERATORS = {"-": "−", "<=": "≤", ">=": "≥", "...": "…", "..": "…", "->": "→", "*": "·"}
-FUNCTIONS = {"sin", "cos", "tan", "sinh", "cosh", "asinh", "exp", "sqrt", "arg", "min", "max", "log", "log2", "log10", "mod", "atan"}
 CLOSING = {"(": ")", "[": "]", "{": "}"}
 
 
