@@ -14,7 +14,7 @@ struct Band {
 };
 
 struct Achieved {
-    double asked_db = 0;      // gain asked for
+    double asked_db = 0;      // requested gain
     double reference_db = 0;  // gain at DC (low-pass, notch, all-pass), Nyquist (high-pass), the centre (band-pass)
     double at_cutoff_db = 0;  // relative to the reference
     std::vector<double> half_power;  // Hz: where the gain passes -3.01 dB below the reference

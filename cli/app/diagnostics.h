@@ -1,10 +1,10 @@
-// What ends a run: an exit status and the one line that says why.
+// What ends a run early, an exit status and one line that gives the reason; and remarks, after which the run goes on.
 #pragma once
 
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace cli {
@@ -32,23 +32,16 @@ template <class... Arguments>
     throw Failure(Status::BadInput, fmt::format(text, std::forward<Arguments>(arguments)...));
 }
 
-inline bool progress_is_shown = false;  // on the last line of the terminal
+// Writes to stderr, in the place of a line of progress.  An error there is ignored: the data do not depend on it.
+void to_stderr(const std::string &text);
 
-inline void erase_progress() {
-    if (progress_is_shown) std::fputs("\r\033[K", stderr);
-    progress_is_shown = false;
-}
+// A line on stderr that begins with the program's name.
+void report(const std::string &line);
 
-// Where nobody listens to messages, the work goes on all the same.
-inline void to_stderr(const std::string &text) {
-    erase_progress();
-    std::fputs(text.c_str(), stderr);
-}
-
-// A remark on stderr; the work goes on.
+// Reports what the user should know; the run goes on.
 template <class... Arguments>
 void remark(fmt::format_string<Arguments...> text, Arguments &&...arguments) {
-    to_stderr("mensura: " + fmt::format(text, std::forward<Arguments>(arguments)...) + "\n");
+    report(fmt::format(text, std::forward<Arguments>(arguments)...));
 }
 
 }  // namespace cli

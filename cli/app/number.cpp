@@ -2,9 +2,20 @@
 
 #include <fast_float/fast_float.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <cstddef>
+#include <system_error>
 
 namespace cli {
+
+std::string lower(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return result;
+}
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t");

@@ -1,13 +1,17 @@
-// Numbers as text.
+// Text from users and files, and the numbers in it.
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace cli {
 
 // One finite number that fills the text, blanks aside; a plus sign may stand before it.
 std::optional<double> parse_number(std::string_view text);
+
+// ASCII letters in lower case.
+std::string lower(std::string_view text);
 
 // Without the blanks at both ends.
 std::string_view trimmed(std::string_view text);

@@ -1,8 +1,13 @@
 #include "cli/app/program.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
+#include <exception>
+#include <memory>
 #include <new>
 #include <sstream>
+#include <string>
 #include <vector>
 
 #include "cli/app/commands.h"
@@ -10,7 +15,7 @@
 #include "cli/app/number.h"
 #include "cli/data/source.h"
 #include "cli/files/output.h"
-#include "cli/plot/draw.h"
+#include "cli/plot/options.h"
 
 namespace cli {
 
@@ -38,8 +43,8 @@ class HelpFormatter : public CLI::Formatter {
     }
 };
 
-// Numbers below 0 are arguments, not options: CLI11 sees that of -6, not of -.5.  A plain --plot has no value; an
-// argument that ends like a picture's file was meant to be one.
+// Numbers below 0 are arguments, not options: CLI11 sees that of -6, not of -.5.  A plain --plot has no value; the
+// argument behind it is its value if it ends like a picture's file.
 std::vector<std::string> arguments_of(int argc, char **argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -59,8 +64,8 @@ std::string one_line(std::string text) {
     return text;
 }
 
-int complain(Status status, const std::string &line) {
-    to_stderr("mensura: " + one_line(line) + "\n");
+int report_error(Status status, const std::string &line) {
+    report(one_line(line));
     return static_cast<int>(status);
 }
 
@@ -72,8 +77,8 @@ const CLI::App &chosen_command(const CLI::App &program) {
 
 std::string help_of(const CLI::App &app) { return app.help(app.get_parent() == nullptr ? "" : "mensura"); }
 
-int complain_about_call(const std::string &line) {
-    return complain(Status::BadInput, fmt::format("{}; --help shows what would be right", line));
+int report_wrong_call(const std::string &line) {
+    return report_error(Status::BadInput, fmt::format("{}; --help shows what would be right", line));
 }
 
 int show(const std::string &text) {
@@ -83,7 +88,7 @@ int show(const std::string &text) {
     return 0;
 }
 
-// Where there is nothing to work on.
+// For a call without a command, or without input.
 int show_help_instead(const CLI::App &program) {
     to_stderr(help_of(chosen_command(program)));
     return static_cast<int>(Status::BadInput);
@@ -110,10 +115,10 @@ int run(CLI::App &program, int argc, char **argv) {
     } catch (const CLI::CallForVersion &) {
         return show("mensura " MENSURA_CLI_VERSION "\n");
     } catch (const CLI::ExtrasError &error) {
-        if (&chosen_command(program) != &program) return complain_about_call(error.what());
-        return complain_about_call(fmt::format("there is no command \"{}\"", argv[1]));
+        if (&chosen_command(program) != &program) return report_wrong_call(error.what());
+        return report_wrong_call(fmt::format("there is no command \"{}\"", argv[1]));
     } catch (const CLI::ParseError &error) {
-        return complain_about_call(error.what());
+        return report_wrong_call(error.what());
     } catch (const InputIsTerminal &) {
         return show_help_instead(program);
     }
@@ -138,17 +143,17 @@ void describe(CLI::App &program) {
         add(Command(&program));
 }
 
-int run_and_complain(int argc, char **argv) {
+int run_and_report(int argc, char **argv) {
     try {
         CLI::App program;
         describe(program);
         return run(program, argc, argv);
     } catch (const Failure &failure) {
-        return complain(failure.status(), failure.what());
+        return report_error(failure.status(), failure.what());
     } catch (const std::bad_alloc &) {
-        return complain(Status::Failed, "out of memory");
+        return report_error(Status::Failed, "out of memory");
     } catch (const std::exception &error) {
-        return complain(Status::Failed, error.what());
+        return report_error(Status::Failed, error.what());
     }
 }
 

@@ -11,7 +11,7 @@ void describe(CLI::App &program);
 // Parses the call and runs the command that it names; returns the exit status.  A command's Failure passes through.
 int run(CLI::App &program, int argc, char **argv);
 
-// The same from beginning to end: what fails is told on stderr.
-int run_and_complain(int argc, char **argv);
+// The same from beginning to end; failures are reported on stderr.
+int run_and_report(int argc, char **argv);
 
 }  // namespace cli

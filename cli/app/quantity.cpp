@@ -11,16 +11,14 @@ namespace cli {
 
 namespace {
 
-std::string unit_names(std::span<const Unit> units) {
-    std::string names;
-    for (const Unit &unit : units)
-        if (unit.named) names += (names.empty() ? "" : ", ") + std::string(unit.name);
-    return names;
-}
-
-std::string wish(std::span<const Unit> units) {
-    if (units.empty()) return "expected a number";
-    return fmt::format("expected a number in {}", unit_names(units));
+std::string expectation(std::span<const Unit> units) {
+    std::string text = "expected a number";
+    for (const char *separator = " in "; const Unit &unit : units) {
+        if (!unit.named) continue;
+        text += separator + std::string(unit.name);
+        separator = ", ";
+    }
+    return text;
 }
 
 std::string argument_name(std::span<const Unit> units) {
@@ -29,29 +27,29 @@ std::string argument_name(std::span<const Unit> units) {
 
 }  // namespace
 
-std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &complaint) {
+std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &error) {
     text = trimmed(text);
     const std::size_t last = text.find_last_of("0123456789.");
     const std::size_t length = last == std::string_view::npos ? 0 : last + 1;
     const std::string_view unit = trimmed(text.substr(length));
     const std::optional<double> number = parse_number(text.substr(0, length));
     if (!number) {
-        complaint = fmt::format("\"{}\" is not a number; {}", text, wish(units));
+        error = fmt::format("\"{}\" is not a number; {}", text, expectation(units));
         return {};
     }
     if (unit.empty()) return *number + 0.0;  // no "-0"
     for (const Unit &known : units)
         if (known.name == unit && std::isfinite(*number * known.factor)) return *number * known.factor;
-    complaint = fmt::format("unknown unit \"{}\" in \"{}\"; {}", unit, text, wish(units));
+    error = fmt::format("unknown unit \"{}\" in \"{}\"; {}", unit, text, expectation(units));
     return {};
 }
 
 Option add_quantity(const Command &app, const std::string &name, std::function<void(double)> take,
                     std::span<const Unit> units, const std::string &help) {
     const auto parse = [name, take = std::move(take), units](const std::string &text) {
-        std::string complaint;
-        const std::optional<double> value = parse_quantity(text, units, complaint);
-        if (!value) reject_option(name, complaint);
+        std::string error;
+        const std::optional<double> value = parse_quantity(text, units, error);
+        if (!value) reject_option(name, error);
         take(*value);
     };
     return app.add_option(name, parse, help).type_name(argument_name(units));

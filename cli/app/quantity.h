@@ -14,7 +14,7 @@ namespace cli {
 struct Unit {
     std::string_view name;
     double factor;
-    bool named = true;  // in help and complaints; the others are other ways to write them
+    bool named = true;  // in help and messages; the others are other spellings
 };
 
 // The unit that a bare number has comes first.
@@ -23,8 +23,8 @@ inline constexpr Unit kHertz[] = {{"Hz", 1},        {"kHz", 1e3},        {"MHz",
 inline constexpr Unit kDecibel[] = {{"dB", 1}, {"db", 1, false}};
 inline constexpr std::span<const Unit> kPlain;
 
-// A finite number and its unit, with or without a blank between them; what is wrong goes into `complaint`.
-std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &complaint);
+// A finite number and its unit, with or without a blank between them; what is wrong goes into `error`.
+std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &error);
 
 // An option that takes such a number.
 Option add_quantity(const Command &app, const std::string &name, std::function<void(double)> take,

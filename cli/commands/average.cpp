@@ -5,8 +5,11 @@
 
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
-#include "cli/data/rewrite.h"
+#include "cli/data/source.h"
+#include "cli/data/stream.h"
+#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -16,7 +19,7 @@ constexpr const char *kExamples =
     "  mensura average --length 16 room.csv > calm.csv\n"
     "  logger | mensura average --length 50 --column 2 | viewer\n";
 
-constexpr int kLongest = 2000;  // what a MovingAverageOnline holds
+constexpr int kLongest = MOVING_AVERAGE_CAPACITY;
 
 struct Options {
     Files files;
@@ -27,8 +30,8 @@ void run(const Options &options) {
     const int length = options.length;
     if (length < 1 || length > kLongest) reject("--length {} is not from 1 to {}", length, kLongest);
     Source source(options.files.input);
-    expect_table(source);
-    const MakeStep make = [length]() -> Step {
+    refuse_wav(source);
+    const MakeFilter make = [length]() -> ChannelFilter {
         const auto filter = std::make_shared<MovingAverageOnline>();
         init_move_average_filter_online(filter.get(), length);
         return [filter](double x) { return move_average_filter_online(filter.get(), x); };
@@ -42,7 +45,8 @@ void add_average(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command(
         "average", "replace each sample of a table's columns by the mean of the last ones", kExamples);
-    add_count(app, "--length", options->length, "samples in the mean, 1 to 2000; of all so far until there are as many")
+    add_count(app, "--length", options->length,
+              fmt::format("samples in the mean, 1 to {}; of all so far until there are as many", kLongest))
         .required();
     add_files(app, options->files);
     app.callback([options] { run(*options); });

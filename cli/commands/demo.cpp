@@ -5,15 +5,23 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "cli/app/analysis.h"
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
 #include "cli/commands/ecg_record.h"
+#include "cli/data/csv.h"
 #include "cli/data/record.h"
-#include "cli/data/rewrite.h"
+#include "cli/data/source.h"
 #include "cli/data/spectrum.h"
+#include "cli/data/window.h"
+#include "cli/files/output.h"
+#include "cli/plot/draw.h"
+#include "cli/plot/envelope.h"
 
 namespace cli {
 
@@ -65,14 +73,9 @@ double lag(const std::vector<double> &earlier, const std::vector<double> &later)
 void print_signals(const std::string &file, const Signals &signals, double rate) {
     Output out(file);
     out.write("time_s,raw_mV,one_way_mV,zero_phase_mV\n");
-    for (std::size_t i = 0; i < signals[0].samples.size(); ++i) {
-        out.number(static_cast<double>(i) / rate);
-        for (const Signal &signal : signals) {
-            out.write(",");
-            out.number(signal.samples[i]);
-        }
-        out.write("\n");
-    }
+    for (std::size_t i = 0; i < signals[0].samples.size(); ++i)
+        write_row({static_cast<double>(i) / rate, signals[0].samples[i], signals[1].samples[i], signals[2].samples[i]},
+                  out);
     out.commit();
 }
 
@@ -123,12 +126,12 @@ Panel spectra_panel(const Signals &signals, double rate) {
                 .y_lowest = -140,
                 .x_lowest = 0,
                 .x_highest = 0.5 * rate};
-    const Transform transform = transform_for(signals[0].samples.size());
+    const SpectrumLayout layout = layout_for(signals[0].samples.size());
     for (const Signal &signal : signals) {
         Envelope envelope;
         for (const double amplitude : amplitude_spectrum(signal.samples, kWindow, true))
             envelope.add(scaled(amplitude, true, Scale::Decibel));
-        panel.curves.push_back(envelope.curve(signal.name, 1 / transform.frequency(1, rate)));
+        panel.curves.push_back(envelope.curve(signal.name, 1 / layout.frequency(1, rate)));
     }
     return panel;
 }

@@ -2,11 +2,17 @@
 #include <mensura/online.h>
 
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
+#include "cli/data/record.h"
 #include "cli/data/rewrite.h"
+#include "cli/data/source.h"
+#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -23,7 +29,7 @@ struct Options {
 
 void run(const Options &options) {
     Source source(options.files.input);
-    expect_table(source);
+    refuse_wav(source);
     Record record = read_record(source, options.files.columns, options.rate);
     if (record.length() < 2) reject("{}: a derivative needs 2 rows at least; there is 1", record.name);
     const double h = 1 / rate_of(record);

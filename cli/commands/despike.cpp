@@ -5,8 +5,11 @@
 
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
-#include "cli/data/rewrite.h"
+#include "cli/data/source.h"
+#include "cli/data/stream.h"
+#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -25,8 +28,8 @@ void run(const Options &options) {
     const double limit = options.limit;
     if (limit <= 0) reject("--limit {} is not above 0", limit);
     Source source(options.files.input);
-    expect_table(source);
-    const MakeStep make = [limit]() -> Step {
+    refuse_wav(source);
+    const MakeFilter make = [limit]() -> ChannelFilter {
         const auto filter = std::make_shared<AmplitudeLimitOnline>();
         init_amlitude_limit_filer_online(filter.get(), limit);
         return [filter](double x) { return amlitude_limit_filer_online(filter.get(), x); };

@@ -1,20 +1,25 @@
 // mensura filter: runs a filter over every column of a table or channel of a WAV.
-#include <fcntl.h>
 #include <mensura/iir.h>
-#include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
-#include "cli/app/analysis.h"
 #include "cli/app/commands.h"
+#include "cli/app/design.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
 #include "cli/app/request.h"
+#include "cli/data/cutoff.h"
+#include "cli/data/record.h"
 #include "cli/data/rewrite.h"
+#include "cli/data/source.h"
+#include "cli/data/stream.h"
+#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -25,6 +30,8 @@ constexpr const char *kExamples =
     "  logger | mensura filter highpass --cutoff 0.5Hz --rate 1kHz | viewer\n"
     "  mensura filter notch --cutoff 50Hz --bandwidth 4Hz --zero-phase --plot=hum.svg -o clean.wav hum.wav\n";
 
+constexpr std::size_t kLongTransform = 40000;  // samples: the user has to wait for more
+
 struct Options {
     FilterRequest request;
     Files files;
@@ -33,58 +40,53 @@ struct Options {
 };
 
 std::string title_of(const FilterRequest &request, const char *how) {
-    return fmt::format("{} {}, {:.6g} Hz{}", family_name(request.family), pass_type_name(request.pass_type),
+    return fmt::format("{} {}, {:.6g} Hz{}", family_name(request.prototype.Family), pass_type_name(request.pass_type),
                        request.cutoff.value_or(0), how);
 }
 
 TIIRFilter designed(const FilterRequest &request, double rate) {
+    const Design design = design_for(request, rate);
+    remark_on(design);
     TIIRFilter filter = {};
-    filter.Spec = design_spec(request, rate);
-    filter.Coeffs = CalcIIRFilterCoeff(filter.Spec);
-    report_clamps(filter.Spec.Proto);
-    for (const std::string &warning : warnings_about(analyse(filter.Coeffs, filter.Spec, rate))) remark("{}", warning);
+    filter.Spec = design.spec;
+    filter.Coeffs = design.cascade;
     return filter;
 }
 
 // Every channel runs a copy of the same design.
-MakeStep steps_of(const TIIRFilter &design) {
-    return [&design]() -> Step {
+MakeFilter copies_of(const TIIRFilter &design) {
+    return [&design]() -> ChannelFilter {
         const auto filter = std::make_shared<TIIRFilter>(design);
         return [filter](double x) { return IIRFilter(filter.get(), x); };
     };
 }
 
-// What a call prints on standard output, which belongs to the data.
-template <class Call>
-std::string captured(Call call) {
-    std::fflush(stdout);
-    const int standard_output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3), paper = nameless_file();
-    dup2(paper, STDOUT_FILENO);
-    call();
-    std::fflush(stdout);
-    dup2(standard_output, STDOUT_FILENO);
-    close(standard_output);
-    std::array<char, 256> text;
-    const ssize_t got = pread(paper, text.data(), text.size(), 0);
-    close(paper);
-    return {text.data(), static_cast<std::size_t>(got > 0 ? got : 0)};
+void apply_zero_phase(TIIRFilter filter, std::vector<double> &samples) {
+    IIRFilterZeroPhase(&filter, samples.data(), nullptr, static_cast<int>(samples.size()));
 }
 
-// dataZeroPhaseFilter prints "rate, last bin that counts, samples, largest bin"; it filters at 15 bins of n - 1 samples
-// for each bin.
-void filter_automatically(Channel &channel, double rate, double ratio) {
+void remark_on_cutoff(const std::string &channel, double cutoff, double nyquist) {
+    if (cutoff <= 0)
+        remark("{}: the spectrum has no peak to measure by: the result is meaningless", channel);
+    else if (cutoff > nyquist)
+        remark("{}: cut-off found: {:.6g} Hz, clamped to half the sampling rate, {:.6g} Hz", channel, cutoff, nyquist);
+    else
+        remark("{}: cut-off found: {:.6g} Hz", channel, cutoff);
+}
+
+// As dataZeroPhaseFilter, with which it shares every bit: that takes the sampling interval and inverts it.
+void filter_automatically(Channel &channel, double given_rate, double ratio) {
     std::vector<double> &samples = channel.samples;
-    const int n = static_cast<int>(samples.size());
-    if (n < 4) reject("--auto needs 4 samples at least; there are {}", n);
-    if (n > 40000) remark("{}: finding the cut-off from {} samples, about {:.0f} s", channel.name, n, 0.66e-9 * n * n);
-    const std::string line =
-        captured([&samples, n, rate, ratio] { dataZeroPhaseFilter(samples.data(), n, 1 / rate, ratio, 0); });
-    const std::size_t comma = line.find(',');
-    if (comma == std::string::npos) fail("out of memory");
-    const long last = std::strtol(line.c_str() + comma + 1, nullptr, 10);
-    if (last < 1) return remark("{}: the spectrum has no peak to measure by: the result is meaningless", channel.name);
-    remark("{}: cut-off found: {:.6g} Hz", channel.name,
-           std::min(15.0 * static_cast<double>(last) * rate / (n - 1), 0.5 * rate));
+    if (samples.size() < 4) reject("--auto needs 4 samples at least; there are {}", samples.size());
+    if (samples.size() > kLongTransform)
+        remark("{}: finding the cut-off from {} samples, in a time that grows as their square", channel.name,
+               samples.size());
+    const double interval = 1 / given_rate, rate = 1 / interval, nyquist = 0.5 * rate;
+    const double cutoff = automatic_cutoff(samples, rate, ratio);
+    remark_on_cutoff(channel.name, cutoff, nyquist);
+    TIIRFilter filter;
+    initTIIRFilter(&filter, ptLowPass, std::min(cutoff, nyquist), rate);
+    apply_zero_phase(filter, samples);
 }
 
 void run_automatically(const Options &options, Record &record) {
@@ -97,12 +99,9 @@ void run_automatically(const Options &options, Record &record) {
 void run_on_record(const Options &options, Record &record) {
     const TIIRFilter design = designed(options.request, rate_of(record));
     const Change change = [&design, &options](Channel &channel) {
-        std::vector<double> &x = channel.samples;
+        if (options.zero_phase) return apply_zero_phase(design, channel.samples);
         TIIRFilter filter = design;
-        if (options.zero_phase)
-            IIRFilterZeroPhase(&filter, x.data(), nullptr, static_cast<int>(x.size()));
-        else
-            for (double &sample : x) sample = IIRFilter(&filter, sample);
+        for (double &sample : channel.samples) sample = IIRFilter(&filter, sample);
     };
     rewrite_record(record, options.files, change, title_of(options.request, options.zero_phase ? ", zero phase" : ""));
 }
@@ -113,18 +112,22 @@ void run_as_stream(const Options &options, Source &source) {
         WavReader wav(source);
         wav.check_request(options.request.rate, options.files.columns);
         const TIIRFilter design = designed(options.request, wav.rate());
-        stream_wav(wav, options.files, steps_of(design), title);
+        stream_wav(wav, options.files, copies_of(design), title);
     } else {
         const TIIRFilter design = designed(options.request, *options.request.rate);
-        stream_table(source, options.files, steps_of(design), title, *options.request.rate);
+        stream_table(source, options.files, copies_of(design), title, *options.request.rate);
     }
 }
 
-void run(const Options &options) {
+void check(const Options &options) {
     if (options.ratio && options.request.pass_type != ptLowPass) reject("--auto is for lowpass");
     if (options.ratio && !(*options.ratio > 0 && *options.ratio < 1))
-        reject("--auto {}: a ratio above 0 and below 1 is wanted", *options.ratio);
+        reject("--auto {}: the ratio must lie above 0 and below 1", *options.ratio);
     if (!options.ratio) check_frequencies(options.request, options.request.rate.value_or(HUGE_VAL));
+}
+
+void run(const Options &options) {
+    check(options);
     Source source(options.files.input);
     const bool knows_rate = is_wav(source) || options.request.rate.has_value();
     if (knows_rate && !options.zero_phase && !options.ratio) return run_as_stream(options, source);

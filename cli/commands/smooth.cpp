@@ -2,12 +2,19 @@
 #include <mensura/smooth.h>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
+#include "cli/data/record.h"
 #include "cli/data/rewrite.h"
+#include "cli/data/source.h"
+#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -57,7 +64,7 @@ const Smoother &chosen(const Options &options) {
 void run(const Options &options) {
     const Smoother &smoother = chosen(options);
     Source source(options.files.input);
-    expect_table(source);
+    refuse_wav(source);
     Record record = read_record(source, options.files.columns, {});
     if (record.length() < static_cast<std::size_t>(smoother.window))
         remark("{}: nothing is smoothed: the window is longer than the record of {}", record.name, record.length());
@@ -76,8 +83,7 @@ void add_smooth(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app =
         program.add_command("smooth", "smooth the columns of a table by polynomials that fit a window best", kExamples);
-    add_count(app, "--degree", options->degree,
-              "degree of the polynomial: 1 with window 3, 5, 7, 9, 11; 2 or 3 with 5, 7")
+    add_count(app, "--degree", options->degree, fmt::format("degree of the polynomial; there are {}", all_smoothers()))
         .required();
     add_count(app, "--window", options->window, "samples that a polynomial is fitted to").required();
     add_files(app, options->files);

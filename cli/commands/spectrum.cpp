@@ -1,14 +1,24 @@
 // mensura spectrum: the amplitudes of every column or channel over frequency.
-#include "cli/data/spectrum.h"
-
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
-#include "cli/data/rewrite.h"
+#include "cli/app/spectrum_options.h"
+#include "cli/data/csv.h"
+#include "cli/data/record.h"
+#include "cli/data/spectrum.h"
+#include "cli/files/output.h"
+#include "cli/plot/comparison.h"
+#include "cli/plot/draw.h"
+#include "cli/plot/envelope.h"
 
 namespace cli {
 
@@ -27,26 +37,26 @@ struct Options {
     Files files;
 };
 
-void remark_on_length(const Transform &transform, std::size_t samples) {
+void remark_on_length(const SpectrumLayout &layout, std::size_t samples) {
     const std::string padded =
-        transform.points == transform.samples ? "" : fmt::format(" padded with zeros to {}", transform.points);
-    if (transform.parts > 1)
-        remark("{} samples: the powers of {} parts of {}{} are averaged", samples, transform.parts, transform.samples,
+        layout.points == layout.samples ? "" : fmt::format(" padded with zeros to {}", layout.points);
+    if (layout.parts > 1)
+        remark("{} samples: the powers of {} parts of {}{} are averaged", samples, layout.parts, layout.samples,
                padded);
     else if (!padded.empty())
         remark("{} samples are{}", samples, padded);
 }
 
-Spectra spectra_of(const Record &record, const SpectrumOptions &options) {
-    const Transform transform = transform_for(record.length());
-    Spectra spectra;
-    for (std::size_t k = 0; k < transform.bins(); ++k)
-        spectra.frequencies.push_back(transform.frequency(k, record.rate));
+// The frequencies, and a column of values for each channel.
+NumberTable spectra_of(const Record &record, const SpectrumOptions &options) {
+    const SpectrumLayout layout = layout_for(record.length());
+    NumberTable spectra{.names = {"frequency_Hz"}, .columns = {std::vector<double>(layout.bins())}};
+    for (std::size_t k = 0; k < layout.bins(); ++k) spectra.columns[0][k] = layout.frequency(k, record.rate);
     for (const Channel &channel : record.channels) {
         std::vector<double> bins = amplitude_spectrum(channel.samples, options.window, options.no_mean);
-        for (std::size_t k = 0; k < bins.size(); ++k) bins[k] = scaled(bins[k], transform.mirrored(k), options.scale);
+        for (std::size_t k = 0; k < bins.size(); ++k) bins[k] = scaled(bins[k], layout.mirrored(k), options.scale);
         spectra.names.push_back(channel.name);
-        spectra.values.push_back(std::move(bins));
+        spectra.columns.push_back(std::move(bins));
     }
     return spectra;
 }
@@ -62,38 +72,37 @@ double highest_finite(const std::vector<double> &values) {
     return highest;
 }
 
-Figure figure_of(const Spectra &spectra, double spacing, const SpectrumOptions &options) {
-    Figure figure;
+Figure figure_of(const NumberTable &spectra, double spacing, const SpectrumOptions &options) {
     const std::string title = fmt::format("spectrum, {} window", window_name(options.window.kind));
-    for (std::size_t i = 0; i < std::min(spectra.names.size(), kMostPanels); ++i) {
-        const std::vector<double> &values = spectra.values[i];
+    const std::size_t channels = spectra.names.size() - 1;
+    Figure figure{.title = title};
+    for (std::size_t i = 1; i <= std::min(channels, kMostPanels); ++i) {
+        const std::vector<double> &values = spectra.columns[i];
         const double lowest = options.scale == Scale::Decibel ? highest_finite(values) - kDepthOfPicture : 0.0;
         Envelope envelope;
         for (const double value : values) envelope.add(std::max(value, lowest));
-        figure.panels.push_back({.title = spectra.names.size() == 1 ? title : "",
+        figure.panels.push_back({.title = channels == 1 ? title : "",
                                  .x_label = "frequency [Hz]",
                                  .y_label = label_of(spectra.names[i], options.scale),
                                  .curves = {envelope.curve("", 1 / spacing)},
                                  .x_lowest = 0,
-                                 .x_highest = spectra.frequencies.back()});
+                                 .x_highest = spectra.columns[0].back()});
     }
-    figure.title = title;
-    if (spectra.names.size() > kMostPanels)
-        remark("the picture shows the first {} of {} channels", kMostPanels, spectra.names.size());
+    remark_on_channels_left_out(channels);
     return figure;
 }
 
 void run(const Options &options) {
     remark_on(options.spectrum.window);
     const Record record = read_signals(options.files.input, options.files.columns, options.rate);
-    const Transform transform = transform_for(record.length());
-    remark_on_length(transform, record.length());
-    const Spectra spectra = spectra_of(record, options.spectrum);
+    const SpectrumLayout layout = layout_for(record.length());
+    remark_on_length(layout, record.length());
+    const NumberTable spectra = spectra_of(record, options.spectrum);
     Output out(data_file(options.files.plot, options.files.output));
     write_csv(spectra, out);
     out.commit();
     if (options.files.plot.wanted())
-        draw(figure_of(spectra, transform.frequency(1, record.rate), options.spectrum), options.files.plot);
+        draw(figure_of(spectra, layout.frequency(1, record.rate), options.spectrum), options.files.plot);
 }
 
 }  // namespace

@@ -1,11 +1,19 @@
 // mensura tone: the amplitudes of every column or channel at single frequencies.
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
-#include "cli/data/rewrite.h"
+#include "cli/app/spectrum_options.h"
+#include "cli/data/csv.h"
+#include "cli/data/record.h"
 #include "cli/data/spectrum.h"
+#include "cli/files/output.h"
 
 namespace cli {
 
@@ -32,41 +40,41 @@ struct Request {
 Request request_of(const std::vector<std::string> &arguments) {
     Request request;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        std::string complaint;
-        if (const std::optional<double> frequency = parse_quantity(arguments[i], kHertz, complaint))
+        std::string error;
+        if (const std::optional<double> frequency = parse_quantity(arguments[i], kHertz, error))
             request.frequencies.push_back(*frequency);
         else if (i + 1 == arguments.size())
             request.file = arguments[i];
         else
-            reject("{}", complaint);
+            reject("{}", error);
     }
     if (request.frequencies.empty()) reject("a frequency comes first, such as 50Hz");
     return request;
 }
 
-Spectra tones_of(const Record &record, const std::vector<double> &frequencies, const SpectrumOptions &options) {
+NumberTable tones_of(const Record &record, const std::vector<double> &frequencies, const SpectrumOptions &options) {
     for (const double frequency : frequencies)
         if (!(frequency >= 0 && frequency <= 0.5 * record.rate))
             reject("{} Hz: must lie within 0 and {} Hz, half the sampling rate", frequency, 0.5 * record.rate);
-    Spectra spectra{.frequencies = frequencies};
+    NumberTable table{.names = {"frequency_Hz"}, .columns = {frequencies}};
     for (const Channel &channel : record.channels) {
         std::vector<double> tones =
             amplitudes_at(frequencies, record.rate, channel.samples, options.window, options.no_mean);
         for (std::size_t i = 0; i < tones.size(); ++i)
             tones[i] = scaled(tones[i], frequencies[i] > 0 && frequencies[i] < 0.5 * record.rate, options.scale);
-        spectra.names.push_back(channel.name);
-        spectra.values.push_back(std::move(tones));
+        table.names.push_back(channel.name);
+        table.columns.push_back(std::move(tones));
     }
-    return spectra;
+    return table;
 }
 
 void run(const Options &options) {
     const Request request = request_of(options.arguments);
     remark_on(options.spectrum.window);
     const Record record = read_signals(request.file, options.columns, options.rate);
-    const Spectra spectra = tones_of(record, request.frequencies, options.spectrum);
+    const NumberTable tones = tones_of(record, request.frequencies, options.spectrum);
     Output out(options.output);
-    write_csv(spectra, out);
+    write_csv(tones, out);
     out.commit();
 }
 

@@ -1,15 +1,25 @@
-// mensura track: position, velocity and acceleration estimated from measured positions; docs/kalman.md tells how.
-#include <mensura/kalman.h>
-
-#include <array>
+// mensura track: position, velocity and acceleration estimated from measured positions, by the model of docs/kalman.md.
 #include <cmath>
+#include <cstddef>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
-#include "cli/data/rewrite.h"
+#include "cli/commands/track_axis.h"
+#include "cli/data/csv.h"
+#include "cli/data/record.h"
+#include "cli/data/source.h"
+#include "cli/data/stream.h"
 #include "cli/data/table.h"
+#include "cli/data/wav.h"
+#include "cli/files/output.h"
+#include "cli/plot/comparison.h"
 
 namespace cli {
 
@@ -21,7 +31,6 @@ constexpr const char *kExamples =
 
 constexpr const char *kEstimates[] = {"_position", "_velocity", "_acceleration"};
 constexpr std::size_t kMostColumns = 100;  // a Kalman filter takes 1.3 MB
-constexpr double kNoMeasurement = 1e12;    // times r: so uncertain a position has no weight
 
 struct Options {
     Files files;
@@ -29,58 +38,16 @@ struct Options {
     double r = 0;
 };
 
-struct Model {
-    double dt, qaa, r, p;
+// A column that is tracked.
+struct Axis {
+    std::string name;
+    std::size_t column;  // among those of the table that are chosen
+    TrackedAxis estimates;
 };
 
-using State = std::array<double, 3>;
-
-// A column: it begins at its first number, and where numbers are missing the model predicts.
-class Axis {
-  public:
-    Axis(const Column &column, std::size_t place, const Model &model)
-        : name_(column.name), place_(place), model_(model) {}
-
-    const std::string &name() const { return name_; }
-    std::size_t place() const { return place_; }  // among the table's columns
-
-    // NaN for a missing position; estimates of NaN before the first number.
-    const State &update(double position) {
-        const bool missing = std::isnan(position);
-        if (!filter_ && missing) return state_;
-        if (!filter_) begin(position);
-        const double z = missing ? state_[0] + model_.dt * state_[1] : position;
-        filter_->R.data[0] = missing ? kNoMeasurement * model_.r : model_.r;
-        KalmanFilter_update_d(filter_.get(), &z, state_.data());
-        return state_;
-    }
-
-    bool lost() const {
-        if (!filter_) return false;
-        return isEmptyRMATRIX(getKalmanFilter_state(filter_.get())) != 0 ||
-               !std::isfinite(state_[0] + state_[1] + state_[2]);
-    }
-
-  private:
-    void begin(double position) {
-        std::array<double, 9> a, q, p;
-        std::array<double, 3> c;
-        filter_ = std::make_unique_for_overwrite<KalmanFilter>();
-        state_ = {position, 0, 0};
-        initKalmanFilter_d(filter_.get(), getKalmanFilterA(a.data(), 3, model_.dt), getKalmanFilterC(c.data(), 1),
-                           getKalmanFilterQ(q.data(), 3, 0, 0, 0, 0, 0, model_.qaa), &model_.r,
-                           getKalmanFilterP(p.data(), 3, model_.p), state_.data(), 1, 3);
-    }
-
-    std::string name_;
-    std::size_t place_;
-    Model model_;
-    std::unique_ptr<KalmanFilter> filter_;
-    State state_{kMissing, kMissing, kMissing};
-};
-
-// The lines before the first row.  They wait for it: it tells which columns are numbers, and only those get new names.
-class Head {
+// The lines before the first row.  They are written with it, because it shows which columns are numbers, and only those
+// get new names.
+class LeadingLines {
   public:
     void add(const TableReader &table) {
         text_ += table.line().text;
@@ -92,7 +59,7 @@ class Head {
         std::string names;
         for (const Axis &axis : axes)
             for (const char *const estimate : kEstimates)
-                names += separator + cell_text(axis.name() + estimate, separator);
+                names += separator + cell_text(axis.name + estimate, separator);
         if (end_of_header_ != kNone) text_.insert(end_of_header_, names);
         out.write(text_);
     }
@@ -102,26 +69,28 @@ class Head {
     std::size_t end_of_header_ = kNone;
 };
 
-// q = qaa dt^4 / r = (f / (0.44 fs))^6 puts -3 dB at f.
+// The estimated position has -3 dB at f where qaa dt^4 / r = (f / (0.44 rate))^6, as long as f is far below the rate.
 double qaa_of(const Options &options, double rate) {
+    constexpr double kHalfPower = 0.44, kFarBelow = 25;
     if (!options.bandwidth) return *options.qaa;
     const double f = *options.bandwidth;
     if (f >= 0.5 * rate) reject("--bandwidth {} Hz is not below half the rate, {} Hz", f, 0.5 * rate);
-    if (f > rate / 25) remark("--bandwidth {} Hz is above a 25th of the rate: -3 dB lie at a lower frequency", f);
-    return std::pow(f / (0.44 * rate), 6) * options.r * std::pow(rate, 4);
+    if (f > rate / kFarBelow)
+        remark("--bandwidth {} Hz is above a {}th of the rate: -3 dB lie at a lower frequency", f, kFarBelow);
+    return std::pow(f / (kHalfPower * rate), 6) * options.r * std::pow(rate, 4);
 }
 
-Model model_of(const Options &options, double rate) {
+TrackingModel model_of(const Options &options, double rate) {
     return {1 / rate, qaa_of(options, rate), options.r, options.p.value_or(1e4 * options.r)};
 }
 
-std::vector<Axis> axes_of(const TableReader &table, const Model &model) {
+std::vector<Axis> axes_of(const TableReader &table, const TrackingModel &model) {
     if (table.columns().size() > kMostColumns)
         reject("{} columns are too many to track, {} at most; choose with --column", table.columns().size(),
                kMostColumns);
     std::vector<Axis> axes;
     for (std::size_t i = 0; i < table.columns().size(); ++i)
-        if (table.columns()[i].kind != Column::Text) axes.emplace_back(table.columns()[i], i, model);
+        if (table.columns()[i].kind != Column::Text) axes.push_back({table.columns()[i].name, i, TrackedAxis(model)});
     return axes;
 }
 
@@ -138,13 +107,13 @@ void write_row(Output &out, const TableReader &table, std::vector<Axis> &axes, C
                const std::string &file) {
     out.write(table.line().text);
     for (std::size_t i = 0; i < axes.size(); ++i) {
-        const double position = table.values()[axes[i].place()];
-        const State &state = axes[i].update(position);
-        if (axes[i].lost())
+        const double position = table.values()[axes[i].column];
+        const State &state = axes[i].estimates.update(position);
+        if (axes[i].estimates.lost())
             fail(
                 "{}:{}: the estimates of {} are lost to rounding or overflow; choose units in which --r is above 1e-12 "
                 "and the positions are not huge",
-                file, table.line().number, axes[i].name());
+                file, table.line().number, axes[i].name);
         for (const double estimate : state) write_number(out, estimate, table.separator());
         comparison.add(i, position, state[0]);
     }
@@ -152,31 +121,26 @@ void write_row(Output &out, const TableReader &table, std::vector<Axis> &axes, C
 }
 
 void track(Source &source, const Options &options, double rate) {
-    const Model model = model_of(options, rate);
+    const TrackingModel model = model_of(options, rate);
     TableReader table(source, options.files.columns);
     Output out(data_file(options.files.plot, options.files.output));
     Comparison comparison(options.files.plot);
     std::vector<Axis> axes;
-    Head head;
-    for (;;) {
-        if (out.full() || (table.rows() > 0 && !table.ready())) out.flush();
-        if (!table.next()) break;
-        if (table.rows() == 0) {
-            head.add(table);
-            continue;
-        }
+    LeadingLines leading;
+    for_each_line(table, out, [&] {
+        if (table.rows() == 0) return leading.add(table);
         if (axes.empty()) {
             axes = axes_of(table, model);
-            head.write(out, axes, table.separator());
+            leading.write(out, axes, table.separator());
         }
         if (table.kind() == LineKind::Data)
             write_row(out, table, axes, comparison, source.name());
         else
             table.write_line(out);
-    }
+    });
     std::vector<std::string> names;
     names.reserve(axes.size());
-    for (const Axis &axis : axes) names.push_back(axis.name());
+    for (const Axis &axis : axes) names.push_back(axis.name);
     out.commit();
     comparison.draw(fmt::format("position estimated, q = {:.3g}", model.qaa * std::pow(model.dt, 4) / model.r), names,
                     rate);
@@ -193,7 +157,7 @@ void check(const Options &options) {
 void run(const Options &options) {
     check(options);
     Source source(options.files.input);
-    expect_table(source);
+    refuse_wav(source);
     if (options.rate) return track(source, options, *options.rate);
     Record record = read_record(source, options.files.columns, {});
     const double rate = rate_of(record);

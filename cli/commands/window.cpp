@@ -1,11 +1,18 @@
 // mensura window: the weights of a data window.
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
 #include "cli/app/quantity.h"
-#include "cli/data/rewrite.h"
-#include "cli/data/spectrum.h"
+#include "cli/app/spectrum_options.h"
+#include "cli/data/csv.h"
+#include "cli/data/window.h"
+#include "cli/files/output.h"
+#include "cli/plot/draw.h"
+#include "cli/plot/envelope.h"
 
 namespace cli {
 
@@ -28,12 +35,7 @@ struct Options {
 
 void write_weights(const std::vector<double> &weights, Output &out) {
     out.write("sample,weight\n");
-    for (std::size_t i = 0; i < weights.size(); ++i) {
-        out.write(fmt::format("{},", i));
-        out.number(weights[i]);
-        out.write("\n");
-        if (out.full()) out.flush();
-    }
+    for (std::size_t i = 0; i < weights.size(); ++i) write_row({static_cast<double>(i), weights[i]}, out);
 }
 
 Figure figure_of(const std::vector<double> &weights, int kind) {
@@ -50,8 +52,8 @@ void run(const Options &options) {
     if (options.samples < 1 || options.samples > kLongest)
         reject("N of {}: must lie within 1 and {} samples", options.samples, kLongest);
     remark_on(options.window);
-    std::vector<double> weights(static_cast<std::size_t>(options.samples), 1.0);
-    apply(options.window, weights, options.unity_gain);
+    const std::vector<double> weights =
+        weights_of(options.window, static_cast<std::size_t>(options.samples), options.unity_gain);
     Output out(data_file(options.plot, options.output));
     write_weights(weights, out);
     out.commit();
@@ -65,10 +67,9 @@ void add_window(const Command &program) {
     const Command app = program.add_command("window", "the weights of a data window", kExamples);
     app.add_option(
            "KIND", [&window = options->window](const std::string &name) { window.kind = window_kind("KIND", name); },
-           "rectangle, hanning, hamming, flattop, blackman, blackman-harris, blackman-nuttall, nuttall, kaiser, "
-           "kaiser-bessel, triangle, gauss, sinc or sine")
+           window_names())
         .required();
-    add_count(app, "N", options->samples, "number of samples, 1 to 100000000").type_name("").required();
+    add_count(app, "N", options->samples, fmt::format("number of samples, 1 to {}", kLongest)).type_name("").required();
     add_window_shape(app, options->window);
     app.add_flag("--unity-gain", options->unity_gain, "divide the weights by their mean");
     add_output(app, options->output);

@@ -3,15 +3,17 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstddef>
 
 #include "cli/app/diagnostics.h"
 #include "cli/data/table.h"
+#include "cli/data/times.h"
 
 namespace cli {
 
 namespace {
 
-// A record may begin with missing cells: the first number there is counts for them.
+// Missing cells at the beginning of a record take the value of the first number.
 void fill_front(std::vector<double> &samples) {
     const auto first = std::ranges::find_if(samples, [](double x) { return !std::isnan(x); });
     if (first != samples.end()) std::fill(samples.begin(), first, *first);
@@ -100,31 +102,21 @@ void remark_missing(const Record &record) {
                    channel.name, channel.missing, record.length());
 }
 
+Record read_signals(const std::string &file, const std::vector<std::string> &columns, std::optional<double> rate) {
+    Source source(file);
+    Record record = read_record(source, columns, rate);
+    std::erase_if(record.channels, [](const Channel &channel) { return !channel.has_numbers(); });
+    if (record.channels.empty()) reject("{}: holds no numbers", record.name);
+    rate_of(record);
+    remark_missing(record);
+    return record;
+}
+
 void write_record(const Record &record, Output &out) {
     if (record.wav)
         write_sound(record, out);
     else
         write_table(record, out);
-}
-
-void EvenTimes::add(double time, std::size_t line, std::size_t column) {
-    column_ = column;
-    if (!times_.empty() && !(time > times_.back())) reject("{}:{}:{}: the time does not increase", file_, line, column);
-    times_.push_back(time);
-    lines_.push_back(line);
-}
-
-double EvenTimes::rate() const {
-    constexpr double kMostOff = 0.5 - 1e-9;  // in mean steps: passes times rounded to milliseconds, but no lost sample
-    const std::size_t n = times_.size();
-    if (n < 2) reject("{}: a single row has no sampling rate; give --rate", file_);
-    const double rate = static_cast<double>(n - 1) / (times_.back() - times_.front());
-    for (std::size_t i = 1; i < n; ++i)
-        if (std::abs((times_[i] - times_[i - 1]) * rate - 1) > kMostOff)
-            reject("{}:{}:{}: the times are not evenly spaced here; give --rate to take the rows as even", file_,
-                   lines_[i], column_);
-    const double whole = std::round(rate);
-    return std::abs(rate - whole) <= 1e-5 * whole ? whole : rate;
 }
 
 }  // namespace cli

@@ -1,14 +1,15 @@
-// Bytes from a file or from standard input, in the pieces in which they come, and the lines in them.
+// Bytes from a file or from standard input, in the blocks in which they come.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
 
+#include "cli/app/progress.h"
+
 namespace cli {
 
-// Standard input is wanted but is a terminal, where nobody may be typing.
+// Thrown when standard input is to be read and is a terminal, where nobody may be typing.
 struct InputIsTerminal {};
 
 class Source {
@@ -32,31 +33,10 @@ class Source {
     std::string rest();
 
   private:
-    void show_progress();
-
     std::string name_, buffer_;
     std::size_t position_ = 0, consumed_ = 0, size_ = 0;  // size 0: not known
     int descriptor_ = -1;
-    std::chrono::steady_clock::time_point shown_at_ = std::chrono::steady_clock::now();
-};
-
-struct Line {
-    std::string_view text, end;  // end: what closes it, "\n", "\r\n" or, at the end of the file, nothing
-    std::size_t number = 0;      // from 1
-};
-
-class LineReader {
-  public:
-    explicit LineReader(Source &source) : source_(source) {}
-    // The next line, valid until the next call; false at the end.
-    bool next(Line &line);
-    // Whether the next line has come already.
-    bool ready() const { return source_.pending().find('\n') != std::string_view::npos; }
-    const std::string &name() const { return source_.name(); }
-
-  private:
-    Source &source_;
-    std::size_t number_ = 0;
+    Progress progress_{name_};
 };
 
 }  // namespace cli

@@ -1,24 +1,19 @@
 #include "cli/data/table.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 #include "cli/app/diagnostics.h"
 #include "cli/app/number.h"
+#include "cli/data/times.h"
 
 namespace cli {
 
 namespace {
 
 constexpr std::string_view kBom = "\xEF\xBB\xBF";
-
-std::string lower(std::string_view text) {
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return result;
-}
 
 // A cell's content: without blanks and without the quotes around it.
 std::string_view content(std::string_view cell) {
@@ -30,27 +25,6 @@ std::string_view content(std::string_view cell) {
 bool is_missing(std::string_view cell) {
     const std::string text = lower(content(cell).substr(0, 5));
     return text.empty() || text == "nan" || text == "-nan" || text == "+nan" || text == "na" || text == "n/a";
-}
-
-// Seconds in the unit of a column called time or t: "time", "t", "time_ms", "Time [s]", but not T, a temperature; 0 for
-// any other name.
-double unit_of_time(const std::string &name) {
-    struct Unit {
-        std::string_view name;
-        double seconds;
-    };
-    constexpr Unit kUnits[] = {{"", 1},           {"s", 1},         {"sec", 1},   {"seconds", 1}, {"stamp", 1},
-                               {"min", 60},       {"h", 3600},      {"ms", 1e-3}, {"us", 1e-6},   {"ns", 1e-9},
-                               {"\u00B5s", 1e-6}, {"\u03BCs", 1e-6}};  // the micro sign, the Greek letter
-    const std::string text = lower(name);
-    const std::size_t start = text.starts_with("time") ? 4 : text.starts_with("t") ? 1 : 0;
-    if (start == 0 || name == "T") return 0;
-    if (start == 1 && text.size() > 1 && std::isalpha(static_cast<unsigned char>(text[1])) != 0) return 0;
-    std::string unit;
-    for (const char c : text.substr(start))
-        if (std::string_view(" _-./()[],").find(c) == std::string_view::npos) unit += c;
-    const auto *const known = std::ranges::find(kUnits, unit, &Unit::name);
-    return known == std::end(kUnits) ? 0 : known->seconds;
 }
 
 // In quotes, two stand for one.
@@ -68,13 +42,6 @@ bool has_decimal_comma(std::string_view cell) {
 }
 
 }  // namespace
-
-std::string cell_text(const std::string &name, char separator) {
-    if (name.find_first_of(std::string{separator, '"', '\n'}) == std::string::npos) return name;
-    std::string text = "\"";
-    for (const char c : name) text += c == '"' ? "\"\"" : std::string(1, c);
-    return text + '"';
-}
 
 TableReader::TableReader(Source &source, std::vector<std::string> wanted)
     : lines_(source), wanted_(std::move(wanted)) {}
@@ -207,7 +174,7 @@ void TableReader::choose(const std::string &wanted) {
         index = static_cast<std::size_t>(*number) - 1;
     }
     const auto same = [index](const Column &column) { return column.index == index; };
-    if (std::ranges::none_of(columns_, same)) columns_.push_back({.index = index, .demanded = true});
+    if (std::ranges::none_of(columns_, same)) columns_.push_back({.index = index, .chosen = true});
 }
 
 void TableReader::check_width() const {
@@ -228,7 +195,7 @@ void TableReader::read_row() {
             values_[i] = *number;
             column.kind = Column::Numbers;
         } else if (!is_missing(cell)) {
-            if (column.kind == Column::Numbers || column.demanded || has_decimal_comma(cell)) reject_cell(column.index);
+            if (column.kind == Column::Numbers || column.chosen || has_decimal_comma(cell)) reject_cell(column.index);
             column.kind = Column::Text;
         }
         numbers = numbers || column.kind != Column::Text;

@@ -1,11 +1,13 @@
 // Tables of numbers as text (CSV): cells are found and read in place, everything else can be passed through as it stands.
 #pragma once
 
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "cli/data/lines.h"
 #include "cli/data/source.h"
 #include "cli/files/output.h"
 
@@ -14,16 +16,13 @@ namespace cli {
 inline constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
 inline constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
 
-// A column of numbers.  It is one from its first cell that is not missing on; until then it is `undecided`.
+// A column.  Its first cell that is not missing decides whether it holds numbers or text.
 struct Column {
     std::size_t index = 0;  // from 0
     std::string name = {};  // from the header, or "column 3"
     enum Kind { Undecided, Numbers, Text } kind = Undecided;
-    bool demanded = false;  // named on the command line: then text is an error
+    bool chosen = false;  // on the command line: then text is an error
 };
-
-// A name as a cell: in quotes if it has to be, the quotes in it doubled.
-std::string cell_text(const std::string &name, char separator);
 
 enum class LineKind { Other, Header, Data };  // Other: comments and blank lines
 

@@ -8,10 +8,13 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "cli/app/diagnostics.h"
+#include "cli/files/temporary.h"
 
 namespace cli {
 
@@ -48,10 +51,10 @@ int seekable(Source &source) {
     if (lseek(own, 0, SEEK_SET) == 0) return dup(own);
     const int copy = nameless_file();
     do {
-        const std::string_view piece = source.pending();
-        if (write(copy, piece.data(), piece.size()) != static_cast<ssize_t>(piece.size()))
+        const std::string_view block = source.pending();
+        if (write(copy, block.data(), block.size()) != static_cast<ssize_t>(block.size()))
             fail("a temporary copy of {}: {}", source.name(), std::strerror(errno));
-        source.skip(piece.size());
+        source.skip(block.size());
     } while (source.more());
     lseek(copy, 0, SEEK_SET);
     return copy;
@@ -81,6 +84,10 @@ bool is_wav(Source &source) {
            (head.starts_with("RIFF") || head.starts_with("RIFX") || head.starts_with("RF64"));
 }
 
+void refuse_wav(Source &source) {
+    if (is_wav(source)) reject("{}: is a WAV; this command reads tables (CSV)", source.name());
+}
+
 WavReader::WavReader(Source &source) : name_(source.name()), descriptor_(seekable(source)) {
     refuse_truncated(descriptor_, name_);
     lseek(descriptor_, 0, SEEK_SET);
@@ -98,8 +105,8 @@ std::string WavReader::channel_name(std::size_t channel) const {
     return channels() == 1 ? "sound" : fmt::format("channel {}", channel + 1);
 }
 
-void WavReader::check_request(std::optional<double> asked, const std::vector<std::string> &columns) const {
-    if (asked && *asked != rate()) reject("{}: is sampled at {} Hz; leave --rate out, or give that", name_, rate());
+void WavReader::check_request(std::optional<double> wanted, const std::vector<std::string> &columns) const {
+    if (wanted && *wanted != rate()) reject("{}: is sampled at {} Hz; leave --rate out, or give that", name_, rate());
     if (!columns.empty()) reject("{}: is a WAV, all of whose channels are taken; --column is for tables", name_);
 }
 

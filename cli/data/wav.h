@@ -3,6 +3,7 @@
 
 #include <sndfile.h>
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <span>
@@ -17,6 +18,9 @@ namespace cli {
 
 // Whether the input begins like a WAV; waits for no more bytes than that takes.
 bool is_wav(Source &source);
+
+// For commands that read tables alone.
+void refuse_wav(Source &source);
 
 inline constexpr std::size_t kWavFrames = 4096;  // to read and write at a time
 

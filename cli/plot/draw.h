@@ -1,34 +1,12 @@
-// --plot and --plot-script: a figure becomes a picture, a drawing in the terminal, or the program that draws it.
+// A figure as a picture, as a drawing in the terminal, or as the script that draws it.
 #pragma once
 
-#include <string>
-
-#include "cli/app/command_line.h"
-#include "cli/files/output.h"
 #include "cli/plot/figure.h"
+#include "cli/plot/options.h"
 
 namespace cli {
 
-struct PlotOptions {
-    enum Kind { None, File, Terminal, Script } kind = None;
-    std::string file;
-
-    bool wanted() const { return kind != None; }
-    // The drawing takes the place of the data on standard output.
-    bool on_standard_output() const { return kind == Terminal || kind == Script; }
-};
-
-inline constexpr const char *kPlotInTerminal = "terminal";  // what a plain --plot stands for
-
-void add_plot_options(const Command &app, PlotOptions &plot);
-
-// Whether a file's name ends like a picture's.
-bool is_picture(const std::string &file);
-
-// Where the data go: nowhere when the drawing takes their place.
-std::string data_file(const PlotOptions &plot, const std::string &output);
-
-// Draws; a picture's file appears when it is complete.
+// A picture's file appears when it is complete.
 void draw(const Figure &figure, const PlotOptions &plot);
 
 }  // namespace cli

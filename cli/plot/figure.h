@@ -1,6 +1,7 @@
-// What a picture shows, and the gnuplot program that draws it.
+// What a picture shows.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,31 +29,6 @@ inline constexpr std::size_t kMostPanels = 6;  // that are still readable
 struct Figure {
     std::string title = {};
     std::vector<Panel> panels = {};  // one below the other
-};
-
-// Without curves that have no point, and panels that have no curve: gnuplot takes them for errors.
-Figure drawable(Figure figure);
-
-// Commands and inline data; draws with whatever terminal is set before.
-std::string gnuplot_script(const Figure &figure, bool grid);
-
-// A long record as its minimum and maximum per pixel column, in bounded memory.
-class Envelope {
-  public:
-    void add(double value);
-    // A curve over time, or over the sample's number if the rate is 0.
-    Curve curve(const std::string &title, double rate) const;
-
-  private:
-    struct Bucket {
-        double low, high;
-        bool low_first;
-    };
-    void merge_pairs();
-
-    static constexpr std::size_t kCapacity = 1600;  // a picture has no more than half as many columns
-    std::vector<Bucket> buckets_;
-    std::size_t stride_ = 1, filled_ = 0;  // samples in a bucket, and in the last one
 };
 
 }  // namespace cli

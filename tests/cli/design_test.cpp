@@ -11,7 +11,7 @@ namespace {
 
 using nlohmann::json, std::numbers::pi;
 
-class Design : public Tool {
+class Design : public CommandLine {
   protected:
     json design(const std::string &arguments) {
         EXPECT_EQ(run("design " + arguments + " --json"), 0) << err;
@@ -70,9 +70,21 @@ TEST_F(Design, design_names_every_clamped_value_and_unusable_designs) {
           {"40 --poles 60", "all zero"},
           {"1e-6", "far below the sampling rate"}}) {
         const json document = design(std::string("lowpass --rate 360 --cutoff ") + options);
-        EXPECT_NE(err.find(warning), std::string::npos) << options << ": " << err;
-        EXPECT_NE(document["warnings"].dump().find(warning), std::string::npos) << options;
+        EXPECT_HAS(err, warning);
+        EXPECT_HAS(document["warnings"].dump(), warning);
     }
+}
+
+// From order 16 on the ripple of a Chebyshev design is limited, at 20 poles to 0.1 dB.
+TEST_F(Design, clamped_ripple_is_reported_in_every_form) {
+    const std::string call = "lowpass --cutoff 40Hz --rate 360Hz --family chebyshev --poles 20 --ripple ";
+    ASSERT_EQ(run("design " + call + "1dB"), 0);
+    EXPECT_HAS(out, "  ripple                0.1 dB (asked: 1 dB)\n");
+    EXPECT_EQ(err, "mensura: --ripple 1 is outside the range of chebyshev: its prototype is made with 0.1\n");
+    const json clamped = design(call + "1dB"), same = design(call + "0.1dB");
+    EXPECT_EQ(clamped["asked"]["ripple_dB"], 1);
+    EXPECT_EQ(clamped["designed"]["ripple_dB"], 0.1);
+    EXPECT_EQ(clamped["sections"], same["sections"]);
 }
 
 TEST_F(Design, response_is_that_of_the_library) {

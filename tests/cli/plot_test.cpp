@@ -8,7 +8,7 @@ namespace {
 const std::string kCurves =
     "xmllint --xpath \"count(//*[starts-with(@id, 'gnuplot_plot')][.//*[local-name() = 'path']])\" ";
 
-TEST_F(Tool, pictures_hold_every_curve) {
+TEST_F(CommandLine, pictures_hold_every_curve) {
     write("x.csv", "a<b & 'c',note,\xB5V,none\n1,x,4,\n2,y,3,NaN\n0,z,1,\n");  // in Latin-1, with columns to leave out
     for (const auto &[call, curves] : {std::pair{"design bandpass --cutoff 40 --rate 360 --plot=x.svg", 2},
                                        {"design lowpass --cutoff 40 --rate 360 --poles 60 --plot=x.svg", 1},
@@ -26,19 +26,28 @@ TEST_F(Tool, pictures_hold_every_curve) {
     expect_refused(kLowpass + "x.csv --plot=x.txt", "\"x.txt\" does not end in .svg, .png or .pdf");
 }
 
-TEST_F(Tool, plot_and_its_script_take_the_place_of_the_data) {
-    write("x.csv", "x\n1\n2\n0\n");
-    EXPECT_EQ(run(kLowpass + "x.csv --plot"), 0) << err;
-    EXPECT_NE(out.find("+--------------"), std::string::npos) << out;
-    EXPECT_EQ(out.find("x\n1\n"), std::string::npos) << out;
-    EXPECT_EQ(shell("{ echo set terminal dumb; $M " + kLowpass + "x.csv --plot-script; } | gnuplot"), 0) << err;
-    EXPECT_NE(out.find("+--------------"), std::string::npos) << err;
+// UTF-8 stays; other bytes, here Latin-1 and an overlong form of "/", become the code points of their values.
+TEST_F(CommandLine, names_in_pictures_are_utf8) {
+    write("x.csv", "\u00B5V,\xB5V,a\xC0\xAF\n1,1,1\n2,2,2\n");
+    EXPECT_EQ(run(kLowpass + "x.csv --plot-script"), 0) << err;
+    for (const char *label : {"'\u00B5V'", "'a\u00C0\u00AF'"}) EXPECT_HAS(out, label);
+    EXPECT_EQ(shell("\"$M\" " + kLowpass + "x.csv --plot-script | iconv -f utf-8 -t utf-8"), 0) << err;
 }
 
-TEST_F(Tool, pictures_of_long_records_stay_small) {
+TEST_F(CommandLine, plot_and_its_script_take_the_place_of_the_data) {
+    write("x.csv", "x\n1\n2\n0\n");
+    EXPECT_EQ(run(kLowpass + "x.csv --plot"), 0) << err;
+    EXPECT_HAS(out, "+--------------");
+    EXPECT_EQ(out.find("x\n1\n"), std::string::npos) << out;
+    EXPECT_EQ(shell("{ echo set terminal dumb; $M " + kLowpass + "x.csv --plot-script; } | gnuplot"), 0) << err;
+    EXPECT_HAS(out, "+--------------");
+}
+
+TEST_F(CommandLine, pictures_of_long_records_stay_small) {
     ASSERT_EQ(shell("seq 1000000 >x.csv"), 0);
     EXPECT_EQ(run(kLowpass + "x.csv -o /dev/null --plot=x.svg"), 0) << err;
-    EXPECT_TRUE(read("x.svg").size() > 20000 && read("x.svg").size() < 300000) << read("x.svg").size();
+    EXPECT_GT(read("x.svg").size(), 20000u);
+    EXPECT_LT(read("x.svg").size(), 300000u);
 }
 
 }  // namespace

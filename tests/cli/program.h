@@ -13,11 +13,16 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 inline const std::string kLowpass = "filter lowpass --cutoff 40Hz --rate 360Hz ";
 
-class Tool : public testing::Test {
+// The text has this in it; a failure shows both.
+#define EXPECT_HAS(text, part) EXPECT_PRED2(has, text, part)
+inline bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+class CommandLine : public testing::Test {
   protected:
     void SetUp() override { ASSERT_NE(mkdtemp(dir_.data()), nullptr); }
     void TearDown() override { std::filesystem::remove_all(dir_); }
@@ -33,7 +38,8 @@ class Tool : public testing::Test {
 
     // A line of shell in which $M is the program; its output is then in out and err.  Returns the exit status.
     int shell(const std::string &line) {
-        const std::string command = "cd '" + dir_ + "' && M='" MENSURA "' && ( " + line + " ) >.out 2>.err </dev/null";
+        const std::string command =
+            "cd '" + dir_ + "' && export M='" MENSURA "' && ( " + line + " ) >.out 2>.err </dev/null";
         const int status = std::system(command.c_str());
         out = read(".out");
         err = read(".err");
@@ -48,14 +54,16 @@ class Tool : public testing::Test {
         for (std::string line; std::getline(lines, line);) {
             std::vector<double> row;
             std::istringstream cells(line);
-            for (std::string cell; std::getline(cells, cell, ',');) {
-                char *end = nullptr;
-                const double value = std::strtod(cell.c_str(), &end);
-                if (end != cell.c_str()) row.push_back(value);
-            }
+            for (std::string cell; std::getline(cells, cell, ',');)
+                if (double value = 0; std::istringstream(cell) >> value) row.push_back(value);
             if (!row.empty()) table.push_back(row);
         }
         return table;
+    }
+    static std::vector<double> column(const std::vector<std::vector<double>> &table, std::size_t index) {
+        std::vector<double> values;
+        for (const std::vector<double> &row : table) values.push_back(row.at(index));
+        return values;
     }
 
     // Samples that every filter changes.
@@ -65,11 +73,17 @@ class Tool : public testing::Test {
             x[i] = 0.3 * std::sin(0.02 * static_cast<double>(i)) - 0.1 * static_cast<double>(i % 3);
         return x;
     }
-    // What kLowpass makes of them.
-    static std::vector<double> filtered(std::vector<double> x) {
+    // What kLowpass makes of them, one way or with zero phase.
+    static std::vector<double> filtered(std::vector<double> x, double cutoff = 40) {
         TIIRFilter filter;
-        initTIIRFilter(&filter, ptLowPass, 40, 360);
+        initTIIRFilter(&filter, ptLowPass, cutoff, 360);
         for (double &sample : x) sample = IIRFilter(&filter, sample);
+        return x;
+    }
+    static std::vector<double> zero_phase(std::vector<double> x, double cutoff = 40) {
+        TIIRFilter filter;
+        initTIIRFilter(&filter, ptLowPass, cutoff, 360);
+        IIRFilterZeroPhase(&filter, x.data(), nullptr, static_cast<int>(x.size()));
         return x;
     }
     // The layout with a number, in digits that read back as the same, in place of every @.
@@ -85,11 +99,17 @@ class Tool : public testing::Test {
     }
 
     // The call is refused with one line on stderr that has this in it, and nothing on stdout.
-    void expect_refused(const std::string &arguments, const std::string &complaint, int status = 2) {
-        EXPECT_EQ(run(arguments), status) << arguments;
-        EXPECT_NE(err.find(complaint), std::string::npos) << arguments << ": " << err;
+    void expect_refused(const std::string &arguments, const std::string &reason, int status = 2) {
+        SCOPED_TRACE(arguments);
+        EXPECT_EQ(run(arguments), status);
+        EXPECT_HAS(err, reason);
         EXPECT_EQ(err.find('\n') + 1, err.size()) << err;
-        EXPECT_EQ(out, "") << arguments;
+        EXPECT_EQ(out, "");
+    }
+    // Pairs of arguments and a part of the reason.
+    void expect_refusals(const std::string &command, const std::vector<std::pair<std::string, std::string>> &calls,
+                         int status = 2) {
+        for (const auto &[arguments, reason] : calls) expect_refused(command + arguments, reason, status);
     }
 
     std::string out, err;

@@ -10,39 +10,33 @@
 
 namespace {
 
-// A line goes in only after the one before has come out: a program that waits for more input gets none and is killed.
-const char *const kLineByLine =
-    " <i >o & exec 3>i 4<o; printf 'x,y\\n1,2\\n' >&3; read -r a <&4; read -r b <&4; printf '3,6\\n' >&3; read -r c "
-    "<&4; "
-    "exec 3>&-; wait; echo \"$b $c\"";
-
-TEST_F(Tool, smooth_runs_the_smoother_asked_for) {
-    struct Case {
-        std::string options;
-        void (*function)(const double *x, double *y, int n);
-    };
+TEST_F(CommandLine, smooth_runs_the_smoother_asked_for) {
     const std::vector<double> x = signal(15);
     const std::string lines = "@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n";
     write("x.csv", filled(lines, x));
-    for (const Case &c :
-         {Case{"1 --window 3", linearSmooth3}, Case{"1 --window 5", linearSmooth5}, Case{"1 --window 7", linearSmooth7},
-          Case{"1 --window 9", linearSmooth9}, Case{"1 --window 11", linearSmooth11},
-          Case{"2 --window 5", quadraticSmooth5}, Case{"2 --window 7", quadraticSmooth7},
-          Case{"3 --window 5", cubicSmooth5}, Case{"3 --window 7", cubicSmooth7}}) {
+    for (const auto &[options, smooth] : {std::pair{"1 --window 3", &linearSmooth3},
+                                          {"1 --window 5", linearSmooth5},
+                                          {"1 --window 7", linearSmooth7},
+                                          {"1 --window 9", linearSmooth9},
+                                          {"1 --window 11", linearSmooth11},
+                                          {"2 --window 5", quadraticSmooth5},
+                                          {"2 --window 7", quadraticSmooth7},
+                                          {"3 --window 5", cubicSmooth5},
+                                          {"3 --window 7", cubicSmooth7}}) {
         std::vector<double> y(x.size());
-        c.function(x.data(), y.data(), static_cast<int>(x.size()));
-        EXPECT_EQ(run("smooth x.csv --degree " + c.options), 0) << err;
-        EXPECT_EQ(out, filled(lines, y)) << c.options;
+        smooth(x.data(), y.data(), static_cast<int>(x.size()));
+        EXPECT_EQ(run(std::string("smooth x.csv --degree ") + options), 0) << err;
+        EXPECT_EQ(out, filled(lines, y)) << options;
     }
     expect_refused("smooth --degree 1 --window 6 x.csv",
                    "there are degree 1: window 3, 5, 7, 9, 11; degree 2: window 5, 7; degree 3: window 5, 7");
     write("short.csv", "1\n2\n");
     EXPECT_EQ(run("smooth --degree 1 --window 3 short.csv"), 0);
     EXPECT_EQ(out, "1\n2\n");
-    EXPECT_NE(err.find("nothing is smoothed"), std::string::npos) << err;
+    EXPECT_HAS(err, "nothing is smoothed");
 }
 
-TEST_F(Tool, rewriting_keeps_everything_but_the_numbers) {
+TEST_F(CommandLine, rewriting_keeps_everything_but_the_numbers) {
     // Means of three, and at the ends the line through them; the missing 0 is the sample before it.
     write("x.csv", "# note\r\nid;x;who\r\na;0;2 m\r\nb;3.0;\r\n\r\nc;0;x\r\nd;NaN;\"y;z\"\r\ne;6;w");
     EXPECT_EQ(run("smooth --degree 1 --window 3 x.csv"), 0) << err;
@@ -61,14 +55,19 @@ TEST_F(Tool, rewriting_keeps_everything_but_the_numbers) {
     EXPECT_EQ(out, "\n1,\n1.5,4\n3,\n6,3\n");
 }
 
-TEST_F(Tool, streams_answer_line_by_line) {
-    EXPECT_EQ(shell("mkfifo i o; timeout 10 \"$M\" average --length 2" + std::string(kLineByLine)), 0);
-    EXPECT_EQ(out, "1,2 2,4\n");
-    EXPECT_EQ(shell("mkfifo i o; timeout 10 \"$M\" despike --limit 1" + std::string(kLineByLine)), 0);
-    EXPECT_EQ(out, "1,2 3,6\n");
-    EXPECT_EQ(shell("mkfifo i o; timeout 10 \"$M\" track --column x --rate 1 --q 1 --r 1" + std::string(kLineByLine)),
-              0);
-    EXPECT_EQ(out.substr(0, 14), "1,2,1,0,0 3,6,") << out;
+TEST_F(CommandLine, streams_answer_line_by_line) {
+    // A line goes in only after the one before has come out: a program that waits for more gets none and is killed.
+    write("lines.sh",
+          "mkfifo i o; timeout 10 \"$M\" $* <i >o & exec 3>i 4<o; printf 'x,y\\n1,2\\n' >&3; read -r a <&4\n"
+          "read -r b <&4; printf '3,6\\n' >&3; read -r c <&4; exec 3>&-; wait; rm i o; echo \"$b $c\"\n");
+    const std::string filter_answers = filled("1,2 @,@\n", {filtered({1, 3})[1], filtered({2, 6})[1]});
+    for (const auto &[command, answers] : {std::pair{std::string("average --length 2"), std::string("1,2 2,4\n")},
+                                           {"despike --limit 1", "1,2 3,6\n"},
+                                           {kLowpass, filter_answers},
+                                           {"track --column x --rate 1 --q 1 --r 1", "1,2,1,0,0 3,6,"}}) {
+        EXPECT_EQ(shell("timeout 60 sh lines.sh " + command), 0) << err;
+        EXPECT_EQ(out.substr(0, answers.size()), answers) << command;
+    }
 }
 
 // The estimates of one axis, as docs/kalman.md has it; NaN: no measurement.
@@ -89,7 +88,7 @@ std::vector<std::array<double, 3>> kalman(const std::vector<double> &z, double d
     return estimates;
 }
 
-TEST_F(Tool, track_appends_the_estimates_of_every_axis) {
+TEST_F(CommandLine, track_appends_the_estimates_of_every_axis) {
     const double gap = std::nan("");
     std::string csv = "time,x,\"y,z\",who\n";
     std::vector<double> x, y;
@@ -105,7 +104,7 @@ TEST_F(Tool, track_appends_the_estimates_of_every_axis) {
     EXPECT_EQ(header,
               "time,x,\"y,z\",who,x_position,x_velocity,x_acceleration,"
               "\"y,z_position\",\"y,z_velocity\",\"y,z_acceleration\"");
-    EXPECT_NE(text.find("\n0.000000,5.000000,NaN,p,5,0,0,,,\n0.125000,6.250000,-3.000000,p,"), std::string::npos);
+    EXPECT_HAS(text, "\n0.000000,5.000000,NaN,p,5,0,0,,,\n0.125000,6.250000,-3.000000,p,");
     const auto of_x = kalman(x, 0.125, 2, 0.5, 100), of_y = kalman(y, 0.125, 2, 0.5, 100);
     const auto table = rows(text);  // without missing cells and text: 5 numbers, then 9, of which a gap takes one
     for (std::size_t i = 1; i < 40; ++i)
@@ -124,7 +123,7 @@ TEST_F(Tool, track_appends_the_estimates_of_every_axis) {
     EXPECT_EQ(out.substr(0, 26), "1 NaN 1 0 0 NaN NaN NaN\n2 ");
 }
 
-TEST_F(Tool, what_cannot_be_is_refused) {
+TEST_F(CommandLine, wrong_calls_and_input_are_refused) {
     write("x.csv", "x\n1\n2\nabc\n");
     write("one.csv", "time,x\n0,1\n");
     write("x.wav", std::string("RIFF\x24\0\0\0WAVEfmt ", 16));
@@ -133,13 +132,13 @@ TEST_F(Tool, what_cannot_be_is_refused) {
         expect_refused(command + " x.csv", "mensura: x.csv:4:1: \"abc\" is not a number");
         expect_refused(command + " x.wav", "x.wav: is a WAV; this command reads tables (CSV)");
     }
-    expect_refused("derive --rate 1 one.csv", "2 rows at least");
-    expect_refused("despike --limit 0 one.csv", "--limit 0 is not above 0");
-    expect_refused("average --length 2001 one.csv", "not from 1 to 2000");
-    expect_refused("track --r 1 one.csv", "--q or --bandwidth is required");
-    expect_refused("track --r 1 --q 1 --bandwidth 1 one.csv", "--q excludes --bandwidth");
-    expect_refused("track --r 0 --q 1 one.csv", "--r 0 is not above 0");
-    expect_refused("track --r 1 --bandwidth 0.5 --rate 1 one.csv", "half the rate");
+    expect_refusals("", {{"derive --rate 1 one.csv", "2 rows at least"},
+                         {"despike --limit 0 one.csv", "--limit 0 is not above 0"},
+                         {"average --length 2001 one.csv", "not from 1 to 2000"},
+                         {"track --r 1 one.csv", "--q or --bandwidth is required"},
+                         {"track --r 1 --q 1 --bandwidth 1 one.csv", "--q excludes --bandwidth"},
+                         {"track --r 0 --q 1 one.csv", "--r 0 is not above 0"},
+                         {"track --r 1 --bandwidth 0.5 --rate 1 one.csv", "half the rate"}});
     write("still.csv", "x\n1\n1\n1\n1\n1\n1\n1\n1\n1\n");
     expect_refused("track --q 0 --r 1e-17 --rate 1 still.csv", "choose units in which --r is above 1e-12", 1);
 }

@@ -16,7 +16,7 @@ std::vector<Complex> polynomial_of(const std::vector<std::vector<double>> &roots
     return c;
 }
 
-TEST_F(Tool, roots_multiply_out_to_the_polynomial) {
+TEST_F(CommandLine, roots_multiply_out_to_the_polynomial) {
     for (const std::string polynomial : {"1 -6 11 -6", "1 -.5", "-2e-3 0 -.5 1 7 0 0", "3 0 0", "1 0 0 1e-90"}) {
         ASSERT_EQ(run("roots " + polynomial), 0) << err;
         const std::vector<Complex> product = polynomial_of(rows(out), std::stod(polynomial));
@@ -33,22 +33,22 @@ TEST_F(Tool, roots_multiply_out_to_the_polynomial) {
 }
 
 // (x^2 + 1.25)^3 has huge wrong roots at first.  Threefold roots are found to the cube root of the precision.
-TEST_F(Tool, roots_that_do_not_fit_are_told_and_found_at_another_scale) {
+TEST_F(CommandLine, roots_that_do_not_fit_are_reported_and_found_at_another_scale) {
     EXPECT_EQ(run("roots 1 0 3.75 0 4.6875 0 1.953125"), 0);
-    EXPECT_NE(err.find("do not fit"), std::string::npos) << err;
+    EXPECT_HAS(err, "do not fit");
     ASSERT_EQ(rows(out).size(), 6u);
     for (const std::vector<double> &z : rows(out)) EXPECT_LT(std::abs(Complex(z[0], std::abs(z[1]) - 1.118034)), 1e-4);
     EXPECT_EQ(run("roots 1e-06 -1e+08 -1e-05 1e-06 1e-06 -1e+10 -0.0001"), 1);
-    EXPECT_NE(err.find("no x = s t gives roots that fit"), std::string::npos) << err;
+    EXPECT_HAS(err, "no x = s t gives roots that fit");
     EXPECT_EQ(rows(out).size(), 6u);
 }
 
-TEST_F(Tool, roots_refuses_what_is_no_polynomial) {
-    expect_refused("roots 0 1 2", "first coefficient");
-    expect_refused("roots 1 x", "\"x\" is not a number");
-    expect_refused("roots $(yes 1 | head -102)", "2 to 101");
+TEST_F(CommandLine, roots_refuses_what_is_no_polynomial) {
+    expect_refusals(
+        "roots ",
+        {{"0 1 2", "first coefficient"}, {"1 x", "\"x\" is not a number"}, {"$(yes 1 | head -102)", "2 to 101"}});
     EXPECT_EQ(run("roots $(yes 1 | head -101) --plot-script"), 0);
-    EXPECT_NE(out.find("unit circle"), std::string::npos);
+    EXPECT_HAS(out, "unit circle");
 }
 
 }  // namespace

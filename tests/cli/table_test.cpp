@@ -5,7 +5,7 @@
 namespace {
 
 // Everything but the numbers of the one column of them comes back as it stood.
-TEST_F(Tool, tables_keep_their_form) {
+TEST_F(CommandLine, tables_keep_their_form) {
     const std::vector<double> x{0.1, -3, 1e-7, 123456.789}, y = filtered(x);
     for (const char *layout :
          {"@\n@\n@\n@\n", "@\r\n@\r\n@\n@", "# a comment\n\ntime,x\n0,@\n# and, one, between\n1,@\n\n2,@\n3,@\n",
@@ -18,37 +18,34 @@ TEST_F(Tool, tables_keep_their_form) {
     }
 }
 
-TEST_F(Tool, missing_cells_stay_and_count_as_the_value_before) {
+TEST_F(CommandLine, missing_cells_stay_and_count_as_the_value_before) {
     const std::string layout = "x,y\n,0\n@,0\nNaN,0\nNA,0\n\"\",0\n@,0\nnan,0\n@,0\n";
     write("gaps.csv", filled(layout, {1, 3, -2}));
     const std::vector<double> y = filtered({1, 1, 1, 1, 3, 3, -2});
     EXPECT_EQ(run(kLowpass + "gaps.csv"), 0);
     EXPECT_EQ(out, filled(layout, {y[0], y[4], y[6]}));
-    TIIRFilter filter;
-    initTIIRFilter(&filter, ptLowPass, 40, 360);
-    std::vector<double> x{1, 1, 1, 1, 1, 3, 3, -2};  // the first number stands for what is missing before it
-    IIRFilterZeroPhase(&filter, x.data(), nullptr, 8);
+    const std::vector<double> x = zero_phase({1, 1, 1, 1, 1, 3, 3, -2});  // the first number fills what is before it
     EXPECT_EQ(run(kLowpass + "--zero-phase gaps.csv"), 0);
     EXPECT_EQ(out, filled(layout, {x[1], x[5], x[7]}));
 }
 
 // Without --rate, which a table without a column of times wants only when it has been read.
-TEST_F(Tool, faults_of_a_table_are_named_with_their_place) {
+TEST_F(CommandLine, faults_of_a_table_are_named_with_their_place) {
     using namespace std::string_literals;
-    for (const auto &[text, complaint] : {std::pair{"1,2\n3\n"s, ":2: has 1 cells; expected 2"},
-                                          {"a,b\n1,2\n\n3,abc\n", ":4:2: \"abc\""},
-                                          {"1\ninf\n", ":2:1: \"inf\" is not a finite"},
-                                          {"1\n1e999\n", ":2:1: \"1e999\""},
-                                          {"", ": is empty"},
-                                          {"a,b\n1,\"2\n3,4\n", ":2:2: a quote is not closed"},
-                                          {"1\n2\0\n"s, ":2: holds zero bytes"},
-                                          {"x\n1\n2\n", "--rate"},
-                                          {"t_ms,x\n0,1\n1,1\n2,1\n", "below 500 Hz"},
-                                          {"time,x\n0,1\n,1\n2,1\n", ":3:1: the time is missing"},
-                                          {"time,x\n0,1\n1,1\n1,1\n2,1\n", ":4:1: the time does not increase"},
-                                          {"time,x\n0,1\n1,1\n2,1\n3,1\n5,1\n6,1\n", ":6:1: the times are not even"}}) {
+    for (const auto &[text, reason] : {std::pair{"1,2\n3\n"s, ":2: has 1 cells; expected 2"},
+                                       {"a,b\n1,2\n\n3,abc\n", ":4:2: \"abc\""},
+                                       {"1\ninf\n", ":2:1: \"inf\" is not a finite"},
+                                       {"1\n1e999\n", ":2:1: \"1e999\""},
+                                       {"", ": is empty"},
+                                       {"a,b\n1,\"2\n3,4\n", ":2:2: a quote is not closed"},
+                                       {"1\n2\0\n"s, ":2: holds zero bytes"},
+                                       {"x\n1\n2\n", "--rate"},
+                                       {"t_ms,x\n0,1\n1,1\n2,1\n", "below 500 Hz"},
+                                       {"time,x\n0,1\n,1\n2,1\n", ":3:1: the time is missing"},
+                                       {"time,x\n0,1\n1,1\n1,1\n2,1\n", ":4:1: the time does not increase"},
+                                       {"time,x\n0,1\n1,1\n2,1\n3,1\n5,1\n6,1\n", ":6:1: the times are not even"}}) {
         write("x.csv", text);
-        expect_refused("filter lowpass --cutoff 500Hz x.csv", complaint);
+        expect_refused("filter lowpass --cutoff 500Hz x.csv", reason);
     }
     expect_refused(kLowpass + "nothere.csv", "nothere.csv: No such file");
     expect_refused(kLowpass + ".", ".: is a directory");

@@ -34,7 +34,7 @@ std::string wav_of(const Format &f, const std::vector<double> &samples) {
            little_endian(frame, 2) + little_endian(f.bits, 2) + "data" + little_endian(sound.size(), 4) + sound;
 }
 
-TEST_F(Tool, sound_is_filtered_channel_by_channel_in_its_format) {
+TEST_F(CommandLine, sound_is_filtered_channel_by_channel_in_its_format) {
     std::vector<double> x = signal(600);
     for (double &sample : x) sample = std::round(sample * 32768) / 32768;  // which every format holds
     for (const Format &f : {Format{1, 16, 2}, Format{1, 24, 1}, Format{3, 32, 3}}) {
@@ -52,22 +52,23 @@ TEST_F(Tool, sound_is_filtered_channel_by_channel_in_its_format) {
         // Forwards and backwards an all-pass gives the very samples back, but for the end where it turns.
         EXPECT_EQ(run("filter allpass --cutoff 1kHz --zero-phase x.wav"), 0);
         const std::size_t start = out.find("data") + 8, count = 300 * f.bits / 8;
-        EXPECT_TRUE(f.code == 3 || out.substr(start, count) == sound_of(f, x).substr(0, count)) << f.bits;
+        if (f.code == 1) {
+            EXPECT_EQ(out.substr(start, count), sound_of(f, x).substr(0, count)) << f.bits;
+        }
     }
 }
 
-TEST_F(Tool, sound_that_cannot_be_done_justice_is_told) {
+TEST_F(CommandLine, clipped_and_damaged_sound_is_reported) {
     const std::string wav = wav_of({1, 16, 1}, {0, 0.75, -0.75, 0.75, -0.75});
     write("x.wav", wav);
     EXPECT_EQ(run("filter allpass --cutoff 1kHz --gain 20dB x.wav -o y.wav"), 0);
-    EXPECT_NE(err.find("samples exceeded full scale and were clipped"), std::string::npos) << err;
+    EXPECT_HAS(err, "samples exceeded full scale and were clipped");
     write("cut.wav", wav.substr(0, wav.size() - 3));
     write("torn.wav", wav.substr(0, 22) + '\3' + wav.substr(23));  // three channels in samples of one
-    for (const auto &[arguments, complaint] : {std::pair{"cut.wav", "cut.wav: is cut off"},
-                                               {"torn.wav --zero-phase", "torn.wav: ends within a sample"},
-                                               {"x.wav --rate 9kHz", "is sampled at 8000 Hz"},
-                                               {"x.wav --column=1", "--column is for tables"}})
-        expect_refused("filter lowpass --cutoff 1kHz " + std::string(arguments), complaint);
+    expect_refusals("filter lowpass --cutoff 1kHz ", {{"cut.wav", "cut.wav: is cut off"},
+                                                      {"torn.wav --zero-phase", "torn.wav: ends within a sample"},
+                                                      {"x.wav --rate 9kHz", "is sampled at 8000 Hz"},
+                                                      {"x.wav --column=1", "--column is for tables"}});
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
-#include "cli/plot/figure.h"
+#include "cli/plot/script.h"
 
 #include <fmt/format.h>
+#include <utf8.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
+#include <optional>
+#include <vector>
 
 namespace cli {
 
@@ -14,35 +18,17 @@ namespace {
 // Grey for what was before, then colours that can be told apart by people with any kind of colour vision (Okabe and Ito).
 constexpr std::array kColours{"#999999", "#0072b2", "#d55e00", "#009e73", "#cc79a7", "#56b4e9", "#e69f00", "#000000"};
 
-// Names in a table may be in Latin-1, which a picture cannot hold.
-bool is_utf8(const std::string &text) {
-    std::size_t rest = 0;  // bytes still to come
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (rest > 0 && byte >> 6 != 2) return false;
-        if (rest > 0)
-            --rest;
-        else if (byte >= 0x80)
-            rest = byte >> 5 == 6 ? 1 : byte >> 4 == 14 ? 2 : byte >> 3 == 30 ? 3 : 4;
-        if (rest > 3) return false;
-    }
-    return rest == 0;
-}
-
-std::string utf8(const std::string &text) {
-    if (is_utf8(text)) return text;
+// Names in a table may be in Latin-1, whose bytes are the first 256 code points; a picture holds UTF-8 alone.
+std::string as_utf8(const std::string &text) {
+    if (utf8::is_valid(text.begin(), text.end())) return text;
     std::string result;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x80) result += static_cast<char>(0xC0 | byte >> 6);
-        result += static_cast<char>(byte >= 0x80 ? 0x80 | (byte & 0x3F) : byte);
-    }
+    for (const char c : text) utf8::append(static_cast<unsigned char>(c), std::back_inserter(result));
     return result;
 }
 
 std::string gnuplot_string(const std::string &text) {
     std::string result = "'";
-    for (const char c : utf8(text)) {
+    for (const char c : as_utf8(text)) {
         if (c == '\'') result += '\'';
         result += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
     }
@@ -109,51 +95,6 @@ std::string gnuplot_script(const Figure &figure, bool grid) {
     for (std::size_t i = 0; i < figure.panels.size(); ++i) append_panel(script, figure.panels[i], i);
     if (several) script += "unset multiplot\n";
     return script;
-}
-
-void Envelope::add(double value) {
-    if (buckets_.empty() || filled_ == stride_) {
-        if (buckets_.size() == kCapacity) merge_pairs();
-        buckets_.push_back({value, value, true});
-        filled_ = 1;
-        return;
-    }
-    ++filled_;
-    Bucket &last = buckets_.back();
-    if (value < last.low || std::isnan(last.low)) {
-        last.low = value;
-        last.low_first = false;
-    }
-    if (value > last.high || std::isnan(last.high)) {
-        last.high = value;
-        last.low_first = true;
-    }
-}
-
-void Envelope::merge_pairs() {
-    for (std::size_t i = 0; i < buckets_.size() / 2; ++i) {
-        const Bucket &a = buckets_[2 * i], &b = buckets_[2 * i + 1];
-        const bool low_in_a = !(b.low < a.low), high_in_a = !(b.high > a.high);
-        buckets_[i] = {std::fmin(a.low, b.low), std::fmax(a.high, b.high),
-                       low_in_a == high_in_a ? (low_in_a ? a.low_first : b.low_first) : low_in_a};
-    }
-    buckets_.resize(buckets_.size() / 2);
-    stride_ *= 2;
-}
-
-Curve Envelope::curve(const std::string &title, double rate) const {
-    Curve curve{.title = title};
-    const double step = rate > 0 ? 1 / rate : 1.0, stride = static_cast<double>(stride_);
-    for (std::size_t i = 0; i < buckets_.size(); ++i) {
-        const Bucket &bucket = buckets_[i];
-        const double x = static_cast<double>(i) * stride * step;
-        curve.x.push_back(x);
-        curve.y.push_back(bucket.low_first ? bucket.low : bucket.high);
-        if (stride_ == 1) continue;
-        curve.x.push_back(x + 0.5 * stride * step);
-        curve.y.push_back(bucket.low_first ? bucket.high : bucket.low);
-    }
-    return curve;
 }
 
 }  // namespace cli

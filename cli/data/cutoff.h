@@ -1,0 +1,14 @@
+// The cut-off that the spectrum of a record suggests.
+#pragma once
+
+#include <vector>
+
+namespace cli {
+
+// What dataZeroPhaseFilter chooses.  With X[k] = sum x[t] exp(2 pi i k t / n) and K the last k below n / 2 at which
+// |X[k]| exceeds `ratio` times the largest |X[k]| of 1 <= k < n / 2,
+//     cut-off = 15 K rate / (n - 1),
+// in Hz; not above 0 when the spectrum has no peak.  Takes 4 samples at least, and n^2 steps.
+double automatic_cutoff(const std::vector<double> &samples, double rate, double ratio);
+
+}  // namespace cli
