@@ -24,8 +24,8 @@ struct Quadratic {  // Q = c0 + c1 z^-1 + c2 z^-2
 Quadratic numerator(const Section &s) { return {s.b0, s.b1, s.b2}; }
 Quadratic denominator(const Section &s) { return {s.a0, s.a1, s.a2}; }
 
-// Near z = 1 and z = -1, where the poles of low and high cut-offs lie, next to nothing is left of the terms of Q.  These
-// two sums are then exact in the order that they have, as each difference is one of numbers within a factor of two.
+// Near z = 1 and z = -1, where the poles of low and high cut-offs lie, next to nothing is left of the terms of Q.
+// There these two sums are exact in the order that they have: each difference is one of numbers within a factor of two.
 double at_plus_one(const Quadratic &q) { return q.c0 + q.c1 + q.c2; }
 double at_minus_one(const Quadratic &q) { return q.c0 - q.c1 + q.c2; }
 
@@ -44,8 +44,9 @@ struct Angle {
     double one_plus_cosine() const { return 2 * cos_half * cos_half; }
 };
 
-// exp(i theta) Q = c1 + (c0 + c2) cos(theta) + i (c0 - c2) sin(theta).  The cosine is written as its difference from 1
-// or -1, the nearer one, so that only small terms meet where Q is small.  The factor of modulus 1 cancels in a quotient.
+// exp(i theta) Q = c1 + (c0 + c2) cos(theta) + i (c0 - c2) sin(theta).  The cosine is written as its difference from
+// 1 or -1, the nearer one, so that only small terms meet where Q is small.  The factor exp(i theta) cancels in a
+// quotient.
 Complex turned_value(const Quadratic &q, const Angle &theta) {
     const double even = q.c0 + q.c2;
     const double real = theta.nearer_to_zero() ? at_plus_one(q) - even * theta.one_minus_cosine()
@@ -63,9 +64,9 @@ Complex response(Cascade cascade, const Angle &theta) {
 
 // Of c0 + c1 z^-1, in samples: 1/2 + (c1^2 - c0^2) / (2 |Q|^2).
 double first_order_delay(double c0, double c1, const Angle &theta) {
-    if (c0 == 0 && c1 == 0) return kNaN;
-    const double difference = (c1 - c0) * (c1 + c0);
-    return difference == 0 ? 0.5 : 0.5 + 0.5 * difference / std::norm(turned_value({0, c0, c1}, theta));
+    const double difference = (c1 - c0) * (c1 + c0), size = c0 * c0 + c1 * c1;
+    if (std::abs(difference) <= kOnTheCircle * size) return size == 0 ? kNaN : 0.5;
+    return 0.5 + 0.5 * difference / std::norm(turned_value({0, c0, c1}, theta));
 }
 
 // Of a quadratic: 1 + (c2 - c0) (c0 + c2 + c1 cos(theta)) / |Q|^2.
@@ -79,9 +80,7 @@ double second_order_delay(const Quadratic &q, const Angle &theta) {
 double zeros_delay(const Quadratic &q, const Angle &theta) {
     const double size = std::max({std::abs(q.c0), std::abs(q.c1), std::abs(q.c2)});
     if (size == 0) return kNaN;
-    const auto negligible = [size](double c) { return std::abs(c) <= kOnTheCircle * size; };
-    if (negligible(q.c2 - q.c0)) return 1;                      // the same read backwards: both, or a pair r, 1/r
-    if (negligible(q.c2 + q.c0) && negligible(q.c1)) return 1;  // at 1 and at -1
+    if (std::abs(q.c2 - q.c0) <= kOnTheCircle * size) return 1;  // two on the circle, or a pair r, 1/r: linear phase
     const auto has_root = [](double value, double slope) { return std::abs(value) <= kOnTheCircle * std::abs(slope); };
     if (has_root(at_plus_one(q), q.c1 + 2 * q.c2)) return 0.5 + first_order_delay(q.c0, -q.c2, theta);
     if (has_root(at_minus_one(q), q.c1 - 2 * q.c2)) return 0.5 + first_order_delay(q.c0, q.c2, theta);

@@ -69,6 +69,11 @@ TEST(Sos, KeepsItsDigitsAtLowAndHighFrequencies) {
         const double delay = 2 * kR * (kOneMinusR - 2 * s * s) * expected;  // 2 r (cos(omega) - r) / |1 - r z^-1|^2
         EXPECT_NEAR(group_delay(kSlow, f, kRate) / delay, 1, 1e-13) << f;
     }
+    for (const double a2 : {0.9999987654331, std::nextafter(0.9999987654331, 1)}) {
+        const Section rounded[] = {{1, 2, 1, 1, -1.9999987654321, a2}};
+        EXPECT_NEAR(magnitude(rounded, 0, kRate) * static_cast<double>(1.0L + rounded[0].a1 + a2), 4, 1e-14);
+        EXPECT_EQ(magnitude(rounded, 0.5 * kRate, kRate), 0);
+    }
 }
 
 TEST(Sos, DelaysOfDelaysAndOfZerosOnTheCircle) {
@@ -82,8 +87,8 @@ TEST(Sos, DelaysOfDelaysAndOfZerosOnTheCircle) {
         EXPECT_NEAR(delay(0, 0, 1, f), 2, 1e-15);
         EXPECT_NEAR(delay(1, -1, 0, f), 0.5, 1e-15);
         EXPECT_NEAR(delay(1, 2, nudged, f), 1, 1e-15);
-        EXPECT_NEAR(delay(1, 0, 1, f), 1, 1e-15);   // zeros at 250 Hz
-        EXPECT_NEAR(delay(1, 0, -1, f), 1, 1e-15);  // at 0 and 500 Hz
+        EXPECT_NEAR(delay(1, 0, 1, f), 1, 1e-15);        // zeros at 250 Hz
+        EXPECT_NEAR(delay(1, 0, -nudged, f), 1, 1e-15);  // at 0 and 500 Hz
         // (1 +- z^-1) (1 - z^-1 / 2), whose second factor delays by (1 - 2 cos(omega)) / (5 - 4 cos(omega))
         const double cosine = std::cos(2 * pi * f / kRate), second = (1 - 2 * cosine) / (5 - 4 * cosine);
         EXPECT_NEAR(delay(1, -1.5, 0.5, f), 0.5 + second, 1e-14);
@@ -111,7 +116,9 @@ TEST(Sos, PoleRadius) {
         return pole_radius(s);
     };
     EXPECT_NEAR(radius(-1.2, 0.81), 0.9, 1e-15);
-    EXPECT_NEAR(radius(-1.997, 0.997002), 0.999, 1e-12);  // 0.999 and 0.998
+    const double half = 0.9876543210987, product = half * half - 1e-14;  // 2e-7 apart
+    const long double discriminant = static_cast<long double>(half) * half - product;
+    EXPECT_NEAR(radius(-2 * half, product), half + std::sqrt(static_cast<double>(discriminant)), 1e-12);
     EXPECT_EQ(radius(0, 0), 0.5);
     EXPECT_EQ(radius(0, -4), 2);
     EXPECT_EQ(radius(-2 * kR, kR * kR), kR);
@@ -149,6 +156,31 @@ TEST(Sos, CrossingsAreAtTheThresholdAndEndTheBandAroundAFrequency) {
     EXPECT_TRUE(std::isnan(nearest));
 }
 
+TEST(Sos, BandAroundEachOfTwoPeaks) {
+    const Section peaks[] = {resonance(0.99, 0.5), resonance(0.99, 2)};
+    const std::vector<double> grid = frequency_grid(peaks, kRate);
+    const std::vector<double> found = crossings(peaks, kRate, 20, grid);
+    ASSERT_EQ(found.size(), 4U);
+    for (const std::size_t peak : {0U, 1U}) {
+        const Band band = band_around(peaks, kRate, 20, (peak == 0 ? 0.5 : 2) * kRate / (2 * pi), grid);
+        EXPECT_EQ(band.from, found[2 * peak]);
+        EXPECT_EQ(band.to, found[2 * peak + 1]);
+    }
+}
+
+TEST(Sos, GridIsFineNearPolesAndEvenElsewhere) {
+    const double width = 1e-6, centre = 1;
+    const Section peak[] = {resonance(1 - width, centre)};
+    const std::vector<double> grid = frequency_grid(peak, 2 * pi);
+    EXPECT_EQ(grid.front(), 0);
+    EXPECT_EQ(grid.back(), pi);
+    for (std::size_t i = 1; i < grid.size(); ++i) {
+        const double gap = grid[i] - grid[i - 1];
+        const double distance = std::min(std::abs(grid[i] - centre), std::abs(grid[i - 1] - centre));
+        ASSERT_LE(gap, std::min(0.011 * width + 0.051 * distance, 1.001 * pi / 4000)) << grid[i];
+    }
+}
+
 TEST(Sos, ExtremesOfANarrowPeakAndOfANotch) {
     for (const double r : {0.9, 0.999, 1 - 1e-6}) {
         const double theta = 1;
@@ -157,6 +189,7 @@ TEST(Sos, ExtremesOfANarrowPeakAndOfANotch) {
         const Extremes found = extremes(peak, kRate, 0, 0.5 * kRate, frequency_grid(peak, kRate));
         EXPECT_NEAR(found.highest / expected, 1, 1e-9) << r;
         EXPECT_EQ(found.lowest, magnitude(peak, 0.5 * kRate, kRate)) << r;
+        EXPECT_EQ(extremes(peak, kRate, 0, 100, frequency_grid(peak, kRate)).highest, magnitude(peak, 100, kRate)) << r;
     }
     const Section notch[] = {{1, -2 * std::cos(1), 1, 1, -1.998 * std::cos(1), 0.998001}};
     const std::vector<double> grid = frequency_grid(notch, kRate);
