@@ -1,6 +1,7 @@
 // Matrices in plain loops.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <numeric>
@@ -12,11 +13,28 @@ namespace reference {
 
 struct Grid {
     int rows = 0, cols = 0;
-    std::vector<double> values = std::vector<double>(static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols));
+    std::vector<double> values = std::vector<double>(static_cast<std::size_t>(std::max(rows, 0) * std::max(cols, 0)));
 
+    double *data() { return values.data(); }
+    const double *data() const { return values.data(); }
     double &operator()(int i, int j) { return values[static_cast<std::size_t>(i * cols + j)]; }
     double operator()(int i, int j) const { return values[static_cast<std::size_t>(i * cols + j)]; }
 };
+
+Grid grid(int rows, int cols, auto element) {
+    Grid x{rows, cols};
+    for (int i = 0; i < rows; ++i)
+        for (int j = 0; j < cols; ++j) x(i, j) = element(i, j);
+    return x;
+}
+
+inline Grid identity(int rows, int cols) {
+    return grid(rows, cols, [](int i, int j) { return i == j; });
+}
+
+inline Grid transposed(const Grid &x) {
+    return grid(x.cols, x.rows, [&](int i, int j) { return x(j, i); });
+}
 
 // Sums in the order of the inner index.
 inline Grid product(const Grid &a, const Grid &b) {
@@ -62,6 +80,39 @@ inline std::optional<Grid> inverse(const Grid &a) {
         for (int l = 0; l < n; ++l)
             inverse(col[static_cast<std::size_t>(k)], row[static_cast<std::size_t>(l)]) = at(k, l);
     return inverse;
+}
+
+// x with the identity in its first d rows and columns.
+inline Grid minor(const Grid &x, int d) {
+    return grid(x.rows, x.cols, [&](int i, int j) { return std::min(i, j) < d ? i == j : x(i, j); });
+}
+
+// {Q, R} by Householder's reflections H = I - 2 v v^T, each multiplied out.  Where next to nothing is left to reflect, v
+// is the first axis along which there is next to nothing.
+inline std::pair<Grid, Grid> householder(const Grid &x) {
+    constexpr double kNothingLeft = 1e-10;
+    const auto norm = [](const auto &v) { return std::sqrt(std::inner_product(begin(v), end(v), begin(v), 0.0)); };
+    const int steps = std::min(x.cols, x.rows - 1);
+    Grid z = x, q = identity(x.rows, x.rows);
+    for (int k = 0; k < steps; ++k) {
+        z = minor(z, k);
+        std::vector<double> column, v;
+        for (int i = 0; i < x.rows; ++i) column.push_back(z(i, k));
+        const double a = x(k, k) > 0 ? -norm(column) : norm(column);
+        for (int i = 0; i < x.rows; ++i) v.push_back(z(i, k) + a * (i == k));
+        const double length = norm(v);
+        const auto tiny = std::ranges::find_if(column, [](double c) { return std::fabs(c) < kNothingLeft; });
+        const bool along_axis = !(length >= kNothingLeft) && tiny != column.end();
+        for (double &c : v) c = along_axis ? 0 : length >= kNothingLeft ? c / length : c;
+        if (along_axis) v[static_cast<std::size_t>(tiny - column.begin())] = 1;
+        const Grid h = grid(x.rows, x.rows, [&](int i, int j) {
+            const double vv = -2 * v[static_cast<std::size_t>(i)] * v[static_cast<std::size_t>(j)];
+            return i == j ? vv + 1 : vv;
+        });
+        z = product(h, z);
+        q = k == 0 ? h : product(h, q);
+    }
+    return {transposed(q), steps > 0 ? product(q, x) : x};
 }
 
 }  // namespace reference

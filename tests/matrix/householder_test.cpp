@@ -1,0 +1,71 @@
+// The QR decomposition, and the file that shows a matrix.
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include "samples.h"
+
+namespace {
+
+using namespace samples;
+using support::heap, support::Owner;
+
+std::pair<Owner, Owner> decompose(const Grid &x) {
+    Matrix *r = nullptr, *q = nullptr;
+    householder(heap(x).get(), &r, &q);
+    return {Owner{q}, Owner{r}};
+}
+
+// Q Q^T = I, Q R = X, and R is 0 below its diagonal.  Rounding grows with the rows; a column may cancel.
+void expect_properties(const Grid &x, const Grid &q, const Grid &r) {
+    const double tolerance = 2 * (x.rows + 1) * 0x1p-52, scaled = tolerance * largest(x);
+    const Grid one = reference::identity(x.rows, x.rows);
+    EXPECT_LE(largest(difference(reference::product(q, reference::transposed(q)), one)), tolerance);
+    EXPECT_LE(largest(difference(reference::product(q, r), x)), scaled);
+    for (int i = 0; i < r.rows; ++i)
+        for (int j = 0; j < std::min(i, r.cols); ++j) EXPECT_LE(std::fabs(r(i, j)), 9 * scaled) << i << ", " << j;
+}
+
+TEST(Householder, has_the_bits_of_plain_steps_and_is_a_decomposition) {
+    for (const auto &[rows, cols] :
+         {std::pair{0, 3}, {4, 0}, {1, 4}, {2, 1}, {2, 9}, {9, 4}, {8, 13}, {40, 21}, {100, 84}})
+        for (const Kind kind : kKinds) {
+            SCOPED_TRACE(testing::Message() << rows << " x " << cols << ", kind " << kind);
+            const Grid x = sample(kind, rows, cols);
+            const auto [q, r] = decompose(x);
+            const auto [plain_q, plain_r] = reference::householder(x);
+            EXPECT_SAME_MATRIX(q, plain_q);
+            EXPECT_SAME_MATRIX(r, plain_r);
+            const bool in_range = kind != kEdge && kind != kGraded && kind != kHuge && kind != kInfinite;
+            if (in_range) expect_properties(x, plain_q, plain_r);
+        }
+}
+
+TEST(DataQR, holds_the_matrix_shown_last) {
+    const auto home = std::filesystem::current_path();
+    const auto dir = std::filesystem::temp_directory_path() / ("mensura" + std::to_string(std::random_device{}()));
+    std::filesystem::create_directory(dir);
+    std::filesystem::current_path(dir);
+    const auto contents = [] { return (std::ostringstream{} << std::ifstream("dataQR.txt").rdbuf()).str(); };
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(QRtest(), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Q\nR\nQ * R\n");
+    const std::string shown = contents();
+    const Grid sums = sample(kSum, 168, 84);
+    const auto [q, r] = decompose(sums);
+    expect_properties(sums, support::grid(q), support::grid(r));
+    EXPECT_EQ(matrix_show(Owner{matrix_mul(q.get(), r.get())}.get()), 0);
+    EXPECT_EQ(contents(), shown);
+    EXPECT_EQ(matrix_show(heap(sample(kSum, 1, 2)).get()), 0);
+    EXPECT_EQ(contents(), "0.000000000000000,1.000000000000000,\n" + std::string(20, '\n'));
+    std::filesystem::remove("dataQR.txt");
+    std::filesystem::create_directory("dataQR.txt");  // which cannot be opened, not even by root
+    EXPECT_EQ(matrix_show(q.get()), EOF);
+    EXPECT_EQ(QRtest(), 0);
+    std::filesystem::current_path(home);
+    std::filesystem::remove_all(dir);
+}
+
+}  // namespace
