@@ -1,6 +1,7 @@
 // The integrators in plain loops over vectors.
 #pragma once
 
+#include <climits>
 #include <cmath>
 #include <cstddef>
 #include <functional>
@@ -35,15 +36,16 @@ inline int rkf45(double t0, double t1, double divisions, double tolerance, const
     constexpr std::size_t kStages = 6, kNext = 6, kError = 7;
     double h = (t1 - t0) / divisions, scale = 1e15, t = t0;
     const double h_min = h * 0.015625, h_max = h * 64.0, t_end = t1 - std::fabs(t1) * 1e-05;
+    std::vector<State> k(kStages, y), sum(8, y);
     for (int steps = 0, rejections = 0; t < t1;) {
         if (t_end < t + h) h = t1 - t;
-        std::vector<State> k, sum(8, y);
-        sum[kError] = 0.0;
         for (std::size_t j = 0; j < 8; ++j) {
-            for (std::size_t m = 0; m < k.size(); ++m)
+            sum[j] = y;
+            if (j == kError) sum[j] = 0.0;
+            for (std::size_t m = 0; m < kStages; ++m)
                 if (kFehlberg[j][m + 1] != 0) sum[j] += kFehlberg[j][m + 1] * k[m];
             if (j > 0 && j < kStages && largest(sum[j]) > 1e15) return -2;
-            if (j < kStages) k.push_back(h * f(j == 0 ? t : t + kFehlberg[j][0] * h, sum[j]));
+            if (j < kStages) k[j] = h * f(j == 0 ? t : t + kFehlberg[j][0] * h, sum[j]);
         }
         const double error = largest(sum[kError]);
         const bool accepted = error < tolerance || h < 2 * h_min;
@@ -63,10 +65,23 @@ inline int rkf45(double t0, double t1, double divisions, double tolerance, const
     return t1 < t0 ? -1 : 0;
 }
 
-// One step of rkf452, the classical formula of fourth order.
+// One step of the classical formula of fourth order.
 inline State runge_kutta_step(const Derivative &f, double t, const State &y, double h) {
     const State k1 = f(t, y), k2 = f(t + h / 2, y + h / 2 * k1), k3 = f(t + h / 2, y + h / 2 * k2);
     return y + h / 6.0 * (k1 + 2 * k2 + 2 * k3 + f(t + h, y + h * k3));
+}
+
+// rkf452: moves y and returns the result code.
+inline int rkf452(double t0, double t1, double rate, const Derivative &f, State &y) {
+    const double h = 1 / rate, steps = std::floor((t1 - t0) / h);
+    if (t1 < t0 || !std::isfinite(steps) || steps > INT_MAX) return -1;
+    const double used = steps < 1 ? (t1 - t0) * 0.5 : h;
+    double t = t0;
+    for (int left = steps < 1 ? 2 : static_cast<int>(steps); left > 0; --left, t += used) {
+        y = runge_kutta_step(f, t, y, used);
+        if (largest(y) > 1e30) return -2;
+    }
+    return 0;
 }
 
 }  // namespace reference
