@@ -1,4 +1,4 @@
-// The response of a cascade at given values of z^-1, four at a time.
+// The response of a cascade at four values of z^-1 side by side.
 
 #include <cstddef>
 #include <cstring>
@@ -10,8 +10,8 @@
 namespace mensura::iir::MENSURA_TARGET {
 namespace {
 
-constexpr double kLeast = 1e-12;        // magnitude of a denominator
-constexpr double kLeastSquare = 1e-24;  // the least double whose square root is not below that: spares the root
+constexpr double kSmallest = 1e-12;        // magnitude of a denominator; below it, the denominator is 1e-12
+constexpr double kSmallestSquare = 1e-24;  // the smallest double whose square root reaches kSmallest: spares the root
 
 // (c0 + c1 z^-1) + c2 z^-2
 LANES_INLINE ComplexLanes quadratic(double c0, double c1, double c2, const ComplexLanes &z1, const ComplexLanes &z2) {
@@ -21,9 +21,9 @@ LANES_INLINE ComplexLanes quadratic(double c0, double c1, double c2, const Compl
 
 LANES_INLINE ComplexLanes quotient(const ComplexLanes &a, ComplexLanes b) {
     Lanes square = b.re * b.re + b.im * b.im;
-    const auto tiny = square < kLeastSquare;
-    b = {tiny ? all(kLeast) : b.re, tiny ? all(0.0) : b.im};
-    square = tiny ? all(kLeast * kLeast) : square;
+    const auto tiny = square < kSmallestSquare;
+    b = {tiny ? all(kSmallest) : b.re, tiny ? all(0.0) : b.im};
+    square = tiny ? all(kSmallest * kSmallest) : square;
     return {(a.re * b.re + a.im * b.im) / square, (a.im * b.re - a.re * b.im) / square};
 }
 

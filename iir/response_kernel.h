@@ -9,7 +9,7 @@
 
 namespace mensura::iir {
 
-// Puts H(z) in place of z^-1, of `points` complex numbers.
+// Replaces each of `points` values of z^-1 by H(z), the product of the sections' responses.
 using Respond = void(const IIRCoeffs &c, std::size_t sections, double *re, double *im, std::size_t points);
 MENSURA_KERNEL(Respond, respond);
 

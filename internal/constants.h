@@ -1,4 +1,5 @@
-// The circle constants of the library: doubles, so that results hang on their rounding and not on a platform's M_PI.
+// Multiples of pi, as the doubles nearest to them.  They are written out, so that results do not depend on the M_PI of a
+// platform.
 #pragma once
 
 namespace mensura {

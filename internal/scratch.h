@@ -1,5 +1,5 @@
-// Scratch memory of one call: from malloc, because no exception may cross the C interface; freed at the end of its
-// scope.
+// Scratch memory of one call, freed at the end of its scope.  It comes from malloc, because no exception may cross the C
+// interface.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@ struct Free {
 template <typename T>
 using Scratch = std::unique_ptr<T[], Free>;
 
-// Room for count objects, or null; a count whose bytes do not fit a size gets null.
+// Room for count objects; null without memory, and where their number of bytes does not fit a size.
 template <typename T>
 Scratch<T> scratch(std::size_t count) {
     if (count > SIZE_MAX / sizeof(T)) return nullptr;

@@ -9,7 +9,7 @@ struct SinCos {
     double sin, cos;
 };
 
-// Compilers make one call of the two; libm gives the same bits either way.
+// Compilers turn the two calls into one; libm gives the same bits either way.
 inline SinCos sincos_of(double x) { return {std::sin(x), std::cos(x)}; }
 
 }  // namespace mensura

@@ -1,4 +1,4 @@
-// Spikes are replaced by the last good sample.
+// The spike filter: a sample that differs too much from the last good one is replaced by it.
 
 #include <mensura/online.h>
 
@@ -10,8 +10,8 @@ using namespace mensura::online;
 
 namespace {
 
-constexpr int kWarmUp = 6;     // samples that pass unchecked
-constexpr int kNewLevel = 25;  // a count at which a jump is taken for real: after 18 rejected samples
+constexpr int kWarmUp = 6;           // samples that pass unchecked
+constexpr int kMostRejections = 18;  // in a row; the next sample is accepted as a new level
 
 }  // namespace
 
@@ -20,7 +20,7 @@ void init_amlitude_limit_filer_online(AmplitudeLimitOnline *s, double limit) { *
 double amlitude_limit_filer_online(AmplitudeLimitOnline *s, double x) {
     if (s->Count < kWarmUp) {
         ++s->Count;
-    } else if (std::fabs(x - s->Last) > s->Limit && s->Count < kNewLevel - 1) {
+    } else if (std::fabs(x - s->Last) > s->Limit && s->Count < kWarmUp + kMostRejections) {
         ++s->Count;
         return s->Last;
     } else {

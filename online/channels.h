@@ -1,4 +1,4 @@
-// The forms for several channels: an array of records, a sample of each.
+// Filters for several channels: an array of filter records, one for each channel, and one sample of each channel a call.
 #pragma once
 
 namespace mensura::online {
@@ -9,8 +9,8 @@ void each(Record *s, int count, Init init) {
 }
 
 template <typename Record>
-void run(double (*step)(Record *, double), Record *s, const double *x, double *out, int count) {
-    for (int i = 0; i < count; ++i) out[i] = step(&s[i], x[i]);
+void run(double (*filter)(Record *, double), Record *s, const double *x, double *out, int count) {
+    for (int i = 0; i < count; ++i) out[i] = filter(&s[i], x[i]);
 }
 
 }  // namespace mensura::online

@@ -11,6 +11,7 @@ void central_difference(const double *x, double *dx, int n, double h) {
     if (n < 2) return;
     const auto size = static_cast<std::size_t>(n), last = size - 1;
     const double span = 2 * h;
+    // The record is continued by a straight line at either end: x[-1] = x[0] + x[0] - x[1].
     dx[0] = (x[1] - (x[0] + x[0] - x[1])) / span;
     difference_inside(x, dx, size, span);
     dx[last] = (x[last] + x[last] - x[last - 1] - x[last - 1]) / span;

@@ -1,4 +1,4 @@
-// Neighbouring points side by side.
+// Four neighbouring points side by side.
 
 #include "difference_kernel.h"
 

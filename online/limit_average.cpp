@@ -1,4 +1,4 @@
-// The spike filter, then the moving average.
+// The spike filter, followed by the moving average.
 
 #include <mensura/online.h>
 

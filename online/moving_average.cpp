@@ -1,4 +1,4 @@
-// Moving averages: the window is summed anew for every sample, in the order of its slots.
+// Moving averages.  The window, a ring buffer, is summed anew for every sample, in the order in which it lies in memory.
 
 #include <mensura/online.h>
 
@@ -11,7 +11,7 @@ using namespace mensura::online;
 
 namespace {
 
-void take(MovingAverageOnline &s, double x) {
+void put(MovingAverageOnline &s, double x) {
     s.Buffer[s.Pos] = x;
     if (++s.Pos == s.Length) {
         s.Pos = 0;
@@ -21,27 +21,28 @@ void take(MovingAverageOnline &s, double x) {
 
 double mean(const MovingAverageOnline &s, double sum) { return sum / (s.Full == 0 ? s.Pos : s.Length); }
 
-// An ordered sum waits for each of its additions, so the sums of several channels cost no more than one.
+// An ordered sum waits for each of its additions, so the sums of this many channels take no longer than one.
 constexpr std::size_t kSideBySide = 5;
 
-// The next sample of kCount channels of one length.
+// The next sample of kCount channels that have the same length.
 template <std::size_t kCount>
-void step(MovingAverageOnline *s, const double *x, double *out) {
-    for (std::size_t c = 0; c < kCount; ++c) take(s[c], x[c]);
+void run_together(MovingAverageOnline *s, const double *x, double *out) {
+    for (std::size_t c = 0; c < kCount; ++c) put(s[c], x[c]);
     double sums[kCount] = {};
     for (int i = 0; i < s->Length; ++i)
         for (std::size_t c = 0; c < kCount; ++c) sums[c] += s[c].Buffer[i];
     for (std::size_t c = 0; c < kCount; ++c) out[c] = mean(s[c], sums[c]);
 }
 
-// As many of the `left` channels as have the length of the first, up to kMost; returns their number.
+// The next sample of as many of the `left` channels as have the length of the first one, up to kMost; returns their
+// number.
 template <std::size_t kMost = kSideBySide>
-std::size_t step_alike(MovingAverageOnline *s, const double *x, double *out, std::size_t left) {
+std::size_t run_alike(MovingAverageOnline *s, const double *x, double *out, std::size_t left) {
     if constexpr (kMost > 1) {
         const auto alike = [&](const MovingAverageOnline &channel) { return channel.Length == s->Length; };
-        if (left < kMost || !std::all_of(s, s + kMost, alike)) return step_alike<kMost - 1>(s, x, out, left);
+        if (left < kMost || !std::all_of(s, s + kMost, alike)) return run_alike<kMost - 1>(s, x, out, left);
     }
-    step<kMost>(s, x, out);
+    run_together<kMost>(s, x, out);
     return kMost;
 }
 
@@ -56,7 +57,7 @@ void init_move_average_filter_online(MovingAverageOnline *s, int length) {
 
 double move_average_filter_online(MovingAverageOnline *s, double x) {
     double y;
-    step<1>(s, &x, &y);
+    run_together<1>(s, &x, &y);
     return y;
 }
 
@@ -67,6 +68,6 @@ void init_move_average_filter_onlines(MovingAverageBank *b, int length, int coun
 
 int move_average_filter_onlines(MovingAverageBank *b, const double *x, double *out) {
     const auto count = static_cast<std::size_t>(std::max(b->Count, 0));
-    for (std::size_t i = 0; i < count;) i += step_alike(b->Filters + i, x + i, out + i, count - i);
+    for (std::size_t i = 0; i < count;) i += run_alike(b->Filters + i, x + i, out + i, count - i);
     return b->Count;
 }

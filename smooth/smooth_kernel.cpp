@@ -1,4 +1,4 @@
-// Neighbouring points side by side, each the sum of its window from left to right, over its divisor.
+// Four neighbouring points side by side.  Each is the sum of its window from left to right, divided by its divisor.
 
 #include "smooth_kernel.h"
 
@@ -11,10 +11,10 @@
 namespace mensura::smooth::MENSURA_TARGET {
 namespace {
 
-// Vectors of results side by side: they share what they load.
+// Lanes of results computed together: they share the samples that they load.
 constexpr std::size_t kSideBySide = 4;
 
-// sum + w x; a sum begins with its first term, and a product with 1 is exact.
+// The sum with term k of a row: sum + w x.  The first term is the sum itself, and a weight of 1 needs no product.
 template <const auto &kRow, std::size_t k, typename T>
 LANES_INLINE T plus_term(T sum, T x) {
     constexpr double kWeight = kRow.weight[k];
@@ -26,35 +26,35 @@ LANES_INLINE T plus_term(T sum, T x) {
         return sum + term;
 }
 
-// Takes the samples at x + kOffset, and those behind, into the sums whose windows hold them.
+// Adds the samples x[kOffset] and those behind to the sums whose windows contain them.
 template <const auto &kRow, std::size_t kOffset, std::size_t kCount>
-LANES_INLINE void take(const double *x, Lanes (&sums)[kCount]) {
+LANES_INLINE void add_samples(const double *x, Lanes (&sums)[kCount]) {
     constexpr std::size_t kWindow = kRow.weight.size();
     if constexpr (kOffset < kWindow + (kCount - 1) * kLanes) {
         const Lanes samples = load(x + kOffset);
         [&]<std::size_t... i>(std::index_sequence<i...>) LANES_LAMBDA {
             (
                 [&]() LANES_LAMBDA {
-                    constexpr std::size_t k = kOffset - i * kLanes;  // huge before the window
+                    constexpr std::size_t k = kOffset - i * kLanes;  // huge for a sample before the window
                     if constexpr (k < kWindow) sums[i] = plus_term<kRow, k>(sums[i], samples);
                 }(),
                 ...);
         }
         (std::make_index_sequence<kCount>{});
-        take<kRow, kOffset + 1>(x, sums);
+        add_samples<kRow, kOffset + 1>(x, sums);
     }
 }
 
 template <const auto &kRow, std::size_t kCount>
-LANES_INLINE void vectors(const double *window, double *y) {
+LANES_INLINE void smooth_lanes(const double *window, double *y) {
     constexpr double kDivisor = kRow.divisor;
     Lanes sums[kCount];
-    take<kRow, 0>(window, sums);
+    add_samples<kRow, 0>(window, sums);
     for (std::size_t i = 0; i < kCount; ++i) store(y + i * kLanes, sums[i] / kDivisor);
 }
 
 template <const auto &kRow>
-LANES_INLINE double point(const double *window) {
+LANES_INLINE double smooth_point(const double *window) {
     return [&]<std::size_t... k>(std::index_sequence<k...>) LANES_LAMBDA {
         double sum = 0.0;
         ((sum = plus_term<kRow, k>(sum, window[k])), ...);
@@ -68,9 +68,9 @@ LANES_INLINE void inside(const double *x, double *y, std::size_t n) {
     static constexpr auto kRow = kTable.back();
     constexpr std::size_t h = kRow.weight.size() / 2, kMany = kSideBySide * kLanes;
     std::size_t i = h;
-    for (; i + h + kMany <= n; i += kMany) vectors<kRow, kSideBySide>(x + i - h, y + i);
-    for (; i + h + kLanes <= n; i += kLanes) vectors<kRow, 1>(x + i - h, y + i);
-    for (; i + h < n; ++i) y[i] = point<kRow>(x + i - h);
+    for (; i + h + kMany <= n; i += kMany) smooth_lanes<kRow, kSideBySide>(x + i - h, y + i);
+    for (; i + h + kLanes <= n; i += kLanes) smooth_lanes<kRow, 1>(x + i - h, y + i);
+    for (; i + h < n; ++i) y[i] = smooth_point<kRow>(x + i - h);
 }
 
 }  // namespace

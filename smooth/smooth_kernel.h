@@ -7,8 +7,8 @@
 
 namespace mensura::smooth {
 
-// y[i], h <= i < n - h, from the windows that are centred on i; n is not less than the window.  Quadratics and cubics
-// of one window have the same weights there.
+// y[i] from the window of 2 h + 1 samples that is centred on x[i], for h <= i < n - h; n is at least 2 h + 1.  The
+// smoothers of degree 2 have the weights of degree 3 there, so they share the kernel.
 using Inside = void(const double *x, double *y, std::size_t n);
 MENSURA_KERNEL(Inside, mean3);
 MENSURA_KERNEL(Inside, mean5);

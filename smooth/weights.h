@@ -1,5 +1,6 @@
-// The weights of the smoothers: least squares, degree d over w samples, the value at sample 0, 1, ..., w / 2.  The last
-// row of each table is the middle of the window, used inside a record.
+// The weights of the smoothers (Savitzky and Golay, 1964): a polynomial is fitted to the w samples of a window by least
+// squares, and row k of a table gives its value at sample k, k = 0 .. w / 2.  The last row, for the middle of the window,
+// is used inside a record, the others at its edges.
 #pragma once
 
 #include <array>
@@ -16,7 +17,7 @@ struct Row {
 template <std::size_t kWindow>
 using Table = std::array<Row<kWindow>, kWindow / 2 + 1>;
 
-// A constant comes back: the weights of a row add up to its divisor.
+// A constant must come back, so the weights of a row add up to its divisor.
 template <std::size_t kWindow>
 consteval Table<kWindow> checked(const Table<kWindow> &table) {
     for (const Row<kWindow> &row : table) {
@@ -42,7 +43,7 @@ inline constexpr Table<9> kLinear9 = checked<9>({{{{17, 14, 11, 8, 5, 2, -1, -4,
                                                   {{32, 29, 26, 23, 20, 17, 14, 11, 8}, 180},
                                                   {{1, 1, 1, 1, 1, 1, 1, 1, 1}, 9}}});
 
-// At the edges its weights are used as fractions, each rounded.
+// At the edges smooth.cpp rounds weight / divisor first.
 inline constexpr Table<11> kLinear11 = checked<11>({{{{35, 30, 25, 20, 15, 10, 5, 0, -5, -10, -15}, 110},
                                                      {{30, 26, 22, 18, 14, 10, 6, 2, -2, -6, -10}, 110},
                                                      {{25, 22, 19, 16, 13, 10, 7, 4, 1, -2, -5}, 110},
