@@ -21,5 +21,9 @@ def entries(page):
         yield [f"{page.file}#{place['anchor']}", place["code"] or plain(place["heading"]), page.title, plain(rest)]
 
 
-def script(pages):
-    return "const mensuraIndex = " + json.dumps([entry for page in pages for entry in entries(page)]) + ";\n"
+def index_of(pages):
+    return [entry for page in pages for entry in entries(page)]
+
+
+def script(index):
+    return f"const mensuraIndex = {json.dumps(index)};\n"

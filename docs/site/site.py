@@ -56,12 +56,19 @@ class Site:
         self.target.mkdir(parents=True)
         for file in ("style.css", "search.js"):
             shutil.copy(HERE / file, self.target)
-        (self.target / "search-index.js").write_text(search.script(self.pages))
+        index = search.index_of(self.pages)
+        (self.target / "search-index.js").write_text(search.script(index))
         for page in self.pages:
             self.write(page.file, page.title, self.names.apply(self.with_links(page), page.file))
+        return self.faults({address for address, *_ in index})
+
+    def faults(self, found_by_search):
         exports = (self.source / "cmake" / "exports.map").read_text()
         functions = set(re.findall(r"^\s+(\w+);", exports, re.M)) - {"in"}
-        return check.faults(self.target, functions, WORDS, functions - self.names.places.keys())
+        places = self.names.places
+        return ([f"{name} is exported, but not in the reference" for name in sorted(functions - places.keys())] +
+                [f"{name} is not found by search" for name in sorted(places) if places[name] not in found_by_search] +
+                check.faults(self.target, functions, WORDS))
 
     def write(self, file, title, body):
         text = self.template.render(file=file, title=title, body=body, navigation=self.navigation, version=self.version)
