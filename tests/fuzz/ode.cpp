@@ -27,7 +27,7 @@ void fuzz::test(Input &input) {
     const int n = code(input, -1, 22), components = n >= 1 && n <= 20 ? n : 0;
     const double t0 = number(input), t1 = input.ConsumeBool() ? t0 : number(input), rate = number(input);
     const double tolerance = number(input), h = (t1 - t0) / rate, steps = rate * (t1 - t0);
-    if (!adaptive && steps > 5000 && steps < 1e11) return;         // so many are the caller's wish
+    if (!adaptive && steps > 5000 && steps < 1e11) return;         // as many as the caller asks for
     if (adaptive && !(std::abs(h) > 0) && components > 3) return;  // 20000 attempts that get nowhere
     Doubles y0 = numbers(input, components), y(y0.size(), 77.0);
     Equation equation{numbers(input, 30), y0.size()};

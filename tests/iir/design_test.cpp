@@ -30,6 +30,7 @@ void for_all_designs(std::span<const int> passes, std::initializer_list<double> 
                     SCOPED_TRACE(testing::Message() << "pass type " << pass << ", " << family.name << ", " << poles
                                                     << " poles, cut-off " << cutoff);
                     check(request(pass, family.code, poles, cutoff));
+                    if (testing::Test::HasFailure()) return;
                 }
 }
 

@@ -74,8 +74,8 @@ std::vector<Quadratic> sections_of(std::vector<CplxD> roots) {
 }
 
 TEST(PrototypeUtility, sections_of_a_root_list_come_most_damped_first) {
-    // Two of a pair, a near duplicate that ousts one of them, roots that are and just are not tidied, and two without a
-    // section.
+    // A pair, a near duplicate that replaces one of it, roots whose smaller part just is and just is not set to 0, and
+    // two roots that have no section.
     const auto sections = sections_of(
         {{-1, 2}, {-1, -2}, {-1.0005, 2.0005}, {-3, 1e-4}, {-1.999e-3, 2}, {-0.004, -3.9999}, {1, 1}, {0, 0}});
     const std::vector<Quadratic> expected = {

@@ -63,12 +63,6 @@ TEST(FindRoots, returns_the_roots_in_the_order_found) {
          {{0.8162683164280336477, 0.68696253488165591861},
           {-1.1997794472769288637, 0},
           {-0.049711926122902549203, 1.4813375221413650883}}},
-        {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11},
-         {{-0.88465842519699183973, 0.95996668011819043421},
-          {0.95324626051399160046, 0.72511051588973388053},
-          {0.44276576294433608413, 1.1737407366690425601},
-          {-1.2646309651868401683, -0.35726165459563219239},
-          {-0.24672263307449567658, -1.2628853966692345372}}},
     };
     for (const auto &[p, expected] : cases) {
         SCOPED_TRACE(testing::PrintToString(p));
@@ -109,13 +103,6 @@ TEST(FindRoots, returns_0_and_writes_nothing_without_a_root_to_find) {
             p.back() = last;
             EXPECT_EQ(find(p).size(), 0) << first << " x^" << N << " + " << last;
         }
-}
-
-TEST(FindRoots, known_limits) {
-    if (LDBL_MANT_DIG != 64) GTEST_SKIP() << "other precisions find them";
-    double largest = 0;
-    for (const CplxD z : find({1, 0, 3.75, 0, 4.6875, 0, 1.953125})) largest = std::max(largest, CplxDCabs(z));
-    EXPECT_GT(largest, 1e10);  // (x^2 + 1.25)^3
 }
 
 TEST(FindRoots, non_finite_coefficients) {
