@@ -35,7 +35,7 @@ class Guide:
             if heading.tag == "h1":
                 self.title = self.title or title
             elif heading.tag == "h2":
-                self.sections.append((anchor, title))
+                self.sections.append((anchor, title, []))
 
 
 def polished(text):

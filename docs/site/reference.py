@@ -17,7 +17,7 @@ class Page:
     file: str
     title: str
     body: str
-    sections: list  # (anchor, title)
+    sections: list  # (anchor, title, names of the entries)
 
 
 def line_of(node):
@@ -76,8 +76,8 @@ class Header:
         rows = []
         for field in node.iter("memberdef"):
             kind = "".join(field.find("type").itertext()) + " "
-            rows.append(("", escaped(kind.replace("* ", "*") + field.findtext("name") + field.findtext("argsstring")),
-                         cell(field)))
+            size = field.findtext("argsstring").replace(" *", " * ")
+            rows.append(("", escaped(kind.replace("* ", "*") + field.findtext("name") + size), cell(field)))
         name = node.findtext("compoundname")
         return f'<h3 id="{name}">{name}</h3>\n{description(node)}{fields(rows)}'
 
@@ -106,7 +106,8 @@ class Header:
         body, sections = f"<h1>{title}</h1>\n{description(self.group)}", []
         for heading, about, entries in self.sections():
             anchor = re.sub(r"\W+", "-", heading.lower())
-            sections.append((anchor, heading))
+            names = [node.findtext("name") or node.findtext("compoundname") for node in entries]
+            sections.append((anchor, heading, [name for name in names if not name.startswith("@")]))
             body += f'<h2 id="{anchor}">{heading}</h2>\n'
             body += "".join(map(show, about)) + "".join(map(self.entry, entries))
         return Page(f"{self.name}.h.html", title, without_empty_paragraphs(body), sections)

@@ -64,21 +64,31 @@ async function search() {
     const list = hits.map(([[address, title, where, body], words]) => {
         const link = element("a", title);
         link.href = address;
-        link.addEventListener("click", () => { field.value = ""; search(); });
+        link.addEventListener("click", clear);
         return element("li", "", [link, element("span", where), element("p", snippet(body, words))]);
     });
     results.replaceChildren(element("h1", hits.length ? `Found: ${text}` : `Nothing found for ${text}`),
                             element("ol", "", list));
 }
 
+function clear() {
+    field.value = "";
+    search();
+}
+
 field.addEventListener("input", search);
+document.querySelector("nav").addEventListener("click", (event) => {
+    if (!event.target.closest("a")) return;
+    document.getElementById("menu").checked = false;  // on narrow screens the navigation covers the page
+    clear();
+});
 document.addEventListener("keydown", (event) => {
     if (event.key === "/" && document.activeElement !== field) {
         event.preventDefault();
         field.focus();
     } else if (event.key === "Escape") {
-        field.value = "";
-        search();
+        clear();
     }
 });
 if (field.value) search();
+document.querySelector("nav .here")?.scrollIntoView({ block: "nearest" });
