@@ -1,15 +1,15 @@
-// Everything that may run in several threads at once does, and gives the bits of one thread.
+// All that may run in several threads at once gives the bits of one thread.
 #include <gtest/gtest.h>
 #include <mensura/matrix.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "machines/families.h"
+#include "machines/groups.h"
+#include "support/expect.h"
 
 namespace {
 
@@ -21,30 +21,26 @@ void in_threads(F f) {  // f(0), f(1), ... at the same time
     for (std::size_t i = 0; i < kThreads; ++i) threads.emplace_back([=] { f(i); });
 }
 
-bool same(const Results &a, const Results &b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
-}
-
-std::vector<Results> results_of(std::span<const Family> families, std::size_t first) {
-    std::vector<Results> results(families.size());
-    for (std::size_t i = 0; i < families.size(); ++i) {
-        const std::size_t at = (first + i) % families.size();
-        families[at].run(results[at]);
+std::vector<Results> results_of(std::span<const Group> groups, std::size_t first) {
+    std::vector<Results> results(groups.size());
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const std::size_t at = (first + i) % groups.size();
+        groups[at].run(results[at]);
     }
     return results;
 }
 
-TEST(Threads, have_the_bits_of_one_in_every_family) {
-    std::vector<Family> families;
-    std::ranges::copy_if(kAllFamilies, std::back_inserter(families), [](const Family &f) { return !f.shared; });
-    const auto alone = results_of(families, 0);
+TEST(Threads, have_the_bits_of_one_in_every_group) {
+    std::vector<Group> groups;
+    std::ranges::copy_if(kAllGroups, std::back_inserter(groups), [](const Group &g) { return !g.shared; });
+    const auto alone = results_of(groups, 0);
     std::array<std::vector<Results>, 2 * kThreads> together;
     in_threads([&](std::size_t i) {  // half of them side by side with themselves, then all with others
-        together[i] = results_of(families, i / 2);
-        together[kThreads + i] = results_of(families, 5 * i);
+        together[i] = results_of(groups, i / 2);
+        together[kThreads + i] = results_of(groups, 5 * i);
     });
     for (const auto &results : together)
-        for (std::size_t i = 0; i < families.size(); ++i) EXPECT_TRUE(same(results[i], alone[i])) << families[i].name;
+        for (std::size_t i = 0; i < groups.size(); ++i) EXPECT_SAME_BITS(results[i], alone[i]) << groups[i].name;
 }
 
 TEST(Threads, may_print_at_the_same_time) {

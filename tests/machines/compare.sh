@@ -3,8 +3,8 @@
 #
 #     tests/machines/compare.sh DIGEST...        build/release/tests/machines/digest, those of other builds
 #
-# Builds for this machine must agree in every family.  Processors without AVX2 and FMA, glibc's functions for them, and
-# builds for 64-bit ARM must agree in the exact families and keep a tolerance in the others; the differences are printed.
+# Builds for this machine must agree in every group.  Processors without AVX2 and FMA, glibc's functions for them, and
+# builds for 64-bit ARM must agree in the exact groups and keep a tolerance in the others; the differences are printed.
 set -euo pipefail
 paths=$(realpath -e "$@")
 mapfile -t programs <<< "$paths"
@@ -29,7 +29,7 @@ for digest in "${programs[@]}"; do
     if is_for_arm "$digest"; then
         elsewhere "$digest, qemu-user" qemu-aarch64 -L /usr/aarch64-linux-gnu "$digest"
     else
-        printf '%s: the same bits in every family?\n' "$digest"
+        printf '%s: the same bits in every group?\n' "$digest"
         "$digest" | diff "$tmp/first" -
     fi
 done

@@ -1,4 +1,4 @@
-# Fails if an exported function is not at work in the families: those that print or write a file are tested elsewhere.
+# Fails if an exported function is not at work in the groups: those that print or write a file are tested elsewhere.
 # Usage: coverage.sh nm exports.map objects...
 set -eu
 export LC_ALL=C

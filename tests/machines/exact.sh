@@ -1,4 +1,4 @@
-# Compares the fingerprints of the families that only add, multiply, divide and take square roots with the ones on
+# Compares the fingerprints of the groups that only add, multiply, divide and take square roots with the ones on
 # record, which hold for every machine.
 # Usage: exact.sh exact.txt digest-program...
 set -eu

@@ -6,7 +6,7 @@
 
 using Results = std::vector<double>;
 
-struct Family {
+struct Group {
     const char *name;
     enum class Bits {
         kExact,  // adds, multiplies, divides, takes square roots: the same on every machine
@@ -17,4 +17,4 @@ struct Family {
     bool shared = false;            // works on registers of the whole process: one call at a time
 };
 
-extern const std::span<const Family> kAllFamilies;
+extern const std::span<const Group> kAllGroups;

@@ -1,36 +1,30 @@
-#include "families.h"
+#include "groups.h"
 
 #include <mensura/mensura.h>
 
 #include <algorithm>
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <initializer_list>
 #include <memory>
-#include <random>
+#include <ranges>
+
+#include "support/noise.h"
 
 namespace {
 
 using Size = std::size_t;
 
-std::vector<double> noise(Size n, unsigned seed) {  // uniform in [-1, 1), by integers alone
-    std::mt19937_64 bits(seed);
-    std::vector<double> x(n);
-    for (double &value : x) value = static_cast<double>(bits() >> 11) * 0x1p-52 - 1;
-    return x;
-}
+std::vector<double> noise(Size n, unsigned seed) { return support::Noise(seed)(n); }
 
+void add(Results &results, std::convertible_to<double> auto value) { results.push_back(static_cast<double>(value)); }
+void add(Results &results, CplxD z) { results.insert(results.end(), {z.re, z.im}); }
 void add(Results &results, std::initializer_list<double> values) { results.insert(results.end(), values); }
-void add(Results &results, std::span<const double> values) {
-    results.insert(results.end(), values.begin(), values.end());
+void add(Results &results, const std::ranges::range auto &values) {
+    for (const auto &value : values) add(results, value);
 }
-void add(Results &results, std::span<const CplxD> values) {
-    for (const CplxD &z : values) add(results, {z.re, z.im});
-}
-void add(Results &results, CplxD z) { add(results, {z.re, z.im}); }
-void add(Results &results, std::span<const long double> values) {
-    for (const long double value : values) results.push_back(static_cast<double>(value));
-}
+void add(Results &results, const auto *values, int n) { add(results, std::span(values, static_cast<Size>(n))); }
 
 // ---- Complex numbers ----
 
@@ -44,7 +38,7 @@ void complex_arithmetic(Results &results) {
     for_complex_pairs([&](CplxD a, CplxD b) {
         for (const auto f : {CplxDAdd, CplxDSub, CplxDMult, CplxDDivision}) add(results, f(a, b));
         add(results, CplxDMult_coef(CplxDConj(a), b.re));
-        results.push_back(CplxDCabs(a));
+        add(results, CplxDCabs(a));
     });
 }
 
@@ -89,9 +83,9 @@ void roots_stages(Results &results) {
         QuadSynDiv(p.data(), n, tuv.data(), quotient.data());
         UpdateTUV(0, p.data(), n, quotient.data(), k.data(), scratch.data(), tuv.data(), &flag);
         QuadIterate(0, p.data(), quotient.data(), k.data(), scratch.data(), n, tuv.data(), &flag);
-        add(results, std::span<const long double>(tuv).first(3));
+        add(results, tuv.data(), 3);
         RealIterate(0, p.data(), quotient.data(), derivative.data(), scratch.data(), n, &start);
-        add(results, {static_cast<double>(start)});
+        add(results, start);
     }
 }
 
@@ -104,8 +98,8 @@ void roots_found(Results &results) {
         std::ranges::copy(p, precise.begin());
         const int count = FindRoots(n, p.data(), roots.data());
         PFiftyOne(precise.data(), n, re.data(), im.data());
-        add(results, std::span<const CplxD>(roots).first(static_cast<Size>(count)));
-        add(results, std::span<const long double>(re).first(static_cast<Size>(n)));
+        add(results, roots.data(), count);
+        add(results, re.data(), n);
     }
 }
 
@@ -125,17 +119,17 @@ IIRCoeffs sections(double shift) {  // three stable ones
 }
 
 void iir_filters(Results &results) {
-    for (int k = 0; k <= 22; ++k) results.push_back(Factorial(k));
+    for (int k = 0; k <= 22; ++k) add(results, Factorial(k));
     auto x = noise(4000, 5);
     TIIRFilter filter{};
     filter.Coeffs = sections(0);
-    for (const double sample : x) results.push_back(IIRFilter(&filter, sample));
+    for (const double sample : x) add(results, IIRFilter(&filter, sample));
     const auto bank = std::make_unique<TIIRFilterBank>();
     for (Size i = 0; i < 10; ++i) bank->Filters[i].Coeffs = sections(0.02 * static_cast<double>(i));
     bank->Count = 10;
     for (Size i = 0; i + 10 <= x.size(); i += 10) IIRFilters(bank.get(), &x[i], &x[i]);
     add(results, x);
-    add(results, {IIRFilterZeroPhase(&filter, x.data(), nullptr, 4000), x.size()});
+    add(results, IIRFilterZeroPhase(&filter, x.data(), nullptr, 4000), 4000);
 }
 
 void iir_shared_registers(Results &results) {
@@ -144,7 +138,7 @@ void iir_shared_registers(Results &results) {
     FilterWithIIR(x.data(), y.data(), 4000, sections(0));
     add(results, y);
     for (int k = 0; k < 100; ++k)
-        for (int j = 0; j < 3; ++j) results.push_back(SectCalc(x[static_cast<Size>(k)], k, j, sections(0)));
+        for (int j = 0; j < 3; ++j) add(results, SectCalc(x[static_cast<Size>(k)], k, j, sections(0)));
 }
 
 void iir_designs(Results &results) {
@@ -152,14 +146,14 @@ void iir_designs(Results &results) {
         for (int family = pfButterworth; family <= pfElliptic; ++family)
             for (int poles = 1; poles <= 12; poles += 2) {
                 const IIRCoeffs c = CalcIIRFilterCoeff({pass, 0.3, 0.1, 3, {family, poles, 0.1, 60, 0.2}});
-                for (const auto &values : {c.a0, c.a1, c.a2, c.b0, c.b1, c.b2}) add(results, {values, 6});
+                for (const auto &values : {c.a0, c.a1, c.a2, c.b0, c.b1, c.b2}) add(results, values, 6);
             }
     TIIRFilter filter;
     initTIIRFilter(&filter, ptHighPass, 40, 360);
-    add(results, {filter.Coeffs.a1, 3});
+    add(results, filter.Coeffs.a1, 3);
     const auto bank = std::make_unique<TIIRFilterBank>();
     initTIIRFilters(bank.get(), ptNotch, 10, 60, 360);
-    add(results, {bank->Filters[9].Coeffs.a1, 6});
+    add(results, bank->Filters[9].Coeffs.a1, 6);
     auto x = noise(500, 7);
     dataZeroPhaseFilter(x.data(), 500, 0.01, 0.5, 10);
     add(results, x);
@@ -169,9 +163,7 @@ void iir_prototypes(Results &results) {
     for (int n = 1; n <= 12; ++n) {
         std::array<CplxD, 50> roots{}, zeros{};
         int count = 0;
-        const auto keep = [&](int poles) {
-            add(results, std::span<const CplxD>(roots).first(static_cast<Size>(poles)));
-        };
+        const auto keep = [&](int poles) { add(results, roots.data(), poles); };
         keep(ButterworthPoly(n, roots.data()));
         keep(ChebyshevPoly(0.1, n, roots.data()));
         keep(GaussianPoly(n, roots.data()));
@@ -193,8 +185,8 @@ void iir_prototypes(Results &results) {
         HeapIndexSort(c[1].data(), order.data(), n, 1);
         SortRootsByZeta(roots.data(), n, 1);
         add(results, roots);
-        results.push_back(order[0]);
-        add(results, {CalcLowPassProtoCoeff({pfBessel, n, 0.1, 60, 0}).Den1, 12});
+        add(results, order[0]);
+        add(results, CalcLowPassProtoCoeff({pfBessel, n, 0.1, 60, 0}).Den1, 12);
     }
 }
 
@@ -217,7 +209,7 @@ void spectral_butterflies(Results &results) {
         Transform(b.data(), &b[size], a.data(), &a[size], w.data(), &w[size / 2], n);
         add(results, a);
         add(results, b);
-        results.push_back(RequiredFFTSize(n + 1) + IsValidFFTSize(n));
+        add(results, RequiredFFTSize(n + 1) + IsValidFFTSize(n));
     }
 }
 
@@ -240,7 +232,7 @@ void spectral_transforms(Results &results) {
 void spectral_single_frequencies(Results &results) {
     const auto x = noise(1000, 11);
     for (int i = 1; i < 100; ++i)
-        for (const auto f : {SingleFreqDFT, Goertzel}) results.push_back(f(x.data(), 1000, 0.01 * i));
+        for (const auto f : {SingleFreqDFT, Goertzel}) add(results, f(x.data(), 1000, 0.01 * i));
 }
 
 void spectral_windows(Results &results) {
@@ -256,7 +248,7 @@ void spectral_windows(Results &results) {
 // ---- Matrices ----
 
 void add(Results &results, const RMATRIX &m) {
-    for (Size i = 0; i < static_cast<Size>(m.rows); ++i) add(results, {&m.data[100 * i], static_cast<Size>(m.cols)});
+    for (int i = 0; i < m.rows; ++i) add(results, m.data + RMATRIX_CAPACITY * i, m.cols);
 }
 
 void matrix_fixed(Results &results) {
@@ -278,19 +270,17 @@ void matrix_fixed(Results &results) {
         copyRMATRIX(&c, &d);
         c = rmatrix_add(rmatrix_multi(a, rmatrix_sub(b, a)), rmatrix_transpose(rmatrix_inverse(b)));
         add(results, c);
-        add(results, {rmatrix_to_vector(&(c = setRMATRIX(x.data(), n, 1)), nullptr), static_cast<Size>(n)});
+        c = setRMATRIX(x.data(), n, 1);
+        add(results, rmatrix_to_vector(&c, nullptr), n);
         add(results, setRMATRIX1(rows.data(), n, n));
-        results.push_back(isEmptyRMATRIX(&d));
+        add(results, isEmptyRMATRIX(&d));
     }
 }
 
-struct Delete {
-    void operator()(Matrix *m) const { matrix_delete(m); }
-};
-using Owner = std::unique_ptr<Matrix, Delete>;
+using Owner = std::unique_ptr<Matrix, decltype([](Matrix *m) { matrix_delete(m); })>;
 
 void add(Results &results, const Owner &m) {
-    for (int i = 0; i < m->m; ++i) add(results, {m->v[i], static_cast<Size>(m->n)});
+    for (int i = 0; i < m->m; ++i) add(results, m->v[i], m->n);
 }
 
 void matrix_heap(Results &results) {
@@ -308,8 +298,8 @@ void matrix_heap(Results &results) {
     std::array<double, 40> column{};
     mcol(a.get(), column.data(), 3);
     vmadd(column.data(), rows[1], 0.3, column.data(), 21);
-    results.push_back(vnorm(column.data(), 40));
-    add(results, {vdiv(column.data(), 3, column.data(), 40), 40});
+    add(results, vnorm(column.data(), 40));
+    add(results, vdiv(column.data(), 3, column.data(), 40), 40);
 }
 
 // ---- The Kalman filter ----
@@ -347,8 +337,8 @@ void kalman(Results &results) {
         KalmanFilter_update1_d1(&kf, &z[i + 6], a_rows.data(), x.data());
         add(results, *KalmanFilter_update1(&kf, setRMATRIX_ptr(&z[i + 9], 3, 1, measurement.get()), &other.A));
         add(results, *KalmanFilter_update(&other, measurement.get()));
-        add(results, {getKalmanFilter_out_d(&kf, x.data()), 3});
-        add(results, {getKalmanFilter_state_d(&kf, x.data()), 9});
+        add(results, getKalmanFilter_out_d(&kf, x.data()), 3);
+        add(results, getKalmanFilter_state_d(&kf, x.data()), 9);
     }
     add(results, *getKalmanFilter_out(&kf));
     add(results, *getKalmanFilter_state(&kf));
@@ -362,36 +352,33 @@ void online(Results &results) {
     std::vector<double> derivative(x.size());
     central_difference(x.data(), derivative.data(), 3000, 0.1);
     add(results, derivative);
-    struct Streams {
-        CentralDiffOnline difference[11];
-        AmplitudeLimitOnline limit[11];
-        LimitAverageOnline both[11];
-        MovingAverageOnline average;
-        MovingAverageBank averages;
-    };
-    const auto s = std::make_unique<Streams>();
-    init_central_difference_online(&s->difference[10], 0.1);
-    init_central_difference_onlines(s->difference, 10, 0.1);
-    init_amlitude_limit_filer_online(&s->limit[10], 0.5);
-    init_amlitude_limit_filer_onlines(s->limit, 10, 0.5);
-    init_amlitude_limit_move_average_filter_online(&s->both[10], 16, 0.5);
-    init_amlitude_limit_move_average_filter_onlines(s->both, 16, 10, 0.5);
-    init_move_average_filter_online(&s->average, 100);
-    init_move_average_filter_onlines(&s->averages, 20, 10);
+    CentralDiffOnline differences[11];
+    AmplitudeLimitOnline limits[11];
+    const auto both = std::make_unique<LimitAverageOnline[]>(11);
+    const auto average = std::make_unique<MovingAverageOnline>();
+    const auto averages = std::make_unique<MovingAverageBank>();
+    init_central_difference_online(&differences[10], 0.1);
+    init_central_difference_onlines(differences, 10, 0.1);
+    init_amlitude_limit_filer_online(&limits[10], 0.5);
+    init_amlitude_limit_filer_onlines(limits, 10, 0.5);
+    init_amlitude_limit_move_average_filter_online(&both[10], 16, 0.5);
+    init_amlitude_limit_move_average_filter_onlines(both.get(), 16, 10, 0.5);
+    init_move_average_filter_online(average.get(), 100);
+    init_move_average_filter_onlines(averages.get(), 20, 10);
     for (Size i = 0; i + 10 <= x.size(); i += 10) {
         std::array<double, 10> y{};
-        central_difference_onlines(s->difference, &x[i], y.data(), 10);
+        central_difference_onlines(differences, &x[i], y.data(), 10);
         add(results, y);
-        amlitude_limit_filer_onlines(s->limit, &x[i], y.data(), 10);
+        amlitude_limit_filer_onlines(limits, &x[i], y.data(), 10);
         add(results, y);
-        amlitude_limit_move_average_filter_onlines(s->both, &x[i], y.data(), 10);
+        amlitude_limit_move_average_filter_onlines(both.get(), &x[i], y.data(), 10);
         add(results, y);
-        move_average_filter_onlines(&s->averages, &x[i], y.data());
+        move_average_filter_onlines(averages.get(), &x[i], y.data());
         add(results, y);
-        add(results,
-            {central_difference_online(&s->difference[10], x[i]), amlitude_limit_filer_online(&s->limit[10], x[i]),
-             amlitude_limit_move_average_filter_online(&s->both[10], x[i]),
-             move_average_filter_online(&s->average, x[i])});
+        add(results, central_difference_online(&differences[10], x[i]));
+        add(results, amlitude_limit_filer_online(&limits[10], x[i]));
+        add(results, amlitude_limit_move_average_filter_online(&both[10], x[i]));
+        add(results, move_average_filter_online(average.get(), x[i]));
     }
 }
 
@@ -433,8 +420,8 @@ void ode_own_steps(Results &results) {
     }
 }
 
-using enum Family::Bits;
-constexpr Family kFamilies[] = {
+using enum Group::Bits;
+constexpr Group kGroups[] = {
     {"complex.arithmetic", kExact, complex_arithmetic},
     {"complex.functions", kLibm, complex_functions},
     {"roots.closed_forms", kRoots, roots_closed_forms},
@@ -460,4 +447,4 @@ constexpr Family kFamilies[] = {
 
 }  // namespace
 
-const std::span<const Family> kAllFamilies = kFamilies;
+const std::span<const Group> kAllGroups = kGroups;
