@@ -26,8 +26,8 @@ LD_LIBRARY_PATH=$libdir "$tmp/from_cpp"
 
 # Unoptimised code inlines nothing and so calls all of the C++ runtime that the sources name.
 prefix=$tmp/static
-configure -S "$source" -B "$tmp/build" -DBUILD_SHARED_LIBS=OFF -DCMAKE_BUILD_TYPE=Debug -DMENSURA_BUILD_TESTS=OFF \
-    -DMENSURA_BUILD_BENCH=OFF -DMENSURA_BUILD_EXAMPLES=OFF -DMENSURA_BUILD_DOCS=OFF
+configure -S "$source" -B "$tmp/build" -DBUILD_SHARED_LIBS=OFF -DCMAKE_BUILD_TYPE=Debug -DMENSURA_BUILD_CLI=OFF \
+    -DMENSURA_BUILD_TESTS=OFF -DMENSURA_BUILD_BENCH=OFF -DMENSURA_BUILD_EXAMPLES=OFF -DMENSURA_BUILD_DOCS=OFF
 "$cmake" --build "$tmp/build" --parallel 2
 "$cmake" --install "$tmp/build" --prefix "$prefix"
 configure -S "$project" -B "$tmp/found_static" -DCMAKE_PREFIX_PATH="$prefix" -DVERSION="$version"
