@@ -25,12 +25,8 @@ static void compare(const RMATRIX *result, const RMATRIX &out, const RMATRIX &by
         check(i % RMATRIX_CAPACITY >= out.cols || same_bits(out.data[i], by_value.data[i]));
 }
 
-// The elements of a result; none of an empty one.
 static reference::Grid grid(const RMATRIX &m) {
-    reference::Grid elements{m.rows, m.cols};
-    for (int i = 0; i < m.rows; ++i)
-        for (int j = 0; j < m.cols; ++j) elements(i, j) = m.data[i * RMATRIX_CAPACITY + j];
-    return elements;
+    return reference::grid(m.rows, m.cols, [&](int i, int j) { return m.data[i * RMATRIX_CAPACITY + j]; });
 }
 
 static void combine(Input &input) {

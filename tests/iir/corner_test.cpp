@@ -25,7 +25,7 @@ void expect_plain_corner(int count, LowPassProto p) {
 
 TEST(SetCornerFreq, moves_the_corner_of_every_family_to_one_radian_per_second) {
     for (const auto &family : kFamilies)
-        for (int n = 2; n <= family.max_poles; ++n) {
+        for (int n = 2; n <= family.max_poles && !HasFailure(); ++n) {
             SCOPED_TRACE(testing::Message() << family.name << ", order " << n);
             const LowPassProto p = prototype(family.code, n, 0.5, 50 + n, 0.1 * n - 1);
             for (const double w : {0.02, 2.0}) {
@@ -57,7 +57,7 @@ TEST(SetCornerFreq, finds_the_plain_corner_of_hostile_cascades) {
                                    1e-30, 1e-12, 9999.9, 1e4,      10001.0,   DBL_MAX, 1.0,    0.3,    -0.3};
     enum Round { kOneHostile, kTwoHostile, kOverflow, kUnderflow };  // by round % 4
     support::Noise noise(20240611);
-    for (int round = 0; round < 80; ++round) {
+    for (int round = 0; round < 80 && !HasFailure(); ++round) {
         SCOPED_TRACE(testing::Message() << "round " << round);
         LowPassProto p{};
         double *const arrays[] = {p.Den2, p.Den1, p.Den0, p.Num2, p.Num1, p.Num0};

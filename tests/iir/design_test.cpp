@@ -10,7 +10,7 @@
 #include <numbers>
 #include <tuple>
 
-#include "../allocations.h"
+#include "allocations.h"
 #include "designs.h"
 #include "sos/measure.h"
 #include "support/expect.h"

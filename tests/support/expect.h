@@ -69,7 +69,8 @@ testing::AssertionResult compare_distance(const char *actual_text, const char *e
     const auto distance = static_cast<double>(std::abs(a - e));
     if (distance <= tolerance) return testing::AssertionSuccess();
     return testing::AssertionFailure() << actual_text << " is " << distance << " away from " << expected_text
-                                       << ", more than " << tolerance << ": " << describe(a, e);
+                                       << ", more than " << tolerance << ": "
+                                       << describe(std::complex<double>(a), std::complex<double>(e));
 }
 
 }  // namespace support
