@@ -47,13 +47,13 @@ void remark_on_length(const SpectrumLayout &layout, std::size_t samples) {
         remark("{} samples are{}", samples, padded);
 }
 
-// The frequencies, and a column of values for each channel.
-NumberTable spectra_of(const Record &record, const SpectrumOptions &options) {
+// The frequencies, and a column of values for each channel, whose samples are given up.
+NumberTable spectra_of(Record &record, const SpectrumOptions &options) {
     const SpectrumLayout layout = layout_for(record.length());
     NumberTable spectra{.names = {"frequency_Hz"}, .columns = {std::vector<double>(layout.bins())}};
     for (std::size_t k = 0; k < layout.bins(); ++k) spectra.columns[0][k] = layout.frequency(k, record.rate);
-    for (const Channel &channel : record.channels) {
-        std::vector<double> bins = amplitude_spectrum(channel.samples, options.window, options.no_mean);
+    for (Channel &channel : record.channels) {
+        std::vector<double> bins = amplitude_spectrum(std::move(channel.samples), options.window, options.no_mean);
         for (std::size_t k = 0; k < bins.size(); ++k) bins[k] = scaled(bins[k], layout.mirrored(k), options.scale);
         spectra.names.push_back(channel.name);
         spectra.columns.push_back(std::move(bins));
@@ -94,7 +94,7 @@ Figure figure_of(const NumberTable &spectra, double spacing, const SpectrumOptio
 
 void run(const Options &options) {
     remark_on(options.spectrum.window);
-    const Record record = read_signals(options.files.input, options.files.columns, options.rate);
+    Record record = read_signals(options.files.input, options.files.columns, options.rate);
     const SpectrumLayout layout = layout_for(record.length());
     remark_on_length(layout, record.length());
     const NumberTable spectra = spectra_of(record, options.spectrum);

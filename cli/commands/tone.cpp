@@ -52,14 +52,14 @@ Request request_of(const std::vector<std::string> &arguments) {
     return request;
 }
 
-NumberTable tones_of(const Record &record, const std::vector<double> &frequencies, const SpectrumOptions &options) {
+NumberTable tones_of(Record record, const std::vector<double> &frequencies, const SpectrumOptions &options) {
     for (const double frequency : frequencies)
         if (!(frequency >= 0 && frequency <= 0.5 * record.rate))
             reject("{} Hz: must lie within 0 and {} Hz, half the sampling rate", frequency, 0.5 * record.rate);
     NumberTable table{.names = {"frequency_Hz"}, .columns = {frequencies}};
-    for (const Channel &channel : record.channels) {
+    for (Channel &channel : record.channels) {
         std::vector<double> tones =
-            amplitudes_at(frequencies, record.rate, channel.samples, options.window, options.no_mean);
+            amplitudes_at(frequencies, record.rate, std::move(channel.samples), options.window, options.no_mean);
         for (std::size_t i = 0; i < tones.size(); ++i)
             tones[i] = scaled(tones[i], frequencies[i] > 0 && frequencies[i] < 0.5 * record.rate, options.scale);
         table.names.push_back(channel.name);
@@ -71,8 +71,8 @@ NumberTable tones_of(const Record &record, const std::vector<double> &frequencie
 void run(const Options &options) {
     const Request request = request_of(options.arguments);
     remark_on(options.spectrum.window);
-    const Record record = read_signals(request.file, options.columns, options.rate);
-    const NumberTable tones = tones_of(record, request.frequencies, options.spectrum);
+    Record record = read_signals(request.file, options.columns, options.rate);
+    const NumberTable tones = tones_of(std::move(record), request.frequencies, options.spectrum);
     Output out(options.output);
     write_csv(tones, out);
     out.commit();

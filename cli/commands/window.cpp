@@ -35,7 +35,10 @@ struct Options {
 
 void write_weights(const std::vector<double> &weights, Output &out) {
     out.write("sample,weight\n");
-    for (std::size_t i = 0; i < weights.size(); ++i) write_row({static_cast<double>(i), weights[i]}, out);
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        out.write(fmt::format("{},", i));
+        write_row({weights[i]}, out);
+    }
 }
 
 Figure figure_of(const std::vector<double> &weights, int kind) {
