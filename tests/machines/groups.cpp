@@ -24,7 +24,23 @@ void add(Results &results, std::initializer_list<double> values) { results.inser
 void add(Results &results, const std::ranges::range auto &values) {
     for (const auto &value : values) add(results, value);
 }
-void add(Results &results, const auto *values, int n) { add(results, std::span(values, static_cast<Size>(n))); }
+
+template <typename Number>
+std::span<const Number> first(int n, const Number *values) {
+    return {values, static_cast<Size>(n)};
+}
+
+void add(Results &results, const RMATRIX &m) {
+    for (int i = 0; i < m.rows; ++i) add(results, first(m.cols, m.data + RMATRIX_CAPACITY * i));
+}
+
+using Owner = std::unique_ptr<Matrix, decltype([](Matrix *m) { matrix_delete(m); })>;
+
+void add(Results &results, const Owner &m) {
+    for (int i = 0; i < m->m; ++i) add(results, first(m->n, m->v[i]));
+}
+
+void add_all(Results &results, const auto &...values) { (add(results, values), ...); }
 
 // ---- Complex numbers ----
 
@@ -65,8 +81,7 @@ void roots_closed_forms(Results &results) {
         ReversePoly(any.data(), 4);
         QuadCubicRoots(any.data(), 4, &re[9], &im[9]);
         InvertRoots(4, &re[9], &im[9]);
-        add(results, re);
-        add(results, im);
+        add_all(results, re, im);
     }
 }
 
@@ -83,7 +98,7 @@ void roots_stages(Results &results) {
         QuadSynDiv(p.data(), n, tuv.data(), quotient.data());
         UpdateTUV(0, p.data(), n, quotient.data(), k.data(), scratch.data(), tuv.data(), &flag);
         QuadIterate(0, p.data(), quotient.data(), k.data(), scratch.data(), n, tuv.data(), &flag);
-        add(results, tuv.data(), 3);
+        add(results, first(3, tuv.data()));
         RealIterate(0, p.data(), quotient.data(), derivative.data(), scratch.data(), n, &start);
         add(results, start);
     }
@@ -98,8 +113,7 @@ void roots_found(Results &results) {
         std::ranges::copy(p, precise.begin());
         const int count = FindRoots(n, p.data(), roots.data());
         PFiftyOne(precise.data(), n, re.data(), im.data());
-        add(results, roots.data(), count);
-        add(results, re.data(), n);
+        add_all(results, first(count, roots.data()), first(n, re.data()));
     }
 }
 
@@ -129,7 +143,7 @@ void iir_filters(Results &results) {
     bank->Count = 10;
     for (Size i = 0; i + 10 <= x.size(); i += 10) IIRFilters(bank.get(), &x[i], &x[i]);
     add(results, x);
-    add(results, IIRFilterZeroPhase(&filter, x.data(), nullptr, 4000), 4000);
+    add(results, first(4000, IIRFilterZeroPhase(&filter, x.data(), nullptr, 4000)));
 }
 
 void iir_shared_registers(Results &results) {
@@ -146,14 +160,14 @@ void iir_designs(Results &results) {
         for (int family = pfButterworth; family <= pfElliptic; ++family)
             for (int poles = 1; poles <= 12; poles += 2) {
                 const IIRCoeffs c = CalcIIRFilterCoeff({pass, 0.3, 0.1, 3, {family, poles, 0.1, 60, 0.2}});
-                for (const auto &values : {c.a0, c.a1, c.a2, c.b0, c.b1, c.b2}) add(results, values, 6);
+                for (const auto &values : {c.a0, c.a1, c.a2, c.b0, c.b1, c.b2}) add(results, first(6, values));
             }
     TIIRFilter filter;
     initTIIRFilter(&filter, ptHighPass, 40, 360);
-    add(results, filter.Coeffs.a1, 3);
+    add(results, first(3, filter.Coeffs.a1));
     const auto bank = std::make_unique<TIIRFilterBank>();
     initTIIRFilters(bank.get(), ptNotch, 10, 60, 360);
-    add(results, bank->Filters[9].Coeffs.a1, 6);
+    add(results, first(6, bank->Filters[9].Coeffs.a1));
     auto x = noise(500, 7);
     dataZeroPhaseFilter(x.data(), 500, 0.01, 0.5, 10);
     add(results, x);
@@ -163,7 +177,7 @@ void iir_prototypes(Results &results) {
     for (int n = 1; n <= 12; ++n) {
         std::array<CplxD, 50> roots{}, zeros{};
         int count = 0;
-        const auto keep = [&](int poles) { add(results, roots.data(), poles); };
+        const auto keep = [&](int poles) { add(results, first(poles, roots.data())); };
         keep(ButterworthPoly(n, roots.data()));
         keep(ChebyshevPoly(0.1, n, roots.data()));
         keep(GaussianPoly(n, roots.data()));
@@ -179,22 +193,18 @@ void iir_prototypes(Results &results) {
         ReverseCoeff(product.data(), 2 * quadratics);
         c[5].fill(1);
         SetCornerFreq(quadratics, c[0].data(), c[1].data(), c[2].data(), c[3].data(), c[4].data(), c[5].data());
-        add(results, product);
-        add(results, c[0]);
+        add_all(results, product, c[0]);
         std::array<int, 12> order{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
         HeapIndexSort(c[1].data(), order.data(), n, 1);
         SortRootsByZeta(roots.data(), n, 1);
-        add(results, roots);
-        add(results, order[0]);
-        add(results, CalcLowPassProtoCoeff({pfBessel, n, 0.1, 60, 0}).Den1, 12);
+        add_all(results, roots, order[0], first(12, CalcLowPassProtoCoeff({pfBessel, n, 0.1, 60, 0}).Den1));
     }
 }
 
 void iir_response(Results &results) {
     std::array<double, 1000> re{}, im{};
     IIRFreqResponse(sections(0), 3, re.data(), im.data(), 1000);
-    add(results, re);
-    add(results, im);
+    add_all(results, re, im);
 }
 
 // ---- Spectra ----
@@ -207,9 +217,7 @@ void spectral_butterflies(Results &results) {
         std::vector<int> order(size);
         ReArrangeInput(x.data(), &x[size], a.data(), &a[size], order.data(), n);
         Transform(b.data(), &b[size], a.data(), &a[size], w.data(), &w[size / 2], n);
-        add(results, a);
-        add(results, b);
-        add(results, RequiredFFTSize(n + 1) + IsValidFFTSize(n));
+        add_all(results, a, b, RequiredFFTSize(n + 1) + IsValidFFTSize(n));
     }
 }
 
@@ -224,8 +232,7 @@ void spectral_transforms(Results &results) {
         if (n > 1024) continue;
         RealSigDFT(x.data(), bins.data(), &bins[size], n);
         DFT(x.data(), &x[size], n, 1);
-        add(results, bins);
-        add(results, x);
+        add_all(results, bins, x);
     }
 }
 
@@ -247,10 +254,6 @@ void spectral_windows(Results &results) {
 
 // ---- Matrices ----
 
-void add(Results &results, const RMATRIX &m) {
-    for (int i = 0; i < m.rows; ++i) add(results, m.data + RMATRIX_CAPACITY * i, m.cols);
-}
-
 void matrix_fixed(Results &results) {
     for (const int n : {1, 3, 9, 32, 100}) {
         const Size size = static_cast<Size>(n * n);
@@ -271,16 +274,8 @@ void matrix_fixed(Results &results) {
         c = rmatrix_add(rmatrix_multi(a, rmatrix_sub(b, a)), rmatrix_transpose(rmatrix_inverse(b)));
         add(results, c);
         c = setRMATRIX(x.data(), n, 1);
-        add(results, rmatrix_to_vector(&c, nullptr), n);
-        add(results, setRMATRIX1(rows.data(), n, n));
-        add(results, isEmptyRMATRIX(&d));
+        add_all(results, first(n, rmatrix_to_vector(&c, nullptr)), setRMATRIX1(rows.data(), n, n), isEmptyRMATRIX(&d));
     }
-}
-
-using Owner = std::unique_ptr<Matrix, decltype([](Matrix *m) { matrix_delete(m); })>;
-
-void add(Results &results, const Owner &m) {
-    for (int i = 0; i < m->m; ++i) add(results, m->v[i], m->n);
 }
 
 void matrix_heap(Results &results) {
@@ -292,14 +287,12 @@ void matrix_heap(Results &results) {
     const Owner product{matrix_mul(reflection.get(), a.get())}, minor{matrix_minor(a.get(), 2)};
     Matrix *r = nullptr, *q = nullptr;
     householder(a.get(), &r, &q);
-    for (const Owner &m : {std::cref(a), std::cref(zero), std::cref(product), std::cref(minor)}) add(results, m);
-    add(results, Owner{q});
-    add(results, Owner{r});
+    add_all(results, a, zero, product, minor, Owner{q}, Owner{r});
     std::array<double, 40> column{};
     mcol(a.get(), column.data(), 3);
     vmadd(column.data(), rows[1], 0.3, column.data(), 21);
     add(results, vnorm(column.data(), 40));
-    add(results, vdiv(column.data(), 3, column.data(), 40), 40);
+    add(results, first(40, vdiv(column.data(), 3, column.data(), 40)));
 }
 
 // ---- The Kalman filter ----
@@ -337,12 +330,10 @@ void kalman(Results &results) {
         KalmanFilter_update1_d1(&kf, &z[i + 6], a_rows.data(), x.data());
         add(results, *KalmanFilter_update1(&kf, setRMATRIX_ptr(&z[i + 9], 3, 1, measurement.get()), &other.A));
         add(results, *KalmanFilter_update(&other, measurement.get()));
-        add(results, getKalmanFilter_out_d(&kf, x.data()), 3);
-        add(results, getKalmanFilter_state_d(&kf, x.data()), 9);
+        add(results, first(3, getKalmanFilter_out_d(&kf, x.data())));
+        add(results, first(9, getKalmanFilter_state_d(&kf, x.data())));
     }
-    add(results, *getKalmanFilter_out(&kf));
-    add(results, *getKalmanFilter_state(&kf));
-    add(results, kf.P);
+    add_all(results, *getKalmanFilter_out(&kf), *getKalmanFilter_state(&kf), kf.P);
 }
 
 // ---- Streams and smoothers ----
