@@ -1,7 +1,6 @@
 // Transforms of real samples.
 #pragma once
 
-#include <span>
 #include <vector>
 
 namespace cli {

@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <iterator>
 #include <optional>
-#include <vector>
 
 namespace cli {
 
