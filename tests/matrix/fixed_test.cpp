@@ -16,11 +16,16 @@ TEST(FixedMatrix, operations_fill_their_corner_or_fail) {
         const Grid y = sample(kZeros, n + 1, n), t = reference::transposed(x),
                    minus = reference::grid(n + 1, n, [&](int i, int j) { return x(i, j) - y(i, j); });
         const Grid plus = reference::grid(n + 1, n, [&](int i, int j) { return x(i, j) + y(i, j); });
-        const RMATRIX a = support::fixed(x), b = support::fixed(y), turned = support::fixed(t), none{{}, 9, -1};
+        const RMATRIX a = support::fixed(x), b = support::fixed(y), turned = support::fixed(t),
+                      wider = support::fixed(sample(kSum, n + 1, n + 1)), none{{}, 9, -1};
         const auto rows = support::rows(x);
         RMATRIX identity = a;
         initRMATRIX_identity(&identity, n, n + 1);
         EXPECT_SAME_MATRIX(identity, reference::identity(n, n + 1));
+        double &behind = identity.data[n * (RMATRIX_CAPACITY + 1)] = 77;  // element (n, n), in column n + 1
+        initRMATRIX_identity(&identity, n + 1, n);
+        EXPECT_SAME_MATRIX(identity, reference::identity(n + 1, n));
+        EXPECT_EQ(behind, 77);
         expect_result(x, setRMATRIX_ptr, x.data(), n + 1, n);
         expect_result(x, setRMATRIX1_ptr, rows.data(), n + 1, n);
         expect_result(plus, rmatrix_add_ptr, &a, &b);
@@ -34,6 +39,7 @@ TEST(FixedMatrix, operations_fill_their_corner_or_fail) {
             expect_result({}, operation, &a, nullptr);
             expect_result({}, operation, &none, &none);
             expect_result({}, operation, &a, operation == rmatrix_multi_ptr ? &a : &turned);
+            expect_result({}, operation, &a, &wider);
         }
         for (const auto operation : {rmatrix_transpose_ptr, rmatrix_inverse_ptr}) expect_result({}, operation, &none);
         expect_result({}, rmatrix_inverse_ptr, &a);
@@ -59,7 +65,8 @@ TEST(FixedMatrix, prints_its_size_and_its_rows) {
     testing::internal::CaptureStdout();
     rmatrix_printf(support::fixed(sample(kSum, 2, 2)));
     rmatrix_printf_ptr(&empty);
-    const std::string rule = std::string(40, '=') + '\n', rows = "0.000000, 1.000000, \n1.000000, 2.000000, \n";
+    const std::string rule = "========================================\n",
+                      rows = "0.000000, 1.000000, \n1.000000, 2.000000, \n";
     EXPECT_EQ(testing::internal::GetCapturedStdout(), rule + "row=2, col=2\n" + rows + rule + "matrix is empty\n");
 }
 
