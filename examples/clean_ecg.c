@@ -2,9 +2,12 @@
  *
  * A low-pass takes height from the beats along with the hum; a notch, 4 Hz wide, leaves them as they are.  Both run
  * forwards and backwards, so that nothing is delayed.  What each has done goes to standard error. */
+#include <ctype.h>
 #include <math.h>
 #include <mensura/mensura.h>
 #include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
 
 enum { RATE = 360, MAX_SAMPLES = 100000 }; /* samples a second; samples */
 
@@ -12,8 +15,9 @@ static double raw[MAX_SAMPLES], smooth[MAX_SAMPLES], clean[MAX_SAMPLES]; /* mV *
 
 /* The mean of what lies between the lowest and the highest sample of each second, which holds at least one beat. */
 static double height_of_beats(const double *x, int n) {
+    const int seconds = n / RATE;
     double sum = 0;
-    for (int second = 0; second < n / RATE; ++second) {
+    for (int second = 0; second < seconds; ++second) {
         double lowest = INFINITY, highest = -INFINITY;
         for (int i = second * RATE; i < (second + 1) * RATE; ++i) {
             lowest = fmin(lowest, x[i]);
@@ -21,7 +25,7 @@ static double height_of_beats(const double *x, int n) {
         }
         sum += highest - lowest;
     }
-    return sum / (n / RATE);
+    return sum / seconds;
 }
 
 static void report(const char *name, const double *x, int n) {
@@ -32,10 +36,13 @@ static void report(const char *name, const double *x, int n) {
 int main(void) {
     char line[256];
     int n = 0;
-    while (n < MAX_SAMPLES && fgets(line, sizeof line, stdin) != NULL)
-        if (sscanf(line, "%*f,%lf", &raw[n]) == 1) smooth[n] = raw[n], ++n; /* a line of text has no number */
+    while (n < MAX_SAMPLES && fgets(line, sizeof line, stdin) != NULL) {
+        const char *const comma = strchr(line, ','); /* after the time */
+        if (comma != NULL && isdigit((unsigned char)line[0])) raw[n++] = strtod(comma + 1, NULL);
+    }
     if (n < RATE) return fprintf(stderr, "clean_ecg: less than a second\n"), 1;
 
+    memcpy(smooth, raw, sizeof raw);
     dataZeroPhaseFilter(smooth, n, 1.0 / RATE, 0, 50.0);
 
     TIIRFilter notch;

@@ -46,8 +46,11 @@ Pair row(const std::string &table, const std::string &label) {
 
 std::vector<Pair> columns(std::istream &table) {
     std::vector<Pair> rows;
-    for (std::string line; std::getline(table, line);)
-        if (Pair r{}; std::sscanf(line.c_str(), "%lf,%lf", &r.first, &r.second) == 2) rows.push_back(r);
+    for (std::string line; std::getline(table, line);) {
+        std::istringstream in(line);
+        char comma = 0;
+        if (Pair r{}; in >> r.first >> comma >> r.second && comma == ',') rows.push_back(r);
+    }
     return rows;
 }
 
