@@ -141,18 +141,21 @@ LANES_INLINE void move_pivot(Elimination &e, const Pivot &pivot, std::size_t k, 
     }
 }
 
+// Row k and column k take part in step k: the updates of the block's s earlier steps, which they deferred.  The column
+// goes to m.
+LANES_INLINE void catch_up(Elimination &e, std::size_t k, std::size_t block, std::size_t s) {
+    const std::size_t pad = e.pad, col = pad + k;
+    for (std::size_t t = 0; t < s; ++t) update(e.b[k], e.q[t], e.m[t][col], 0, pad + block);
+    for (std::size_t i = 0; i < pad; ++i) e.m[s][i] = 0.0;
+    for (std::size_t i = 0; i < block; ++i) e.m[s][pad + i] = e.b[i][col];
+    for (std::size_t t = 0; t < s; ++t) update(e.m[s], e.m[t], e.q[t][col], 0, pad + block);
+}
+
 // Step k, the s-th of the block that starts at step `block`; returns the next pivot.
 LANES_INLINE Pivot step(Elimination &e, std::size_t k, std::size_t block, std::size_t s) {
     const std::size_t pad = e.pad, col = pad + k;
     double *row = e.b[k], *m = e.m[s] + pad, *q = e.q[s];
-
-    // Row k and column k take part now: the updates that they deferred.
-    if (block > 0) {
-        for (std::size_t t = 0; t < s; ++t) update(row, e.q[t], e.m[t][col], 0, pad + block);
-        for (std::size_t i = 0; i < pad; ++i) e.m[s][i] = 0.0;
-        for (std::size_t i = 0; i < block; ++i) m[i] = e.b[i][col];
-        for (std::size_t t = 0; t < s; ++t) update(e.m[s], e.m[t], e.q[t][col], 0, pad + block);
-    }
+    if (block > 0) catch_up(e, k, block, s);
 
     const double p = 1.0 / row[col];
     for (std::size_t j = 0; j < e.end; j += kLanes) {
@@ -240,7 +243,7 @@ bool invert(RecordRows<const double> a, RecordRows<double> out, std::size_t n) {
     std::size_t block = 0;
     std::size_t block_end = n <= kUnblocked ? n : kSteps - e.pad;
     for (std::size_t k = 0; k < n; ++k) {
-        if (pivot.size + 1.0 == 1.0) return false;
+        if (pivot.size + 1.0 == 1.0) return false;         // singular, by the rule of rmatrix_inverse_ptr
         const std::size_t s = block == 0 ? 0 : k - block;  // the first block defers nothing
         move_pivot(e, pivot, k, s);
         pivot = step(e, k, block, s);

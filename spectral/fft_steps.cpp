@@ -14,11 +14,12 @@ constexpr int kSmallest = 8, kLargest = 1048576;
 
 bool is_power_of_two(int n) { return n > 0 && (n & (n - 1)) == 0; }
 
+// A complex array: its real and its imaginary parts.
 struct Split {
     double *re, *im;
 };
 
-// Joins pairs of neighbouring sub-transforms of `span` bins to transforms of twice that.
+// Joins 2 `groups` neighbouring transforms of `span` bins, in pairs, to transforms of 2 span bins.
 void run_stage(Split from, Split to, const double *twRe, const double *twIm, std::size_t span, std::size_t groups) {
     for (std::size_t base = 0; base < 2 * span * groups; base += 2 * span)
         for (std::size_t k = 0; k < span; ++k) {
