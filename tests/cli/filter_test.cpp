@@ -70,6 +70,8 @@ TEST_F(CommandLine, wrong_calls_are_refused_in_one_line) {
                                        {"lowpass --cutoff 180 --rate 360", "below 180 Hz"},
                                        {"bandpass --cutoff 40 --rate 360 --bandwidth 0.2kHz", "below 180 Hz"},
                                        {"lowpass --rate 360", "--cutoff"},
+                                       {"lowpass --cutoff 4 --rate 0", "0 Hz is not above 0"},
+                                       {"lowpass --cutoff 4 --rate 36 --poles 2.5", "2.5 is not a whole number"},
                                        {"lowpass --cutoff 4 --rate 36 --q 1", "--q"},
                                        {"lowpass --auto 0.1 --cutoff 4 --rate 36", "--auto"}});
     expect_refused("fliter", "--help");

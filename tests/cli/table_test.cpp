@@ -10,7 +10,7 @@ TEST_F(CommandLine, tables_keep_their_form) {
     for (const char *layout :
          {"@\n@\n@\n@\n", "@\r\n@\r\n@\n@", "# a comment\n\ntime,x\n0,@\n# and, one, between\n1,@\n\n2,@\n3,@\n",
           "\xEF\xBB\xBFtime;\"x; y\";note\r\n0;@;a 1\r\n1;@;\"b;\"\"2\"\"\"\r\n2;@;3\r\n3;@;",
-          "t\tx\n0,0\t@\n\t@\n2\t@\n-\t@", "t x\n 0.0  @ \n1.0  @\n+2 \t @\n.3  @",
+          "t\tx\n0,0\t@\n\t@\n2\t@\n-\t@", "t x\n 0.0  @ \n1.0  @\n+2 \t @\n.3  @", "T\n@\n@\n@\n@\n",
           "x,y,Time [ms]\n@,,0\n@,NaN,1\n@,NA,2\n@,,3\n"}) {
         write("x.csv", filled(layout, x));
         EXPECT_EQ(run(kLowpass + "x.csv"), 0) << layout << err;
@@ -33,6 +33,8 @@ TEST_F(CommandLine, missing_cells_stay_and_count_as_the_value_before) {
 TEST_F(CommandLine, faults_of_a_table_are_named_with_their_place) {
     using namespace std::string_literals;
     for (const auto &[text, reason] : {std::pair{"1,2\n3\n"s, ":2: has 1 cells; expected 2"},
+                                       {"1,2\n3,4,5\n", ": has 3 cells; expected 2"},
+                                       {"a;b\n1;1,5\n", ":2:2: \"1,5\" is not a number"},
                                        {"a,b\n1,2\n\n3,abc\n", ":4:2: \"abc\""},
                                        {"1\ninf\n", ":2:1: \"inf\" is not a finite"},
                                        {"1\n1e999\n", ":2:1: \"1e999\""},
