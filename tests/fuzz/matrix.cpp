@@ -29,6 +29,10 @@ static reference::Grid grid(const RMATRIX &m) {
     return reference::grid(m.rows, m.cols, [&](int i, int j) { return m.data[i * RMATRIX_CAPACITY + j]; });
 }
 
+static reference::Grid grid(const Matrix &x) {
+    return reference::grid(x.m, x.n, [&](int i, int j) { return x.v[i][j]; });
+}
+
 static void combine(Input &input) {
     static RMATRIX a, b, out;
     fill(input, a);
@@ -51,14 +55,16 @@ static void decompose(Input &input) {
     using Heap = std::unique_ptr<Matrix, void (*)(Matrix *)>;
     const int m = input.ConsumeIntegralInRange(0, 16), n = input.ConsumeIntegralInRange(0, 16);
     const int any = code(input, -1, 18);
-    Doubles values = numbers(input, m * n), column = numbers(input, m);
+    reference::Grid values{m, n, numbers(input, m * n)};
+    Doubles column = numbers(input, m);
     std::vector<double *> rows;
     for (int i = 0; i < m; ++i) rows.push_back(values.data() + i * n);
     const Heap x(matrix_copy(n, rows.data(), m), matrix_delete), part(matrix_minor(x.get(), any), matrix_delete);
     Matrix *r = nullptr, *q = nullptr;
     householder(x.get(), &r, &q);
-    const Heap upper(r, matrix_delete), orthogonal(q, matrix_delete), product(matrix_mul(q, r), matrix_delete);
-    check(q->m == m && q->n == m && product->m == m && product->n == n);
+    const Heap upper(r, matrix_delete), orthogonal(q, matrix_delete);
+    const auto [plain_q, plain_r] = reference::householder(values);
+    check(same_bits(grid(*q).values, plain_q.values) && same_bits(grid(*r).values, plain_r.values));
     matrix_transpose(part.get());
     mcol(x.get(), column.data(), any);
     vdiv(vmadd(column.data(), column.data(), number(input), column.data(), m), number(input), column.data(), m);
