@@ -15,8 +15,7 @@ namespace {
 
 constexpr std::size_t kThreads = 4;
 
-template <typename F>
-void in_threads(F f) {  // f(0), f(1), ... at the same time
+void in_threads(auto f) {  // f(0), f(1), ... at the same time
     std::vector<std::jthread> threads;
     for (std::size_t i = 0; i < kThreads; ++i) threads.emplace_back([=] { f(i); });
 }
@@ -47,7 +46,12 @@ TEST(Threads, may_print_at_the_same_time) {
     static RMATRIX m;
     initRMATRIX_identity(&m, 2, 3);
     testing::internal::CaptureStdout();
-    in_threads([](std::size_t i) { i % 2 == 0 ? rmatrix_printf_ptr(&m) : rmatrix_printf(m); });
+    in_threads([](std::size_t i) {
+        if (i % 2 == 0)
+            rmatrix_printf_ptr(&m);
+        else
+            rmatrix_printf(m);
+    });
     const std::string out = testing::internal::GetCapturedStdout();
     EXPECT_EQ(std::ranges::count(out, '\n'), kThreads * 5);  // two rules, the size, two rows
     EXPECT_EQ(std::ranges::count(out, '1'), kThreads * 2);

@@ -26,25 +26,26 @@ TEST(FixedMatrix, operations_fill_their_corner_or_fail) {
         initRMATRIX_identity(&identity, n + 1, n);
         EXPECT_SAME_MATRIX(identity, reference::identity(n + 1, n));
         EXPECT_EQ(behind, 77);
-        expect_result(x, setRMATRIX_ptr, x.data(), n + 1, n);
-        expect_result(x, setRMATRIX1_ptr, rows.data(), n + 1, n);
-        expect_result(plus, rmatrix_add_ptr, &a, &b);
-        expect_result(minus, rmatrix_sub_ptr, &a, &b);
-        expect_result(t, rmatrix_transpose_ptr, &a);
+        expect_result("from packed numbers", x, setRMATRIX_ptr, x.data(), n + 1, n);
+        expect_result("from rows", x, setRMATRIX1_ptr, rows.data(), n + 1, n);
+        expect_result("sum", plus, rmatrix_add_ptr, &a, &b);
+        expect_result("difference", minus, rmatrix_sub_ptr, &a, &b);
+        expect_result("transpose", t, rmatrix_transpose_ptr, &a);
         EXPECT_SAME_MATRIX(rmatrix_add(a, b), plus);
         EXPECT_SAME_MATRIX(rmatrix_sub(a, b), minus);
         EXPECT_SAME_MATRIX(rmatrix_transpose(a), t);
         for (const auto operation : {rmatrix_add_ptr, rmatrix_sub_ptr, rmatrix_multi_ptr}) {
-            expect_result({}, operation, nullptr, &a);
-            expect_result({}, operation, &a, nullptr);
-            expect_result({}, operation, &none, &none);
-            expect_result({}, operation, &a, operation == rmatrix_multi_ptr ? &a : &turned);
-            expect_result({}, operation, &a, &wider);
+            expect_result("without the first operand", {}, operation, nullptr, &a);
+            expect_result("without the second operand", {}, operation, &a, nullptr);
+            expect_result("of an empty operand", {}, operation, &none, &none);
+            expect_result("of sizes that do not fit", {}, operation, &a, operation == rmatrix_multi_ptr ? &a : &turned);
+            expect_result("of another width", {}, operation, &a, &wider);
         }
-        for (const auto operation : {rmatrix_transpose_ptr, rmatrix_inverse_ptr}) expect_result({}, operation, &none);
-        expect_result({}, rmatrix_inverse_ptr, &a);
-        expect_result({}, setRMATRIX_ptr, x.data(), 101, 1);
-        expect_result({}, setRMATRIX1_ptr, rows.data(), 0, 101);
+        for (const auto operation : {rmatrix_transpose_ptr, rmatrix_inverse_ptr})
+            expect_result("of an empty operand", {}, operation, &none);
+        expect_result("inverse of what is not square", {}, rmatrix_inverse_ptr, &a);
+        expect_result("too many rows", {}, setRMATRIX_ptr, x.data(), 101, 1);
+        expect_result("too many columns", {}, setRMATRIX1_ptr, rows.data(), 0, 101);
         EXPECT_EQ(isEmptyRMATRIX(&none), 1);
         EXPECT_EQ(isEmptyRMATRIX(&a), 0);
     }

@@ -28,6 +28,7 @@ TEST(Householder, has_the_bits_of_plain_steps_and_is_a_decomposition) {
             const auto [plain_q, plain_r] = reference::householder(x);
             EXPECT_SAME_MATRIX(q, plain_q);
             EXPECT_SAME_MATRIX(r, plain_r);
+            if (HasFailure()) return;
             if (kind != kNoise) continue;  // Q Q^T = I and Q R = X
             const double tolerance = 2 * (rows + 1) * 0x1p-52;
             const Grid one = reference::product(plain_q, reference::transposed(plain_q));

@@ -46,7 +46,8 @@ inline double largest_difference(const Grid &x, const Grid &y) {
 inline double largest(const Grid &x) { return largest_difference(x, {x.rows, x.cols}); }
 
 // An operation fills the corner of its record and no more; without a result it returns null and empties the record.
-void expect_result(const std::optional<Grid> &result, auto operation, auto... operands) {
+void expect_result(const char *name, const std::optional<Grid> &result, auto operation, auto... operands) {
+    SCOPED_TRACE(name);
     RMATRIX out{{}, 5, 6};
     std::ranges::fill(out.data, 77);
     EXPECT_EQ(operation(operands..., &out), result ? &out : nullptr);

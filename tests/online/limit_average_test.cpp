@@ -30,10 +30,10 @@ TEST(LimitAverage, is_its_two_filters_in_a_row_and_each_of_them_its_rule) {
                 SCOPED_TRACE(testing::Message() << "sample " << t << ", limit " << limit << ", length " << length);
                 if (t < 7 || noise.one_in(12)) x = length < 9 ? noise.pick(kLevels) : samples::sample(noise);
                 const double last = kept(x), y = mean(last);
-                EXPECT_SAME_BITS(amlitude_limit_filer_online(&limiter, x), last);
-                EXPECT_EQ(limiter.Count, kept.count());
-                EXPECT_SAME_BITS(move_average_filter_online(&average, last), y);
-                EXPECT_SAME_BITS(amlitude_limit_move_average_filter_online(&both, x), y);
+                ASSERT_SAME_BITS(amlitude_limit_filer_online(&limiter, x), last);
+                ASSERT_EQ(limiter.Count, kept.count());
+                ASSERT_SAME_BITS(move_average_filter_online(&average, last), y);
+                ASSERT_SAME_BITS(amlitude_limit_move_average_filter_online(&both, x), y);
             }
         }
 }

@@ -27,7 +27,7 @@ TEST(Smooth, values_are_least_squares_sums) {
             const std::vector<double> x = noise_with_gaps(n);
             support::expect_written(x, reference::smoothed(s, x.data(), x.size()), run, shifts);
         };
-        for (int n = 0; n <= 60; ++n) expect(n, {0, 1, 2, 3});
+        for (int n = 0; n <= 60 && !HasFailure(); ++n) expect(n, {0, 1, 2, 3});
         expect(3000001, {0});  // beyond the caches
     }
 }
