@@ -16,6 +16,8 @@ void fill(Grid &x, support::Noise &noise) {
     for (double &element : x.values) element = noise();
 }
 
+constexpr const char *kForms[] = {"on matrices", "on packed arrays", "on arrays of rows"};
+
 TEST(KalmanFilter, takes_the_steps_of_the_textbook_in_every_form) {
     support::Noise noise(1);
     const auto forms = std::make_unique<std::array<KalmanFilter, 3>>();
@@ -49,7 +51,7 @@ TEST(KalmanFilter, takes_the_steps_of_the_textbook_in_every_form) {
             EXPECT_SAME_MATRIX(x_packed, written);
             EXPECT_SAME_MATRIX(x_by_row, written);
             for (KalmanFilter &kf : *forms) {
-                SCOPED_TRACE(testing::Message() << "form " << &kf - forms->data());
+                SCOPED_TRACE(kForms[&kf - forms->data()]);
                 EXPECT_SAME_MATRIX(kf.P, e.P);
                 EXPECT_SAME_MATRIX(kf.K, e.K);
                 EXPECT_SAME_MATRIX(kf.x, e.x);
