@@ -73,7 +73,9 @@ TEST_F(Spectrum, tones_are_the_bins_of_the_spectrum) {
     for (const std::string options : {"", "--no-mean", "--power"}) {
         ASSERT_EQ(run("spectrum" + input + options), 0);
         const auto bins = rows(out);
-        if (options == "--no-mean") EXPECT_NEAR(bins.at(0).at(1), 0, 1e-12);
+        if (options == "--no-mean") {
+            EXPECT_NEAR(bins.at(0).at(1), 0, 1e-12);
+        }
         ASSERT_EQ(run("tone 0 3 .2kHz .509kHz 512" + input + options), 0) << err;
         for (const std::vector<double> &tone : rows(out))
             EXPECT_NEAR(tone.at(1), bins.at(static_cast<std::size_t>(tone[0])).at(1), 1e-10) << options << tone[0];
