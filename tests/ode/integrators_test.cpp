@@ -100,6 +100,7 @@ TEST(rkf452, is_a_plain_loop) {
     for (const double rate : {0.0, -5.0, 0.9, 1.7, 93.0})  // 1 / (1 / 93) is below 93
         EXPECT_EQ(expect_plain(rkf452, reference::rkf452, f, {0, 0.5, -0.1}, 0, 1, rate), 0) << rate;
     EXPECT_EQ(expect_plain(rkf452, reference::rkf452, f, {1e30}, 0, 1, 2), -2);
+    EXPECT_EQ(expect_plain(rkf452, reference::rkf452, rotation, {1, 0.3}, 0, 40, 1), 0);  // y moves by its own size
 }
 
 TEST(Integrators, end_whatever_the_arguments) {
