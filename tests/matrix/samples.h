@@ -38,13 +38,6 @@ inline Grid sample(Kind kind, int rows, int cols) {
     });
 }
 
-inline double largest_difference(const Grid &x, const Grid &y) {
-    double size = 0;
-    for (std::size_t k = 0; k < x.values.size(); ++k) size = std::fmax(size, std::fabs(x.values[k] - y.values[k]));
-    return size;
-}
-inline double largest(const Grid &x) { return largest_difference(x, {x.rows, x.cols}); }
-
 // An operation fills the corner of its record and no more; without a result it returns null and empties the record.
 void expect_result(const char *name, const std::optional<Grid> &result, auto operation, auto... operands) {
     SCOPED_TRACE(name);

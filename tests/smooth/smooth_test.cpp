@@ -1,5 +1,4 @@
 // The nine smoothers.
-#include <cfloat>
 #include <climits>
 
 #include "support/noise.h"
@@ -30,21 +29,6 @@ TEST(Smooth, values_are_least_squares_sums) {
         for (int n = 0; n <= 60 && !HasFailure(); ++n) expect(n, {0, 1, 2, 3});
         expect(3000001, {0});  // beyond the caches
     }
-}
-
-// The sums of whole numbers are exact, but for those with fractions: there 11 products, sums and weights round, and the
-// weights are at most 2 in all.
-TEST(Smooth, gives_a_polynomial_of_its_degree_back) {
-    std::vector<double> x, y(60);
-    for (const Smoother &s : kSmoothers)
-        for (std::size_t n = 0; n <= y.size(); ++n) {
-            x.resize(n);
-            for (std::size_t t = 0; t < n; ++t) x[t] = 5 - std::pow(static_cast<double>(t) - 7, s.degree);
-            s.run(x.data(), y.data(), static_cast<int>(n));
-            for (std::size_t t = 0; t < n; ++t)
-                EXPECT_NEAR(y[t], x[t], s.window == 11 ? 7 * 2 * 60 * DBL_EPSILON : 0)
-                    << "degree " << s.degree << ", window " << s.window << ", sample " << t << " of " << n;
-        }
 }
 
 }  // namespace

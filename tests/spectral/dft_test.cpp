@@ -15,25 +15,12 @@ namespace {
 
 using namespace signals;
 
-// Tolerance: four times the worst seen, 1.0 n ulps, at a few points: the angles of the table are rounded as numbers up
-// to 2 pi.
-TEST(DFT, has_the_bits_of_a_plain_loop_and_is_the_sum_of_its_definition) {
+TEST(DFT, has_the_bits_of_a_plain_loop) {
     for (const Size n : std::initializer_list<Size>{1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11,  12,  13,  14,  15, 16,
-                                                    17, 23, 24, 25, 31, 32, 33, 63, 64, 65, 100, 127, 128, 243, 512}) {
-        const auto w = reference::unit_circle(n);
-        for (const int dir : {0, 1}) {
-            SCOPED_TRACE(testing::Message() << n << " points, direction " << dir);
-            const Signal x = noise(n), bins = run(DFT, x, 1, dir);
-            EXPECT_SAME_BITS(bins, run(reference::dft, x, 1, dir));
-            EXPECT_SAME_BITS(run(DFT, awkward(n, kAwkwardKinds), 1, dir),
-                             run(reference::dft, awkward(n, kAwkwardKinds), 1, dir));
-            const auto size = static_cast<double>(n);
-            for (Size k = 0; k < n; ++k)
-                EXPECT_CLOSE(bins[k] * (dir == 0 ? size : 1), reference::dft_sum(w, x, dir == 0 ? n - k : k),
-                             4 * size * DBL_EPSILON)
-                    << "bin " << k;
-        }
-    }
+                                                    17, 23, 24, 25, 31, 32, 33, 63, 64, 65, 100, 127, 128, 243, 512})
+        for (const int dir : {0, 1})
+            for (const Signal &x : {noise(n), awkward(n, kAwkwardKinds)})
+                EXPECT_SAME_BITS(run(DFT, x, 1, dir), run(reference::dft, x, 1, dir)) << n << ", direction " << dir;
 }
 
 // Tolerance: five times the worst seen, 30.  The states of Goertzel's recursion grow to 1 / sin(pi f), n at most.
