@@ -71,6 +71,7 @@ TEST(rkf45, is_a_plain_loop) {
     for (const double tolerance : {0.0, -1.0, static_cast<double>(NAN), 1e-12})
         EXPECT_EQ(expect_plain(rkf45, reference::rkf45, decay, {1}, 0, 1, 1, tolerance), -3) << tolerance;
     EXPECT_EQ(expect_plain(rkf45, reference::rkf45, rotation, {1, 0}, 0, 10, 10, 1e-3), -3);
+    EXPECT_EQ(expect_plain(rkf45, reference::rkf45, decay, {1}, -3, -1, 30, 1e-3), 0);  // an end before 0
     const auto nan = [](double, const State &) { return State{NAN}; };
     EXPECT_EQ(expect_plain(rkf45, reference::rkf45, nan, {1}, 0, 1, 1, 1), 0);
 }
