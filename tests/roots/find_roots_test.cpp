@@ -105,6 +105,14 @@ TEST(FindRoots, returns_0_and_writes_nothing_without_a_root_to_find) {
         }
 }
 
+// (x^2 + 1.25)^3: where the last quartic counts as one in x^2 decides what becomes of a triple pair.
+TEST(FindRoots, known_limits) {
+    if (LDBL_MANT_DIG != 64) GTEST_SKIP() << "other precisions find them";
+    double largest = 0;
+    for (const CplxD z : find({1, 0, 3.75, 0, 4.6875, 0, 1.953125})) largest = std::max(largest, CplxDCabs(z));
+    EXPECT_GT(largest, 1e10);
+}
+
 TEST(FindRoots, non_finite_coefficients) {
     for (const double bad : {std::nan(""), HUGE_VAL, -HUGE_VAL})
         for (std::size_t N = 2; N <= 8; ++N)
