@@ -1,4 +1,12 @@
 # Debian packages: the library, what other programs are built with, the companion program; a changelog in each.
+
+# Calls of the C library that check the sizes they can know, as all of Debian's packages have them.
+foreach(target mensura mensura_avx2)
+    if(TARGET ${target})
+        target_compile_definitions(${target} PRIVATE _FORTIFY_SOURCE=2)
+    endif()
+endforeach()
+
 find_program(GZIP gzip REQUIRED)
 execute_process(COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md
     OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
