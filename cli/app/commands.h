@@ -1,7 +1,6 @@
 // The commands, one a file in commands/: each adds itself, its options and what it does to the program.
 #pragma once
 
-
 #include "cli/app/command_line.h"
 
 namespace cli {
