@@ -19,9 +19,7 @@ configure -S "$project" -B "$tmp/found" -DCMAKE_PREFIX_PATH="$prefix" -DVERSION=
 "$tmp/found/from_cpp"
 libdir=$(package --variable=libdir)
 test -e "$libdir/libmensura.so.1"
-"$cc" "$project/from_c.c" -o "$tmp/from_c" $(package --cflags --libs)
-"$cxx" "$project/from_cpp.cpp" -o "$tmp/from_cpp" $(package --cflags --libs)
-LD_LIBRARY_PATH=$libdir "$tmp/from_c"
+"$cxx" "$tmp/found/program.cpp" -o "$tmp/from_cpp" $(package --cflags --libs)  # in C: readme.sh
 LD_LIBRARY_PATH=$libdir "$tmp/from_cpp"
 
 # Unoptimised code inlines nothing and so calls all of the C++ runtime that the sources name.
@@ -33,5 +31,5 @@ configure -S "$source" -B "$tmp/build" -DBUILD_SHARED_LIBS=OFF -DCMAKE_BUILD_TYP
 configure -S "$project" -B "$tmp/found_static" -DCMAKE_PREFIX_PATH="$prefix" -DVERSION="$version"
 "$cmake" --build "$tmp/found_static"
 "$tmp/found_static/from_c"
-"$cc" "$project/from_c.c" -o "$tmp/from_c_static" $(package --static --cflags --libs)
+"$cc" "$project/program.c" -o "$tmp/from_c_static" $(package --static --cflags --libs)
 "$tmp/from_c_static"

@@ -63,7 +63,7 @@ done
 export PKG_CONFIG_SYSROOT_DIR=$root PKG_CONFIG_LIBDIR=$root/$libdir/pkgconfig
 [[ $(pkg-config --modversion mensura) == "$version" ]] || die "pkg-config tells another version"
 project=$source/tests/consumer/project
-cc "$project/from_c.c" -o "$tmp/from_c" $(pkg-config --cflags --libs mensura)
+cc "$project/program.c" -o "$tmp/from_c" $(pkg-config --cflags --libs mensura)
 cmake -S "$project" -B "$tmp/found" -DCMAKE_PREFIX_PATH="$root/usr" -DVERSION="$version"
 says "$tmp/found/CMakeCache.txt" "^mensura_DIR:PATH=$root/$libdir/cmake/mensura$"
 cmake --build "$tmp/found"

@@ -14,18 +14,15 @@
 
 namespace {
 
-// What a command writes to standard output; it must succeed.
-std::string output_of(const std::string &command) {
+// What a command that ends with this status writes to standard output.
+std::string output_of(const std::string &command, int status = 0) {
     std::FILE *const out = popen(command.c_str(), "r");
     std::string text;
     for (int c = std::fgetc(out); c != EOF; c = std::fgetc(out)) text += static_cast<char>(c);
-    EXPECT_EQ(pclose(out), 0) << command;
+    const int result = pclose(out);
+    EXPECT_TRUE(WIFEXITED(result)) << command;
+    EXPECT_EQ(WEXITSTATUS(result), status) << command;
     return text;
-}
-
-int exit_status(const std::string &command) {
-    const int result = std::system(command.c_str());
-    return WIFEXITED(result) ? WEXITSTATUS(result) : -1;
 }
 
 struct Pair {
@@ -80,8 +77,8 @@ TEST(CleanEcg, writes_the_record_without_its_hum_and_without_delay) {
 }
 
 TEST(CleanEcg, fails_without_a_record_or_a_reader) {
-    EXPECT_EQ(exit_status("'" CLEAN_ECG "' </dev/null 2>/dev/null"), 1);
-    EXPECT_EQ(exit_status("'" CLEAN_ECG "' <'" RECORD "' 2>/dev/null >/dev/full"), 1);
+    output_of("'" CLEAN_ECG "' </dev/null 2>/dev/null", 1);
+    output_of("'" CLEAN_ECG "' <'" RECORD "' 2>/dev/null >/dev/full", 1);
 }
 
 TEST(TrackPosition, beats_differences_and_average_by_what_its_bandwidth_promises) {
@@ -101,8 +98,8 @@ TEST(TrackPosition, beats_differences_and_average_by_what_its_bandwidth_promises
 }
 
 TEST(TrackPosition, fails_if_nobody_can_read_the_table) {
-    EXPECT_EQ(exit_status("'" TRACK_POSITION "' >/dev/full"), 1);
-    EXPECT_EQ(exit_status("'" TRACK_POSITION "' >&-"), 1);
+    output_of("'" TRACK_POSITION "' >/dev/full", 1);
+    output_of("'" TRACK_POSITION "' >&-", 1);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "support/reference/matrix.h"
 
 using namespace fuzz;
+using reference::grid;
 
 // Mostly small; sizes above the capacity are stored, and no operation takes such a matrix.
 static void fill(Input &input, RMATRIX &m) {
@@ -23,14 +24,6 @@ static void compare(const RMATRIX *result, const RMATRIX &out, const RMATRIX &by
     check(result == nullptr ? isEmptyRMATRIX(&by_value) == 1 : out.rows == by_value.rows && out.cols == by_value.cols);
     for (int i = 0; i < out.rows * RMATRIX_CAPACITY; ++i)
         check(i % RMATRIX_CAPACITY >= out.cols || same_bits(out.data[i], by_value.data[i]));
-}
-
-static reference::Grid grid(const RMATRIX &m) {
-    return reference::grid(m.rows, m.cols, [&](int i, int j) { return m.data[i * RMATRIX_CAPACITY + j]; });
-}
-
-static reference::Grid grid(const Matrix &x) {
-    return reference::grid(x.m, x.n, [&](int i, int j) { return x.v[i][j]; });
 }
 
 static void combine(Input &input) {
@@ -57,9 +50,8 @@ static void decompose(Input &input) {
     const int any = code(input, -1, 18);
     reference::Grid values{m, n, numbers(input, m * n)};
     Doubles column = numbers(input, m);
-    std::vector<double *> rows;
-    for (int i = 0; i < m; ++i) rows.push_back(values.data() + i * n);
-    const Heap x(matrix_copy(n, rows.data(), m), matrix_delete), part(matrix_minor(x.get(), any), matrix_delete);
+    const Heap x(matrix_copy(n, reference::rows(values).data(), m), matrix_delete),
+        part(matrix_minor(x.get(), any), matrix_delete);
     Matrix *r = nullptr, *q = nullptr;
     householder(x.get(), &r, &q);
     const Heap upper(r, matrix_delete), orthogonal(q, matrix_delete);

@@ -11,6 +11,7 @@
 #include <ranges>
 
 #include "support/noise.h"
+#include "support/reference/smooth.h"
 
 namespace {
 
@@ -41,6 +42,12 @@ void add(Results &results, const Owner &m) {
 }
 
 void add_all(Results &results, const auto &...values) { (add(results, values), ...); }
+
+std::vector<double *> rows_of(auto &&packed, Size columns) {
+    std::vector<double *> rows;
+    for (Size at = 0; at < packed.size(); at += columns) rows.push_back(&packed[at]);
+    return rows;
+}
 
 // ---- Complex numbers ----
 
@@ -257,9 +264,8 @@ void spectral_windows(Results &results) {
 void matrix_fixed(Results &results) {
     for (const int n : {1, 3, 9, 32, 100}) {
         const Size size = static_cast<Size>(n * n);
-        const auto x = noise(2 * size, 12);
-        std::vector<const double *> rows;
-        for (Size i = 0; i < size; i += static_cast<Size>(n)) rows.push_back(&x[size + i]);
+        auto x = noise(2 * size, 12);
+        const auto rows = rows_of(std::span(x).subspan(size), static_cast<Size>(n));
         const auto m = std::make_unique<std::array<RMATRIX, 4>>();
         auto &[a, b, c, d] = *m;
         setRMATRIX_ptr(x.data(), n, n, &a);
@@ -280,8 +286,7 @@ void matrix_fixed(Results &results) {
 
 void matrix_heap(Results &results) {
     auto x = noise(40 * 21, 13);
-    std::vector<double *> rows;
-    for (Size i = 0; i < 40; ++i) rows.push_back(&x[21 * i]);
+    const auto rows = rows_of(x, 21);
     const Owner a{matrix_copy(21, rows.data(), 40)}, zero{matrix_new(21, 3)}, reflection{vmul(rows[0], 40)};
     matrix_transpose(a.get());
     const Owner product{matrix_mul(reflection.get(), a.get())}, minor{matrix_minor(a.get(), 2)};
@@ -297,13 +302,6 @@ void matrix_heap(Results &results) {
 
 // ---- The Kalman filter ----
 
-template <Size n>
-std::array<double *, n> rows_of(std::array<double, n * n> &packed) {
-    std::array<double *, n> rows{};
-    for (Size i = 0; i < n; ++i) rows[i] = &packed[n * i];
-    return rows;
-}
-
 void kalman(Results &results) {
     std::array<double, 81> A{}, Q{}, P{};
     std::array<double, 27> C{};
@@ -313,8 +311,8 @@ void kalman(Results &results) {
     getKalmanFilterQ(Q.data(), 9, 1e-4, 1e-5, 1e-6, 1e-2, 1e-3, 1);
     getKalmanFilterR(R.data(), 3, 0.25);
     getKalmanFilterP(P.data(), 9, 1);
-    std::array<double *, 3> c_rows{&C[0], &C[9], &C[18]}, r_rows{&R[0], &R[3], &R[6]};
-    auto a_rows = rows_of<9>(A), q_rows = rows_of<9>(Q), p_rows = rows_of<9>(P);
+    auto a_rows = rows_of(A, 9), c_rows = rows_of(C, 9), q_rows = rows_of(Q, 9), r_rows = rows_of(R, 3),
+         p_rows = rows_of(P, 9);
     const auto filters = std::make_unique<std::array<KalmanFilter, 2>>();
     auto &[kf, other] = *filters;
     initKalmanFilter_d(&other, A.data(), C.data(), Q.data(), R.data(), P.data(), nullptr, 3, 9);
@@ -357,14 +355,11 @@ void online(Results &results) {
     init_move_average_filter_online(average.get(), 100);
     init_move_average_filter_onlines(averages.get(), 20, 10);
     for (Size i = 0; i + 10 <= x.size(); i += 10) {
-        std::array<double, 10> y{};
-        central_difference_onlines(differences, &x[i], y.data(), 10);
-        add(results, y);
-        amlitude_limit_filer_onlines(limits, &x[i], y.data(), 10);
-        add(results, y);
-        amlitude_limit_move_average_filter_onlines(both.get(), &x[i], y.data(), 10);
-        add(results, y);
-        move_average_filter_onlines(averages.get(), &x[i], y.data());
+        double y[4][10];
+        central_difference_onlines(differences, &x[i], y[0], 10);
+        amlitude_limit_filer_onlines(limits, &x[i], y[1], 10);
+        amlitude_limit_move_average_filter_onlines(both.get(), &x[i], y[2], 10);
+        move_average_filter_onlines(averages.get(), &x[i], y[3]);
         add(results, y);
         add(results, central_difference_online(&differences[10], x[i]));
         add(results, amlitude_limit_filer_online(&limits[10], x[i]));
@@ -375,11 +370,10 @@ void online(Results &results) {
 
 void smooth(Results &results) {
     const auto x = noise(500, 16);
-    for (const auto f : {linearSmooth3, linearSmooth5, linearSmooth7, linearSmooth9, linearSmooth11, quadraticSmooth5,
-                         quadraticSmooth7, cubicSmooth5, cubicSmooth7})
+    for (const auto &smoother : reference::kSmoothers)
         for (const int n : {5, 20, 500}) {
             std::vector<double> y(static_cast<Size>(n));
-            f(x.data(), y.data(), n);
+            smoother.run(x.data(), y.data(), n);
             add(results, y);
         }
 }
@@ -393,22 +387,20 @@ int spin(double t, const double *y, void *, double *dydt) {  // a rigid body, dr
     return 0;
 }
 
-void ode_fixed_steps(Results &results) {
+void ode(Results &results, auto run) {
     std::array<double, 3> y{0, 1, 1};
     for (int i = 0; i < 20; ++i) {
-        const double t = 0.5 * i;
-        rkf452(t, t + 0.505, 100, spin, y.data(), 3, nullptr, y.data());
+        run(0.5 * i, y.data());
         add(results, y);
     }
 }
 
+void ode_fixed_steps(Results &results) {
+    ode(results, [](double t, double *y) { rkf452(t, t + 0.505, 100, spin, y, 3, nullptr, y); });
+}
+
 void ode_own_steps(Results &results) {
-    std::array<double, 3> y{0, 1, 1};
-    for (int i = 0; i < 20; ++i) {
-        const double t = 0.5 * i;
-        rkf45(t, t + 0.5, 20, 1e-7, spin, y.data(), 3, nullptr, y.data());
-        add(results, y);
-    }
+    ode(results, [](double t, double *y) { rkf45(t, t + 0.5, 20, 1e-7, spin, y, 3, nullptr, y); });
 }
 
 using enum Group::Bits;

@@ -14,24 +14,11 @@
 
 namespace support {
 
-using reference::Grid;
+using reference::Grid, reference::grid, reference::rows;
 using Owner = std::unique_ptr<Matrix, decltype([](Matrix *x) { matrix_delete(x); })>;
 
 inline Grid grid(const Grid &x) { return x; }
-
-inline Grid grid(const Owner &x) {
-    return reference::grid(x->m, x->n, [&](int i, int j) { return x->v[i][j]; });
-}
-
-inline Grid grid(const RMATRIX &x) {
-    return reference::grid(x.rows, x.cols, [&](int i, int j) { return x.data[i * RMATRIX_CAPACITY + j]; });
-}
-
-inline std::vector<double *> rows(Grid &x) {
-    std::vector<double *> starts;
-    for (int i = 0; i < x.rows; ++i) starts.push_back(x.data() + i * x.cols);
-    return starts;
-}
+inline Grid grid(const Owner &x) { return grid(*x); }
 
 inline RMATRIX fixed(const Grid &x) { return setRMATRIX(x.data(), x.rows, x.cols); }
 inline Owner heap(Grid x) { return Owner{matrix_copy(x.cols, rows(x).data(), x.rows)}; }

@@ -1,6 +1,8 @@
 // Matrices in plain loops.
 #pragma once
 
+#include <mensura/matrix.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -34,6 +36,20 @@ inline Grid identity(int rows, int cols) {
 
 inline Grid transposed(const Grid &x) {
     return grid(x.cols, x.rows, [&](int i, int j) { return x(j, i); });
+}
+
+inline Grid grid(const RMATRIX &x) {
+    return grid(x.rows, x.cols, [&](int i, int j) { return x.data[i * RMATRIX_CAPACITY + j]; });
+}
+
+inline Grid grid(const Matrix &x) {
+    return grid(x.m, x.n, [&](int i, int j) { return x.v[i][j]; });
+}
+
+inline std::vector<double *> rows(Grid &x) {
+    std::vector<double *> starts;
+    for (int i = 0; i < x.rows; ++i) starts.push_back(x.data() + i * x.cols);
+    return starts;
 }
 
 // Sums in the order of the inner index.

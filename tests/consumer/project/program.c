@@ -1,3 +1,4 @@
+/* Compiled as C and as C++. */
 #undef NDEBUG
 #include <assert.h>
 #include <mensura/mensura.h>
@@ -15,6 +16,8 @@ int main(void) {
         for (int i = 0; i < 3; i++) hits += is_near(roots[i].re, x) && is_near(roots[i].im, 0);
         assert(hits == 1);
     }
+
+    assert(is_near(CplxDMult(roots[0], CplxDMult(roots[1], roots[2])).re, 6));
 
     TIIRFilter filter;
     initTIIRFilter(&filter, ptLowPass, 40.0, 360.0);
