@@ -8,8 +8,6 @@
 #include "support/expect.h"
 #include "support/noise.h"
 
-namespace {
-
 constexpr double kPi = std::numbers::pi, kInf = HUGE_VAL, kNaN = NAN;
 
 TEST(Complex, arithmetic_of_small_integers_is_exact) {
@@ -91,5 +89,3 @@ TEST(Complex, values_are_those_of_mpmath) {
     EXPECT_CLOSE(CplxDPow(z, -1.5), getCplxD(0.014334108262129124737, 0.567992429078886959), tolerance);
     EXPECT_CLOSE(CplxDPow(w, 0.25), getCplxD(0.94905857027491380291, 0.83938856798700760251), tolerance);
 }
-
-}  // namespace

@@ -18,25 +18,21 @@
 using namespace mensura::sos;
 using std::numbers::pi;
 
-namespace {
-
 constexpr double kRate = 1000, kCutoff = 150;  // Hz
 
 // With a gain of 3 dB; the band types are 50 Hz wide.
-IIRCoeffs design(int pass_type, int family, int poles) {
+static IIRCoeffs design(int pass_type, int family, int poles) {
     return CalcIIRFilterCoeff({pass_type, 2 * kCutoff / kRate, 0.1, 3, {family, poles, 0.5, 60, 0.5}});
 }
 
-double sine_of_half(double frequency) { return std::sin(pi * frequency / kRate); }
+static double sine_of_half(double frequency) { return std::sin(pi * frequency / kRate); }
 
 // 1 / (1 - r z^-1)^2 with a pole so near to 1 that the coefficients are exact and their sum has eleven bits left.
 constexpr double kOneMinusR = 0x1p-20, kR = 1 - kOneMinusR;
 constexpr Section kSlow[] = {{1, 0, 0, 1, -2 * kR, kR *kR}};
 
 // A resonance; its magnitude is largest, 1 / ((1 - r^2) sin(theta)), where cos(omega) = cos(theta) (1 + r^2) / (2 r).
-Section resonance(double r, double theta) { return {1, 0, 0, 1, -2 * r * std::cos(theta), r * r}; }
-
-}  // namespace
+static Section resonance(double r, double theta) { return {1, 0, 0, 1, -2 * r * std::cos(theta), r * r}; }
 
 TEST(Sos, ResponseIsThatOfIIRFreqResponse) {
     constexpr int kPoints = 200;

@@ -11,8 +11,6 @@
 #include "machines/groups.h"
 #include "support/expect.h"
 
-namespace {
-
 constexpr std::size_t kThreads = 4;
 
 void in_threads(auto f) {  // f(0), f(1), ... at the same time
@@ -20,7 +18,7 @@ void in_threads(auto f) {  // f(0), f(1), ... at the same time
     for (std::size_t i = 0; i < kThreads; ++i) threads.emplace_back([=] { f(i); });
 }
 
-std::vector<Results> results_of(std::span<const Group> groups, std::size_t first) {
+static std::vector<Results> results_of(std::span<const Group> groups, std::size_t first) {
     std::vector<Results> results(groups.size());
     for (std::size_t i = 0; i < groups.size(); ++i) {
         const std::size_t at = (first + i) % groups.size();
@@ -56,5 +54,3 @@ TEST(Threads, may_print_at_the_same_time) {
     EXPECT_EQ(std::ranges::count(out, '\n'), kThreads * 5);  // two rules, the size, two rows
     EXPECT_EQ(std::ranges::count(out, '1'), kThreads * 2);
 }
-
-}  // namespace

@@ -7,8 +7,6 @@
 
 #include "program.h"
 
-namespace {
-
 TEST_F(CommandLine, demo_shows_the_electrocardiogram_both_ways) {
     ASSERT_EQ(run("demo -o ecg.csv"), 0) << err;
     EXPECT_EQ(err, "");
@@ -31,5 +29,3 @@ TEST_F(CommandLine, demo_shows_the_electrocardiogram_both_ways) {
     EXPECT_EQ(shell("xmllint --noout ecg.svg && grep -o 'zero-phase' ecg.svg | wc -l"), 0) << err;
     EXPECT_GE(std::strtol(out.c_str(), nullptr, 10), 2) << "in both panels";
 }
-
-}  // namespace

@@ -2,8 +2,6 @@
 
 #include "program.h"
 
-namespace {
-
 // Two columns alike, each with a filter of its own, at 360 Hz; the times are rounded to microseconds.
 TEST_F(CommandLine, filter_gives_the_samples_of_the_library) {
     const std::vector<double> x = signal(500);
@@ -82,5 +80,3 @@ TEST_F(CommandLine, input_from_a_terminal_gets_help) {
     EXPECT_EQ(shell("timeout 20 script -qec \"$M " + kLowpass + "\" /dev/null"), 2);
     EXPECT_HAS(out, "mensura filter [OPTIONS] TYPE [FILE]");
 }
-
-}  // namespace

@@ -4,8 +4,6 @@
 
 #include "program.h"
 
-namespace {
-
 TEST_F(CommandLine, files_appear_only_when_they_are_complete) {
     ASSERT_EQ(shell("mkdir d && echo old >d/old && { seq 100000; echo x; } >x.csv"), 0);
     for (const char *file : {"d/new", "d/old"}) {
@@ -71,5 +69,3 @@ TEST_F(CommandLine, without_memory_no_result_is_wrong) {
         0);
     EXPECT_EQ(out, "");
 }
-
-}  // namespace

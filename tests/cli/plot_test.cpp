@@ -2,8 +2,6 @@
 
 #include "program.h"
 
-namespace {
-
 // The curves in an SVG that xmllint finds well-formed and that have a path.
 const std::string kCurves =
     "xmllint --xpath \"count(//*[starts-with(@id, 'gnuplot_plot')][.//*[local-name() = 'path']])\" ";
@@ -49,5 +47,3 @@ TEST_F(CommandLine, pictures_of_long_records_stay_small) {
     EXPECT_GT(read("x.svg").size(), 20000u);
     EXPECT_LT(read("x.svg").size(), 300000u);
 }
-
-}  // namespace

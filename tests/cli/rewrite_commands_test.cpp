@@ -8,8 +8,6 @@
 
 #include "program.h"
 
-namespace {
-
 TEST_F(CommandLine, smooth_runs_the_smoother_asked_for) {
     const std::vector<double> x = signal(15);
     const std::string lines = "@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n";
@@ -71,7 +69,8 @@ TEST_F(CommandLine, streams_answer_line_by_line) {
 }
 
 // The estimates of one axis, as docs/kalman.md has it; NaN: no measurement.
-std::vector<std::array<double, 3>> kalman(const std::vector<double> &z, double dt, double qaa, double r, double p) {
+static std::vector<std::array<double, 3>> kalman(const std::vector<double> &z, double dt, double qaa, double r,
+                                                 double p) {
     static KalmanFilter kf;
     std::array<double, 9> a, q, big_p;
     std::array<double, 3> c, x{z.front(), 0, 0};
@@ -142,5 +141,3 @@ TEST_F(CommandLine, wrong_calls_and_input_are_refused) {
     write("still.csv", "x\n1\n1\n1\n1\n1\n1\n1\n1\n1\n");
     expect_refused("track --q 0 --r 1e-17 --rate 1 still.csv", "choose units in which --r is above 1e-12", 1);
 }
-
-}  // namespace

@@ -2,12 +2,10 @@
 
 #include "program.h"
 
-namespace {
-
 using Complex = std::complex<double>;
 
 // The polynomial with these roots, highest power first.
-std::vector<Complex> polynomial_of(const std::vector<std::vector<double>> &roots, double leading) {
+static std::vector<Complex> polynomial_of(const std::vector<std::vector<double>> &roots, double leading) {
     std::vector<Complex> c{leading};
     for (const std::vector<double> &z : roots) {
         c.emplace_back(0);
@@ -50,5 +48,3 @@ TEST_F(CommandLine, roots_refuses_what_is_no_polynomial) {
     EXPECT_EQ(run("roots $(yes 1 | head -101) --plot-script"), 0);
     EXPECT_HAS(out, "unit circle");
 }
-
-}  // namespace

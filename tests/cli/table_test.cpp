@@ -2,8 +2,6 @@
 
 #include "program.h"
 
-namespace {
-
 // Everything but the numbers of the one column of them comes back as it stood.
 TEST_F(CommandLine, tables_keep_their_form) {
     const std::vector<double> x{0.1, -3, 1e-7, 123456.789}, y = filtered(x);
@@ -52,5 +50,3 @@ TEST_F(CommandLine, faults_of_a_table_are_named_with_their_place) {
     expect_refused(kLowpass + "nothere.csv", "nothere.csv: No such file");
     expect_refused(kLowpass + ".", ".: is a directory");
 }
-
-}  // namespace

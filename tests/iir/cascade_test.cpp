@@ -9,8 +9,6 @@
 #include "support/noise.h"
 #include "support/reference/iir.h"
 
-namespace {
-
 using namespace designs;
 
 TEST(IIRFilter, runs_each_section_and_starts_as_if_its_first_input_had_lasted_for_ever) {
@@ -31,5 +29,3 @@ TEST(IIRFilter, runs_each_section_and_starts_as_if_its_first_input_had_lasted_fo
         EXPECT_SAME_BITS(registers(f), registers(expected));
     }
 }
-
-}  // namespace

@@ -10,12 +10,10 @@
 #include "support/noise.h"
 #include "support/reference/iir.h"
 
-namespace {
-
 using namespace designs;
 
 // Section `count` becomes 1/1, which changes no magnitude and comes back with the scale in its Den0.
-void expect_plain_corner(int count, LowPassProto p) {
+static void expect_plain_corner(int count, LowPassProto p) {
     p.Den2[count] = p.Den1[count] = p.Num2[count] = p.Num1[count] = 0.0;
     p.Den0[count] = p.Num0[count] = 1.0;
     const double corner = reference::corner(p, count + 1);
@@ -103,5 +101,3 @@ TEST(SetCornerFreq, finds_the_plain_corner_on_a_plateau_at_the_level) {
             expect_plain_corner(count, p);
         }
 }
-
-}  // namespace

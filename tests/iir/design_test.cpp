@@ -16,13 +16,11 @@
 #include "support/expect.h"
 #include "support/reference/iir.h"
 
-namespace {
-
 using namespace designs;
 using namespace mensura;
 
 template <typename F>
-void for_all_designs(std::span<const int> passes, std::initializer_list<double> cutoffs, F check) {
+static void for_all_designs(std::span<const int> passes, std::initializer_list<double> cutoffs, F check) {
     for (const int pass : passes)
         for (const iir::Family &family : kFamilies)
             for (int poles = 1; poles <= family.max_poles; ++poles)
@@ -36,13 +34,13 @@ void for_all_designs(std::span<const int> passes, std::initializer_list<double> 
 
 using Section = std::array<double, 6>;
 constexpr Section kEmpty{};
-Section section(const IIRCoeffs &c, int k) { return {c.a0[k], c.a1[k], c.a2[k], c.b0[k], c.b1[k], c.b2[k]}; }
+static Section section(const IIRCoeffs &c, int k) { return {c.a0[k], c.a1[k], c.a2[k], c.b0[k], c.b1[k], c.b2[k]}; }
 
 using Complex = std::complex<long double>;
 
 // The response at f (1 is Nyquist) that a section of the prototype shall have: with a gain of one at DC, at the s that
 // the pass type gives to u = (2/T) (1 - z^-1) / (1 + z^-1).
-Complex requested(const IIRDesignSpec &spec, const LowPassProto &p, int k, double f) {
+static Complex requested(const IIRDesignSpec &spec, const LowPassProto &p, int k, double f) {
     constexpr long double kQuarter = std::numbers::pi_v<long double> / 2;
     const double fc = spec.NormCutoff, factor = 0.8 * std::tan((1 + std::min(fc, 0.95)) * std::numbers::pi / 4);
     const long double Q = fc / spec.NormBandwidth / factor;
@@ -59,7 +57,7 @@ Complex requested(const IIRDesignSpec &spec, const LowPassProto &p, int k, doubl
 // How far rounding may move the response at f, relative to it.  A coefficient in error by an ulp moves its polynomial's
 // value by that much of the largest term.  Fifty ulps of this condition is the worst seen in any family, order and
 // type: a band-pass, whose halves come from a root search.
-double rounding(const IIRCoeffs &c, double f) {
+static double rounding(const IIRCoeffs &c, double f) {
     const sos::RecordSections sections(c);
     double condition = 0;
     for (const sos::Section &s : sections.cascade()) {
@@ -199,7 +197,7 @@ TEST(IirDesign, any_number_of_poles_pass_type_or_family_stays_inside_the_record)
     }
 }
 
-[[gnu::noinline]] void poison_stack(unsigned long long value) {
+[[gnu::noinline]] static void poison_stack(unsigned long long value) {
     volatile unsigned long long area[1 << 12];
     for (volatile unsigned long long &word : area) word = value;
 }
@@ -226,5 +224,3 @@ TEST(IirDesign, degenerate_requests_give_the_same_bits_in_bounded_time_without_m
                     EXPECT_SAME_BITS(numbers(second), numbers(first));
                 }
 }
-
-}  // namespace

@@ -11,12 +11,10 @@
 #include "support/noise.h"
 #include "support/reference/iir.h"
 
-namespace {
-
 using namespace designs;
 
 // FilterWithIIR for n of the samples, and SectCalc for those after them.
-void expect_block_filter(const IIRCoeffs &c, const std::vector<double> &x, int n) {
+static void expect_block_filter(const IIRCoeffs &c, const std::vector<double> &x, int n) {
     std::vector out = x, expected = x;
     const bool in_place = (n + c.NumSections) % 2 != 0;
     FilterWithIIR(in_place ? out.data() : x.data(), out.data(), n > 0 ? n : -1, c);
@@ -35,7 +33,7 @@ void expect_block_filter(const IIRCoeffs &c, const std::vector<double> &x, int n
     }
 }
 
-void expect_zero_phase(const IIRCoeffs &c, const std::vector<double> &x, int n, support::Noise &noise) {
+static void expect_zero_phase(const IIRCoeffs &c, const std::vector<double> &x, int n, support::Noise &noise) {
     TIIRFilter looped{{}, c, {}, {}, {}, {}, n % 3};
     std::ranges::generate(registers(looped), std::ref(noise));
     TIIRFilter f = looped;
@@ -143,5 +141,3 @@ TEST(dataZeroPhaseFilter, prints_and_uses_the_cutoff_of_the_formula) {
         EXPECT_SAME_BITS(x, y);
     }
 }
-
-}  // namespace

@@ -12,8 +12,6 @@
 #include "support/expect.h"
 #include "support/noise.h"
 
-namespace {
-
 TEST(PrototypeUtility, factorial_and_reverse_coeff) {
     for (const auto &[k, factorial] : {std::pair{-3, 1.0}, {0, 1.0}, {5, 120.0}, {INT_MAX, HUGE_VAL}})
         EXPECT_EQ(Factorial(k), factorial) << k;
@@ -65,7 +63,7 @@ TEST(PrototypeUtility, heap_index_sort_orders_a_permutation) {
 
 using Quadratic = std::array<double, 3>;  // c2, c1, c0
 
-std::vector<Quadratic> sections_of(std::vector<CplxD> roots) {
+static std::vector<Quadratic> sections_of(std::vector<CplxD> roots) {
     std::vector<double> c2(MAX_IIR_SECTIONS), c1 = c2, c0 = c2;
     const int count = GetFilterCoeff(static_cast<int>(roots.size()), roots.data(), c2.data(), c1.data(), c0.data());
     std::vector<Quadratic> sections;
@@ -94,5 +92,3 @@ TEST(PrototypeUtility, sections_of_a_root_list_come_most_damped_first) {
     EXPECT_SAME_BITS(axis, (std::array<CplxD, 3>{{{0, 1}, {0, -2}, {0, -3}}}));
     for (const int count : {-1, 0, 100}) SortRootsByZeta(nullptr, count, 1);
 }
-
-}  // namespace

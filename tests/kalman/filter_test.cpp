@@ -8,11 +8,9 @@
 #include "support/noise.h"
 #include "support/reference/kalman.h"
 
-namespace {
-
 using support::fixed, support::Grid, support::rows;
 
-void fill(Grid &x, support::Noise &noise) {
+static void fill(Grid &x, support::Noise &noise) {
     for (double &element : x.values) element = noise();
 }
 
@@ -88,5 +86,3 @@ TEST(KalmanFilter, resets_exactly_after_a_singular_innovation) {
     initKalmanFilter(kf.get(), &kf->A, &kf->C, &kf->Q, &kf->R, &kf->P, nullptr);
     EXPECT_SAME_MATRIX(kf->x, (Grid{2, 1}));
 }
-
-}  // namespace

@@ -5,10 +5,8 @@
 
 #include "support/expect.h"
 
-namespace {
-
 // Writes cols columns for each of n states, element (i, j) by its formula, and nothing beyond.
-void expect_written(int n, int cols, auto element, auto build, auto... arguments) {
+static void expect_written(int n, int cols, auto element, auto build, auto... arguments) {
     std::vector<double> out(200, 77), expected = out;
     const auto width = static_cast<std::size_t>(std::max(cols, 1)), rows = static_cast<std::size_t>(std::max(n, 0));
     for (std::size_t k = 0; k < rows * width; ++k)
@@ -36,5 +34,3 @@ TEST(KalmanModel, has_its_formulas_in_an_array_of_its_size) {
             n, 3 * n, [](int i, int j) { return i == j; }, getKalmanFilterC);
     }
 }
-
-}  // namespace

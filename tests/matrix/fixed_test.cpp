@@ -5,8 +5,6 @@
 
 #include "samples.h"
 
-namespace {
-
 using namespace samples;
 
 TEST(FixedMatrix, operations_fill_their_corner_or_fail) {
@@ -70,5 +68,3 @@ TEST(FixedMatrix, prints_its_size_and_its_rows) {
                       rows = "0.000000, 1.000000, \n1.000000, 2.000000, \n";
     EXPECT_EQ(testing::internal::GetCapturedStdout(), rule + "row=2, col=2\n" + rows + rule + "matrix is empty\n");
 }
-
-}  // namespace

@@ -3,8 +3,6 @@
 
 #include "samples.h"
 
-namespace {
-
 using namespace samples;
 using support::heap, support::Owner;
 
@@ -41,5 +39,3 @@ TEST(HeapMatrix, has_columns_and_vectors_of_length_0) {
     EXPECT_SAME_BITS(column, std::to_array({x(0, 3), x(1, 3), x(2, 3)}));
     EXPECT_EQ(vnorm(nullptr, -1), 0);
 }
-
-}  // namespace

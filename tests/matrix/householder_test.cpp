@@ -7,12 +7,10 @@
 
 #include "samples.h"
 
-namespace {
-
 using namespace samples;
 using support::heap, support::Owner;
 
-std::pair<Owner, Owner> decompose(const Grid &x) {
+static std::pair<Owner, Owner> decompose(const Grid &x) {
     Matrix *r = nullptr, *q = nullptr;
     householder(heap(x).get(), &r, &q);
     return {Owner{q}, Owner{r}};
@@ -52,12 +50,6 @@ TEST(DataQR, holds_the_matrix_shown_last) {
     EXPECT_EQ(contents(), shown);
     EXPECT_EQ(matrix_show(heap(sample(kSum, 1, 2)).get()), 0);
     EXPECT_EQ(contents(), "0.000000000000000,1.000000000000000,\n" + end);
-    std::filesystem::remove("dataQR.txt");
-    std::filesystem::create_directory("dataQR.txt");  // which cannot be opened, not even by root
-    EXPECT_EQ(matrix_show(q.get()), EOF);
-    EXPECT_EQ(QRtest(), 0);
     std::filesystem::current_path(home);
     std::filesystem::remove_all(dir);
 }
-
-}  // namespace

@@ -3,8 +3,6 @@
 
 #include "samples.h"
 
-namespace {
-
 using namespace samples;
 
 TEST(Inverse, has_the_bits_of_plain_elimination) {
@@ -24,5 +22,3 @@ TEST(Inverse, has_the_bits_of_plain_elimination) {
             if (HasFailure()) return;
         }
 }
-
-}  // namespace

@@ -1,14 +1,12 @@
 // Products of both kinds of matrices.
 #include "samples.h"
 
-namespace {
-
 using namespace samples;
 using support::heap, support::Owner;
 
 constexpr int kSizes[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 100};
 
-void expect_product(Kind kind, int rows, int inner, int cols) {
+static void expect_product(Kind kind, int rows, int inner, int cols) {
     SCOPED_TRACE(testing::Message() << rows << " x " << inner << " x " << cols);
     const Grid x = sample(kind, rows, inner), y = sample(kind, inner, cols);
     const std::optional sums = reference::product(x, y);
@@ -28,5 +26,3 @@ TEST(Product, is_the_sum_of_its_products_in_order) {
     for (const int inner : {256, 257, 700})  // such long sums are taken in parts
         for (const int cols : {1, 3, 8, 13}) expect_product(kNoise, 7, inner, cols);
 }
-
-}  // namespace

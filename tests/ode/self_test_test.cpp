@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-namespace {
-
 TEST(test_rkf45, writes_a_file_in_the_current_directory) {
     const auto dir = std::filesystem::temp_directory_path() / ("ode_test." + std::to_string(getpid()));
     std::filesystem::create_directories(dir / "test_rkf45.txt");  // which cannot be opened as a file
@@ -29,5 +27,3 @@ TEST(test_rkf45, writes_a_file_in_the_current_directory) {
     const double sample[] = {12, -51, 4, 6, 167, -68, -4, 24, -41, -1, 1, 0, 2, 0, 3};
     EXPECT_TRUE(std::equal(std::begin(sample), std::end(sample), in[0]));
 }
-
-}  // namespace

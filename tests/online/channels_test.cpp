@@ -6,13 +6,11 @@
 #include "samples.h"
 #include "support/expect.h"
 
-namespace {
-
 using samples::sample;
 
 // A call for count channels does to each what run does to it alone, in place or not.  On the way some go on from where
 // they were in an earlier call of this, perhaps with another length.
-void expect_each_alone(auto &all, auto init_all, auto run_all, auto init, auto run, auto argument) {
+static void expect_each_alone(auto &all, auto init_all, auto run_all, auto init, auto run, auto argument) {
     support::Noise noise(10);
     init_all(all, 10, 3);
     for (int count = -1; count <= 10; ++count) {
@@ -56,5 +54,3 @@ TEST(Channels, are_each_as_if_alone) {
             amlitude_limit_move_average_filter_online, length);
     }
 }
-
-}  // namespace

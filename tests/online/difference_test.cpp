@@ -5,9 +5,7 @@
 #include "support/reference/online.h"
 #include "support/written.h"
 
-namespace {
-
-void expect_differences(int n, const std::vector<int> &shifts) {
+static void expect_differences(int n, const std::vector<int> &shifts) {
     support::Noise noise(static_cast<unsigned>(n));
     std::vector<double> x(static_cast<std::size_t>(n)), expected;
     for (double &sample : x) sample = samples::sample(noise);
@@ -26,5 +24,3 @@ TEST(CentralDifference, is_its_formula_and_that_of_a_stream_the_same_a_sample_la
     for (int n = 0; n <= 40; ++n) expect_differences(n, {0, 1, 2, 3});
     expect_differences(4000003, {0, 3});  // beyond the caches
 }
-
-}  // namespace

@@ -8,8 +8,6 @@
 #include "support/expect.h"
 #include "support/reference/online.h"
 
-namespace {
-
 TEST(LimitAverage, is_its_two_filters_in_a_row_and_each_of_them_its_rule) {
     constexpr double kLevels[] = {0, 1, 1 + DBL_EPSILON, -1, 7, HUGE_VAL, -HUGE_VAL, NAN};
     support::Noise noise(9);
@@ -37,5 +35,3 @@ TEST(LimitAverage, is_its_two_filters_in_a_row_and_each_of_them_its_rule) {
             }
         }
 }
-
-}  // namespace

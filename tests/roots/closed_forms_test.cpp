@@ -6,8 +6,6 @@
 
 #include "find.h"
 
-namespace {
-
 using namespace roots;
 using real = long double;
 using Polynomial = std::vector<real>;
@@ -96,5 +94,3 @@ TEST(InvertRoots, inverts_all_but_0) {
     EXPECT_EQ(re, (Polynomial{0, 0.5L, 0.5L}));
     EXPECT_EQ(im, (Polynomial{0, 0, 0.5L}));
 }
-
-}  // namespace

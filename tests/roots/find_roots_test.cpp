@@ -10,8 +10,6 @@
 #include "find.h"
 #include "support/hash.h"
 
-namespace {
-
 using namespace roots;
 
 // Tolerances: worst of 1000 polynomials at each of 12 degrees was 2.2e-11 (degree 100); worst median up to degree 30,
@@ -148,5 +146,3 @@ TEST(FindRoots, ends_soon_on_hostile_coefficients) {
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15)) << testing::PrintToString(p);
     }
 }
-
-}  // namespace

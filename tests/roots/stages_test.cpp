@@ -11,8 +11,6 @@
 #include "support/noise.h"
 #include "support/reference/roots.h"
 
-namespace {
-
 using real = long double;
 using Polynomial = std::vector<real>;  // highest power first
 
@@ -91,5 +89,3 @@ TEST(Stages, take_any_pass_and_step) {  // which count steps: the sanitizers loo
         EXPECT_TRUE(std::isfinite(TUV[1] + TUV[2])) << "pass " << pass << ": " << testing::PrintToString(TUV);
     }
 }
-
-}  // namespace

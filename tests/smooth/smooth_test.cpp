@@ -5,11 +5,9 @@
 #include "support/reference/smooth.h"
 #include "support/written.h"
 
-namespace {
-
 using reference::kSmoothers, reference::Smoother;
 
-std::vector<double> noise_with_gaps(int n) {
+static std::vector<double> noise_with_gaps(int n) {
     support::Noise noise(static_cast<unsigned>(n));
     std::vector<double> x(static_cast<std::size_t>(n));
     for (double &sample : x) sample = noise.one_in(64) ? NAN : 8 * noise();
@@ -30,5 +28,3 @@ TEST(Smooth, values_are_least_squares_sums) {
         expect(3000001, {0});  // beyond the caches
     }
 }
-
-}  // namespace

@@ -11,8 +11,6 @@
 #include "support/expect.h"
 #include "support/reference/spectral.h"
 
-namespace {
-
 using namespace signals;
 
 TEST(DFT, has_the_bits_of_a_plain_loop) {
@@ -54,5 +52,3 @@ TEST(Goertzel, has_a_floor_where_nothing_is_left) {
         EXPECT_EQ(SingleFreqDFT(x, n, 0), 0);
     }
 }
-
-}  // namespace

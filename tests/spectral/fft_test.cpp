@@ -13,8 +13,6 @@
 #include "support/expect.h"
 #include "support/reference/spectral.h"
 
-namespace {
-
 using namespace signals;
 
 constexpr int kLargest = 1048576;
@@ -85,5 +83,3 @@ TEST(Spectral, sizes_and_arguments_that_are_not_valid_change_nothing) {
     };
     EXPECT_SAME_BITS(run(call_all, noise(16), 1), noise(16));
 }
-
-}  // namespace

@@ -10,11 +10,9 @@
 #include "signals.h"
 #include "support/expect.h"
 
-namespace {
-
 using signals::Size;
 
-std::vector<double> window(Size n, int kind, double alpha, double beta, int unity_gain = 0) {
+static std::vector<double> window(Size n, int kind, double alpha, double beta, int unity_gain = 0) {
     const auto multiply = [=](double *x, double *, int m) { WindowData(x, m, kind, alpha, beta, unity_gain); };
     std::vector<double> factors;
     for (const signals::Point w : signals::run(multiply, signals::Signal(n, 2), 1)) factors.push_back(w.real() / 2);
@@ -67,5 +65,3 @@ TEST(Bessel, is_its_series_up_to_the_ninth_term_and_Sinc_is_1_around_0) {
     EXPECT_NEAR(Bessel(-10) / 2806.6743218166369, 1, 4 * DBL_EPSILON);
     for (const double x : {-1e-5, 0.0, 9e-6, 4.0}) EXPECT_EQ(Sinc(x), std::fabs(x) < 1e-5 ? 1 : std::sin(x) / x) << x;
 }
-
-}  // namespace
