@@ -46,7 +46,7 @@ def run(command, output):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--json", action="store_true", help="as Google Benchmark has it")
+    parser.add_argument("--json", action="store_true", help="print in the format of Google Benchmark")
     parser.add_argument("program", nargs="?", default="build/release/cli/mensura")
     arguments = parser.parse_args()
     program = arguments.program
@@ -69,7 +69,7 @@ def main():
         with open(ours) as a, open(theirs) as b:
             next(a), next(b)
             difference = max(abs(float(x) - float(y)) for x, y in zip(a, b, strict=True))
-    assert difference < 1e-12, "they do not filter alike"
+    assert difference < 1e-12, "the two outputs differ"
     seconds = [statistics.median(s for s, _ in runs) for runs in measured.values()]
     mib = [max(m for _, m in runs) for runs in measured.values()]
     if arguments.json:

@@ -1,17 +1,18 @@
-// The direct form I loops that a user would write, in two layouts.  Compiled with everything the machine has.
+// The direct form I loops that a user would write, in two layouts.  Compiled with -march=MENSURA_PEER_ARCH, by default
+// native.
 #pragma once
 
 namespace peer {
 
 constexpr int kSections = 3;
 
-// One record a section: coefficients and states beside each other.
+// A record for each section: its coefficients and its state.
 struct Section {
     double b0, b1, b2, a1, a2;
     double x1, x2, y1, y2;
 };
 
-// One array a coefficient and state.
+// An array for each coefficient and each state variable.
 struct Arrays {
     double b0[kSections], b1[kSections], b2[kSections], a1[kSections], a2[kSections];
     double x1[kSections], x2[kSections], y1[kSections], y2[kSections];

@@ -1,4 +1,4 @@
-// Work on matrices in Eigen.  Compiled with everything the machine has.
+// Work on matrices in Eigen.  Compiled with -march=MENSURA_PEER_ARCH, native by default.
 #pragma once
 
 #include <functional>

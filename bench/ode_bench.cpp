@@ -70,7 +70,7 @@ void compare_with_gsl(benchmark::State &state, const Task &task) {
     bench::compare(
         state, static_cast<double>(attempts.size()), [&] { ours = task.solve(swing, nullptr); },
         [&] { run_gsl(false); });
-    run_gsl(true);  // by itself it carries on the solution of order 5
+    run_gsl(true);  // without this GSL continues with the solution of order 5
     state.counters["attempts"] = static_cast<double>(attempts.size());
     state.counters["difference"] = std::abs(ours - peer).max();
 }

@@ -3,8 +3,8 @@
 
     python3 bench/scipy_bench.py [--json] [libmensura.so]        default: build/release/libmensura.so
 
-Prints the best of many rounds, per sample or per point, as a table or as Google Benchmark has it.  Both sides run the
-default low-pass (40 Hz at 360 Hz, three sections), and their results are compared first.  Ours write to arrays that are
+Prints the best of many rounds, per sample or per point, as a table or in the format of Google Benchmark.  Both sides run
+the default low-pass (40 Hz at 360 Hz, three sections), and their results are compared first.  Ours write to arrays that are
 kept; SciPy makes its own in every call.
 """
 
@@ -27,7 +27,7 @@ except ImportError as missing:
 SAMPLES = 1_000_000
 POINTS = 100_000
 ROUNDS = 40
-EDGE = 1000  # samples at either end that the start of a filter may reach: its poles, |z| < 0.62, fade to 1e-16 in 80
+EDGE = 1000  # samples not compared at either end, where the start of a filter shows: its poles, |z| < 0.62, fade to 1e-16 in 80
 LOW_PASS = 0  # ptLowPass
 TOLERANCE = 1e-10  # absolute, of values up to about 1 whose sums are rounded in another order
 

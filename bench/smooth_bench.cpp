@@ -19,7 +19,7 @@ using Numbers = std::valarray<double>;
 // ---- whole records, per sample ----
 
 constexpr Size kSamples = 1000000;
-constexpr double kStep = 0.125;  // exact, and so are the samples
+constexpr double kStep = 0.125;  // a power of two, so that all samples are exact
 
 Numbers straight_line() {
     Numbers x(kSamples);
@@ -27,7 +27,7 @@ Numbers straight_line() {
     return x;
 }
 
-// Either writes to pages of its own, which exist.  `expected` is what a straight line becomes.
+// Both write to memory of their own that has been touched before.  `expected` is what a straight line becomes.
 template <typename Routine>
 void compare_with_copy(benchmark::State &state, Routine routine, const Numbers &expected) {
     const Numbers x = straight_line();
@@ -65,7 +65,7 @@ void move_average_filter_online_against_ordered_sum(benchmark::State &state) {
     MovingAverageOnline average;
     init_move_average_filter_online(&average, kLength);
     double mean = 0, sum = 0;
-    // Every sample comes back to its place: the window stays as it is.
+    // Every sample is written to the place where it was: the window stays as it is.
     const auto step = [&] { mean = move_average_filter_online(&average, window[static_cast<Size>(average.Pos)]); };
     for (Size i = 0; i < kLength; ++i) step();
     bench::compare(

@@ -1,4 +1,4 @@
-// Transforms and data windows.  Ours take memory and make their factors in every call, and that is timed.
+// Transforms and data windows.  Ours allocate memory and compute their twiddle factors in every call, which is timed.
 
 #include <mensura/spectral.h>
 
@@ -56,8 +56,8 @@ double difference(const Spectrum &ours, const Spectrum &peer) {
 
 // ---- fast transforms ----
 
-// A round is long against the clock's resolution.  Two transforms in place divide (ours) or multiply (not normalised)
-// the data by n: within a round by 2^384 at most, far from subnormals and infinity.
+// A round takes much longer than the clock's resolution.  Two transforms in place divide (ours) or multiply (not
+// normalised) the data by n: within a round by 2^384 at most, far from subnormals and infinity.
 template <typename Peer>
 void compare_transforms(benchmark::State &state, Signal &signal, Peer transform) {
     const int n = static_cast<int>(state.range(0)), count = std::max(8192 / n, 1);
@@ -70,7 +70,7 @@ void compare_transforms(benchmark::State &state, Signal &signal, Peer transform)
     bench::compare(state, count, repeat(ours), repeat(transform), [&] { signal.restore(); });
 }
 
-// Once more from the noise; `peer` is not normalised.
+// Transforms the noise once more and compares it with `peer`, which is not normalised.
 [[maybe_unused]] double difference_to(Spectrum peer, Signal &signal) {
     for (auto &bin : peer) bin /= static_cast<double>(peer.size());
     signal.restore();
@@ -85,7 +85,7 @@ void compare_transforms(benchmark::State &state, Signal &signal, Peer transform)
 
 #ifdef MENSURA_HAVE_FFTW
 
-// In place, split arrays, a plan that FFTW has measured; kept.
+// In place, on split arrays, with a plan that FFTW has measured before and that is kept.
 void FFT_against_FFTW(benchmark::State &state) {
     Signal signal(size_of(state));
     double *const re = signal.re.data(), *const im = signal.im.data();
@@ -103,7 +103,7 @@ MENSURA_COMPARE_SIZES(FFT_against_FFTW);
 #endif
 #ifdef MENSURA_HAVE_KISSFFT
 
-// Plan and output are kept, or made in every call as ours do.
+// Plan and output are kept, or made in every call as in our FFT.
 void compare_with_KissFFT(benchmark::State &state, bool kept) {
     Signal signal(size_of(state));
     const Spectrum in = interleaved(signal.re, signal.im);
@@ -202,7 +202,7 @@ MENSURA_COMPARE(RealSigDFT_against_loop, 200)->Arg(1000);
 
 // ---- data windows, per sample ----
 
-// Against the cosines of one half alone: what a symmetric window of one cosine a point cannot do without.
+// Against the cosines of one half alone: the least that a symmetric window with one cosine a point has to compute.
 void compare_with_cosines(benchmark::State &state, int kind, double beta) {
     const Size n = size_of(state);
     const Samples original = noise(n, 1);

@@ -1,4 +1,4 @@
-# Debian packages: the library, what other programs are built with, the companion program; a changelog in each.
+# Debian packages: the library, the files for building programs with it, the companion program; a changelog in each.
 
 # Calls of the C library that check the sizes they can know, as all of Debian's packages have them.
 foreach(target mensura mensura_avx2)

@@ -53,7 +53,7 @@ LANES_INLINE Channels output(const Terms &t, Channels u) {
     return fed_back(fed_forward(t.b0 * u, t.b1_x1, t.b2_x2), t.a1_y1, t.a2_y2);
 }
 
-// Sections k and k + 1 of two channels with the inputs u; returns their outputs.
+// Runs sections k and k + 1 of two channels with the inputs u; returns their outputs.
 LANES_INLINE Channels run_two_sections(TIIRFilter &f, TIIRFilter &g, std::size_t k, Channels u) {
     const Terms of_f = terms_of(f, k), of_g = terms_of(g, k);
     const Channels v = output(first_section(of_f, of_g), u), y = output(second_section(of_f, of_g), v);
@@ -72,8 +72,8 @@ LANES_INLINE bool are_unscaled(const TIIRFilter &f, std::size_t k) {
     return ones;
 }
 
-// The leading pairs of primed channels that have `sections` sections each, none with a scale.  The number is known to
-// the compiler, which unrolls the loops over the sections.
+// Runs the leading pairs of primed channels that have `sections` sections each, none with a scale.  The compiler knows
+// the number of sections and unrolls the loops over them.
 template <std::size_t sections>
 LANES_INLINE int run_alike(TIIRFilter *filters, int count, const double *in, double *out) {
     const auto fits = [](const TIIRFilter &f) LANES_LAMBDA {
@@ -92,8 +92,8 @@ LANES_INLINE int run_alike(TIIRFilter *filters, int count, const double *in, dou
     return i;
 }
 
-// The leading pairs of primed channels: two sections at a time as long as both channels have them without a scale, then
-// one after the other.
+// Runs the leading pairs of primed channels: two sections at a time as long as both channels have them without a scale,
+// then one section after the other.
 LANES_INLINE int run_any(TIIRFilter *filters, int count, const double *in, double *out) {
     int i = 0;
     for (; i + 1 < count && filters[i].Primed != 0 && filters[i + 1].Primed != 0; i += 2) {

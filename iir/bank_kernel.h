@@ -7,9 +7,9 @@
 
 namespace mensura::iir {
 
-// One sample in[i] of each channel i, from channel 0 on, two channels at a time, until a pair has to run one by one;
-// returns the number of channels that have run.  Outputs and registers have the bits that IIRFilter gives.  Neither
-// array overlaps the filters, and out is in or does not overlap it.
+// Runs one sample in[i] of each channel i, from channel 0 on, two channels at a time, and stops at the first pair whose
+// channels have to run one after the other.  Returns the number of channels that have run.  Outputs and registers have
+// the bits that IIRFilter gives.  Neither array overlaps the filters, and out is in or does not overlap it.
 using RunPairs = int(TIIRFilter *filters, int count, const double *in, double *out);
 MENSURA_KERNEL(RunPairs, run_pairs);
 

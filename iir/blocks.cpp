@@ -28,7 +28,7 @@ void clear_registers() {
     shared.MaxRegVal = kMaxRegValAtRest;
 }
 
-// Comes before every section call.
+// To be called before each section runs: clears the registers after a blow-up and at the start of a record.
 void start_section(bool starts_record) {
     const bool blown_up = shared.MaxRegVal > kBlowUp;
     if (blown_up) shared.MessageShown = 1;

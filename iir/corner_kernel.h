@@ -16,8 +16,8 @@ struct AnalogCascade {
 inline constexpr double kCornerLevel = 0.7071;     // of the magnitude at DC
 inline constexpr double kGridStep = 0.001953125;   // 1/512 rad/s
 inline constexpr int kLastPoint = 5999;            // of the grid
-inline constexpr int kPointsAtOnce = 8;            // which the screen evaluates, maybe beyond the last
-inline constexpr double kSmallestProduct = 1e-30;  // for which the screen decides
+inline constexpr int kPointsAtOnce = 8;            // that the screen evaluates; some may lie beyond the last one
+inline constexpr double kSmallestProduct = 1e-30;  // smaller ones are left to the exact evaluation
 
 // The first point from `point` on at which |g H(jw)| may be below the corner level, or one beyond the last.
 using FirstDoubtfulPoint = int(const AnalogCascade &c, double g, int point);

@@ -49,7 +49,7 @@ bool nearly_equal(CplxD a, CplxD b) {
     return std::fabs(a.re - b.re) < kNear && std::fabs(a.im - b.im) < kNear;
 }
 
-// Moves the later ones of near duplicates into the right half-plane, whose roots make no sections.
+// Of roots that are nearly equal, moves all but the first into the right half-plane, whose roots make no sections.
 void discard_duplicates(CplxD *roots, int count) {
     for (int i = 0; i < count - 1; ++i)
         for (int j = i + 1; j < count; ++j)

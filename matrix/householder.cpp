@@ -177,7 +177,7 @@ class FiniteReflections {
     MatrixOwner product_, next_product_;  // of the reflections: rows from k on
     MatrixOwner z_, next_z_;              // what is left of x: rows and columns from k on
     mensura::Scratch<double> vectors_;    // the column of a step, then v
-    std::optional<std::size_t> axis_;     // where v is an axis
+    std::optional<std::size_t> axis_;     // along which v lies, if it lies along one
 };
 
 MatrixOwner reflections(const Matrix &x) {

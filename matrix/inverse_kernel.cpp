@@ -141,8 +141,8 @@ LANES_INLINE void move_pivot(Elimination &e, const Pivot &pivot, std::size_t k, 
     }
 }
 
-// Row k and column k take part in step k: the updates of the block's s earlier steps, which they deferred.  The column
-// goes to m.
+// Step k needs row k and column k up to date: they get the deferred updates of the block's s earlier steps.  The column
+// is copied to m.
 LANES_INLINE void catch_up(Elimination &e, std::size_t k, std::size_t block, std::size_t s) {
     const std::size_t pad = e.pad, col = pad + k;
     for (std::size_t t = 0; t < s; ++t) update(e.b[k], e.q[t], e.m[t][col], 0, pad + block);

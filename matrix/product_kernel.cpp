@@ -42,7 +42,7 @@ struct NarrowColumns {
     }
 };
 
-// Where a tile reads lane c of row k of b: in a record,
+// A tile reads lane c of row k of b straight from a matrix of fixed capacity.
 template <typename C>
 struct InRecord {
     RecordRows<const double> b;
@@ -50,8 +50,8 @@ struct InRecord {
     [[nodiscard]] LANES_INLINE Lanes get(std::size_t k, std::size_t c) const { return columns.get(b.row(k), c); }
 };
 
-// or in a copy that has the tile's columns next to each other, kDepth rows at a time: at most 24 KB, which stay in the
-// first cache.
+// A tile reads lane c of row k of b in a copy that has the tile's columns next to each other, kDepth rows at a time: at
+// most 24 KB, which stay in the first cache.
 constexpr std::size_t kDepth = 256;
 template <typename C>
 struct Packed {

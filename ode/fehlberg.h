@@ -24,7 +24,7 @@ inline constexpr PerStage kSolution = {0.115740740740741, 0, 0.548927875243665, 
 inline constexpr PerStage kError = {0.002777777777778,  0,    -0.029941520467836,
                                     -0.029199893673578, 0.02, 0.036363636363636};
 
-// ---- Its order, checked --------------------------------------------------------------------------------------------
+// ---- The order of the method, checked ------------------------------------------------------------------------------
 
 constexpr PerStage operator*(const PerStage &u, const PerStage &v) {
     PerStage product{};

@@ -2,7 +2,6 @@
 
 #include <mensura/ode.h>
 
-#include <algorithm>
 #include <cstdio>
 
 double in[5][3] = {{12, -51, 4}, {6, 167, -68}, {-4, 24, -41}, {-1, 1, 0}, {2, 0, 3}};

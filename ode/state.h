@@ -3,7 +3,6 @@
 
 #include <mensura/ode.h>
 
-#include <cmath>
 #include <cstddef>
 
 namespace mensura::ode {
@@ -26,7 +25,7 @@ inline double larger(double a, double b) { return a > b ? a : b; }
 
 enum Result : int { kDone = 0, kTimeError = -1, kOverflow = -2, kStepLimit = -3 };
 
-// Prints the line of a failure and returns it.
+// Prints the message of a failure; returns the result.
 int report(Result result);
 
 }  // namespace mensura::ode

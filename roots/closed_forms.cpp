@@ -21,7 +21,7 @@ constexpr double kSin30 = 0.49999999999999994, kCos30 = 0.8660254037844387;
 
 constexpr real kTwoToMinus50 = 0x1p-50L;
 constexpr real kSmallA1 = 1e-5;            // of the resolvent cubic
-constexpr real kManyTimes = 1e20;          // a coefficient so many times smaller than another counts as 0
+constexpr real kManyTimes = 1e20;          // a coefficient this many times smaller than another counts as 0
 constexpr real kSmallConstantTerm = 1e-8;  // of a factor of the quartic: all four roots are then the same
 constexpr real kAboveAllRoots = 1e100;
 
@@ -105,8 +105,8 @@ struct Factors {
     real n, g;
 };
 
-// Whether q counts as 0, so that the quartic is one in z^2.  A0 = -(q/8)^2 tells: a tiny one counts as 0, except where
-// |b| and |d| differ and A1 is tiny too, where only 0 does.
+// Whether q counts as 0, so that the quartic is one in z^2.  A0 = -(q/8)^2 is compared instead of q, which counts as 0
+// where A0 is tiny or far smaller than A1.  Where |b| and |d| differ and A1 is tiny too, A0 has to be 0.
 bool is_biquadratic(const Quartic &f) {
     const bool only_zero_counts = std::fabs(std::fabs(f.b) - std::fabs(f.d)) >= kTwoToMinus50 &&
                                   f.A0 > -kTwoToMinus50 && std::fabs(f.A1) < kSmallA1;

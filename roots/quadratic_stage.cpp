@@ -12,8 +12,8 @@ namespace {
 constexpr int kSteps = 20;
 constexpr int kDampedSteps = 3;
 constexpr real kDamping = 0.75;
-constexpr int kLastEarlyStep = 18;  // the tests of the size of a step begin behind it
-constexpr real kFarBeyond = 10;     // a step so many times larger than what it changes leads nowhere
+constexpr int kLastEarlyStep = 18;  // the tests of the size of a step begin after it
+constexpr real kFarBeyond = 10;     // a step this many times larger than what it changes leads nowhere
 constexpr real kShortOfZero = 0.9;  // the part of a step that is taken where all of it leads to v = 0
 constexpr real kAboveAllErrors = 1e100;
 

@@ -1,5 +1,5 @@
 // Shared by the files of this folder: operations on polynomials, and the two iterations with the state that they keep
-// between steps as an argument.  Coefficients stand by descending power.
+// between steps as an argument.  Coefficients are ordered by descending power.
 #pragma once
 
 namespace mensura::roots {
@@ -8,11 +8,11 @@ using real = long double;
 
 // Decimal fractions have no suffix L, here and in the other files, and so are rounded to double: the last bits of the
 // roots depend on it.
-inline constexpr real kNegligible = 1e-30;  // a trailing coefficient this many times its neighbour: a root at 0
+inline constexpr real kNegligible = 1e-30;  // a last coefficient of at most this many times its neighbour: a root at 0
 inline constexpr real kHuge = 1e200;
 inline constexpr real kTwoToMinus63 = 0x1p-63L;
-inline constexpr real kErrorScale = 16;  // the error of a root is what P has there, in units of 16 n^2 |P[N]|; of a
-                                         // quadratic factor what the division leaves, in units of 16 n^3 |P[N]|
+inline constexpr real kErrorScale = 16;  // the error of a root is |P| at the root, in units of 16 n^2 |P[N]|; that of a
+                                         // quadratic factor is the remainder of its division, in units of 16 n^3 |P[N]|
 
 inline constexpr int kNumAngles = 180;
 

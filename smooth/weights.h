@@ -17,7 +17,7 @@ struct Row {
 template <std::size_t kWindow>
 using Table = std::array<Row<kWindow>, kWindow / 2 + 1>;
 
-// A constant must come back, so the weights of a row add up to its divisor.
+// A constant must be smoothed to itself, so the weights of a row add up to its divisor.
 template <std::size_t kWindow>
 consteval Table<kWindow> checked(const Table<kWindow> &table) {
     for (const Row<kWindow> &row : table) {

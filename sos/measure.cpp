@@ -24,8 +24,8 @@ struct Quadratic {  // Q = c0 + c1 z^-1 + c2 z^-2
 Quadratic numerator(const Section &s) { return {s.b0, s.b1, s.b2}; }
 Quadratic denominator(const Section &s) { return {s.a0, s.a1, s.a2}; }
 
-// Near z = 1 and z = -1, where the poles of low and high cut-offs lie, next to nothing is left of the terms of Q.
-// There these two sums are exact in the order that they have: each difference is one of numbers within a factor of two.
+// Near z = 1 and z = -1, where the poles of low and high cut-offs lie, the terms of Q nearly cancel.  There these two
+// sums are exact in this order, because each subtraction is of numbers within a factor of two of each other.
 double at_plus_one(const Quadratic &q) { return q.c0 + q.c1 + q.c2; }
 double at_minus_one(const Quadratic &q) { return q.c0 - q.c1 + q.c2; }
 
@@ -45,8 +45,8 @@ struct Angle {
 };
 
 // exp(i theta) Q = c1 + (c0 + c2) cos(theta) + i (c0 - c2) sin(theta).  The cosine is written as its difference from
-// 1 or -1, the nearer one, so that only small terms meet where Q is small.  The factor exp(i theta) cancels in a
-// quotient.
+// 1 or -1, whichever is nearer, so that only small terms are added where Q is small.  The factor exp(i theta) cancels
+// in a quotient.
 Complex turned_value(const Quadratic &q, const Angle &theta) {
     const double even = q.c0 + q.c2;
     const double real = theta.nearer_to_zero() ? at_plus_one(q) - even * theta.one_minus_cosine()
@@ -76,7 +76,8 @@ double second_order_delay(const Quadratic &q, const Angle &theta) {
     return 1 + (q.c2 - q.c0) * sum / std::norm(turned_value(q, theta));
 }
 
-// Zeros on the circle come out of the formulas as 0 / 0 at their own frequency, so their half samples are taken first.
+// For zeros on the circle the formulas give 0 / 0 at their own frequency, so their delay of half a sample each is split
+// off first.
 double zeros_delay(const Quadratic &q, const Angle &theta) {
     const double size = std::max({std::abs(q.c0), std::abs(q.c1), std::abs(q.c2)});
     if (size == 0) return kNaN;
@@ -124,7 +125,7 @@ void add_around(Complex root, double even_step, std::vector<double> &angles) {
 template <typename Function>
 double maximum(Function f, double from, double to) {
     constexpr double kRatio = 0.61803398874989485;  // (sqrt(5) - 1) / 2
-    constexpr int kSteps = 40;                      // 4e-9 of the interval, of which the maximum has the square
+    constexpr int kSteps = 40;  // down to 4e-9 of the interval; the maximum errs by about the square
     double left = to - kRatio * (to - from), right = from + kRatio * (to - from);
     double at_left = f(left), at_right = f(right);
     for (int i = 0; i < kSteps; ++i) {

@@ -47,8 +47,8 @@ struct Band {
 };
 Band band_around(Cascade cascade, double rate, double threshold, double frequency, std::span<const double> grid);
 
-// The extremes of the magnitude from one frequency to another, both included: the best points of the grid and, by
-// golden-section search, of what lies between them and their neighbours.
+// The extremes of the magnitude from one frequency to another, both included.  They are searched for among the points
+// of the grid, and then by golden section between the best point and its neighbours.
 struct Extremes {
     double lowest, highest;
 };

@@ -8,7 +8,7 @@
 //      cache meanwhile
 //   3. the last two stages, scaled, into the caller's arrays
 //
-// The inverse is the forward transform with re and im exchanged: that makes the butterflies of one those of the other.
+// The inverse is the forward transform with re and im exchanged, so that both run the same butterflies.
 
 #include "fft_kernel.h"
 

@@ -58,8 +58,8 @@ constexpr std::uint32_t bit_reversed(std::uint32_t v) {
 // column, which are far apart in the input, become neighbours in bit-reversed order while both are in the cache.
 constexpr std::size_t kTileRows = 8;
 constexpr std::size_t kTiledVectors = 1024;  // smaller transforms fit the cache without tiles
-constexpr std::size_t kNarrow = 8;           // columns of a tile, in doubles: one cache line,
-constexpr std::size_t kWide = 32;            // four lines
+constexpr std::size_t kNarrow = 8;           // columns of a tile, in doubles: one cache line
+constexpr std::size_t kWide = 32;            // columns of a tile where rows are long: four cache lines
 constexpr std::size_t kLongRow = 2048;       // from this length of a row on, wide tiles are faster
 
 constexpr std::size_t kCachedVectors = 256;       // 16 KB, which stay in the first cache through all passes

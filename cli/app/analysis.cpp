@@ -15,7 +15,7 @@ namespace {
 
 namespace sos = mensura::sos;
 
-// Where the gain is measured that a level is relative to.
+// The frequency at which the reference gain is measured: levels are relative to it.
 double reference_frequency(const IIRDesignSpec &spec, double rate) {
     switch (spec.PassType) {
         case ptHighPass: return 0.5 * rate;

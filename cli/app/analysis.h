@@ -26,7 +26,7 @@ struct Achieved {
 
 Achieved analyse(const IIRCoeffs &cascade, const IIRDesignSpec &spec, double rate);
 
-// Why the design should not be used; empty when nothing speaks against it.
+// The reasons why the design should not be used; empty if there are none.
 std::vector<std::string> warnings_about(const Achieved &achieved);
 
 }  // namespace cli

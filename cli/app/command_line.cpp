@@ -27,7 +27,7 @@ Option &Option::one_at_a_time() {
 
 Command Command::add_command(const std::string &name, const std::string &line, const std::string &examples) const {
     CLI::App *const command = app_->add_subcommand(name, with_examples(line, examples));
-    command->set_help_all_flag();  // is for the program as a whole
+    command->set_help_all_flag();  // --help-all belongs to the program, not to its commands
     return Command(command);
 }
 

@@ -20,7 +20,7 @@ class Option {
     explicit Option(CLI::Option *option) : option_(option) {}
 
     Option &required();
-    Option &type_name(const std::string &name);                    // what stands for its value in the help
+    Option &type_name(const std::string &name);                    // the placeholder of its value in the help
     Option &excludes(std::initializer_list<const char *> others);  // options added before
     Option &one_at_a_time();                                       // may be repeated, with one value each
 
@@ -47,10 +47,10 @@ class Command {
     CLI::App *app_;
 };
 
-// Ends a call that is wrong: says which option, and why.
+// Ends a wrong call with a message that names the option and the reason.
 [[noreturn]] void reject_option(const std::string &option, const std::string &reason);
 
-// A text, and examples of calls below it, as the help of the program and of its commands begins.
+// The first part of the help of the program or of a command: a text, and below it examples of calls.
 std::string with_examples(const std::string &text, const std::string &examples);
 
 }  // namespace cli

@@ -1,4 +1,4 @@
-// The commands, one a file in commands/: each adds itself, its options and what it does to the program.
+// The commands.  Each function adds one, with its options and its action, to the program; it is in commands/<name>.cpp.
 #pragma once
 
 #include "cli/app/command_line.h"

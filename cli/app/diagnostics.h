@@ -1,4 +1,4 @@
-// What ends a run early, an exit status and one line that gives the reason; and remarks, after which the run goes on.
+// Failures, which end the run with an exit status and one line that gives the reason, and remarks, which do not end it.
 #pragma once
 
 #include <fmt/format.h>

@@ -7,7 +7,7 @@
 
 namespace cli {
 
-// One finite number that fills the text, blanks aside; a plus sign may stand before it.
+// The finite number that is the whole text, except for blanks around it; a plus sign may come first.
 std::optional<double> parse_number(std::string_view text);
 
 // ASCII letters in lower case.

@@ -27,7 +27,7 @@ constexpr const char *kExamples =
     "  mensura filter lowpass --cutoff 40Hz --rate 360Hz --plot=ecg.svg ecg.csv > clean.csv\n"
     "  mensura spectrum --window hanning --db ecg.csv\n";
 
-// A command's line in the list of commands is the first of its description.
+// In the list of commands, a command shows only the first line of its description.
 class HelpFormatter : public CLI::Formatter {
   public:
     HelpFormatter() { column_width(28); }
@@ -43,8 +43,8 @@ class HelpFormatter : public CLI::Formatter {
     }
 };
 
-// Numbers below 0 are arguments, not options: CLI11 sees that of -6, not of -.5.  A plain --plot has no value; the
-// argument behind it is its value if it ends like a picture's file.
+// Negative numbers are arguments, not options.  CLI11 knows that of -6 but not of -.5, which becomes -0.5.  --plot
+// takes the next argument as its value only if that ends like the name of a picture; otherwise it gets a value here.
 std::vector<std::string> arguments_of(int argc, char **argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -55,7 +55,7 @@ std::vector<std::string> arguments_of(int argc, char **argv) {
         argument += std::string("=") + (named ? arguments[i + 1] : kPlotInTerminal);
         if (named) arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1);
     }
-    return {arguments.rbegin(), arguments.rend()};  // the order that CLI11 takes them in
+    return {arguments.rbegin(), arguments.rend()};  // CLI11 takes them in reverse
 }
 
 std::string one_line(std::string text) {

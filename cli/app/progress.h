@@ -16,7 +16,7 @@ class Progress {
     Progress &operator=(const Progress &) = delete;
 
     // Shows the line at most once a second, and only where stderr is a terminal and the data go elsewhere.  A total of 0
-    // is not known.
+    // means that it is not known.
     void show(std::size_t bytes, std::size_t total);
 
     // Clears the line, so that a message can take its place.
@@ -25,7 +25,7 @@ class Progress {
   private:
     std::string name_;
     std::chrono::steady_clock::time_point shown_at_ = std::chrono::steady_clock::now();
-    inline static bool on_screen_ = false;  // there is one terminal, and one last line of it
+    inline static bool on_screen_ = false;  // static, because all progress shares the last line of one terminal
 };
 
 }  // namespace cli

@@ -14,7 +14,7 @@ namespace cli {
 struct Unit {
     std::string_view name;
     double factor;
-    bool named = true;  // in help and messages; the others are other spellings
+    bool named = true;  // in help and messages; the rest are other spellings
 };
 
 // The unit that a bare number has comes first.
@@ -23,7 +23,7 @@ inline constexpr Unit kHertz[] = {{"Hz", 1},        {"kHz", 1e3},        {"MHz",
 inline constexpr Unit kDecibel[] = {{"dB", 1}, {"db", 1, false}};
 inline constexpr std::span<const Unit> kPlain;
 
-// A finite number and its unit, with or without a blank between them; what is wrong goes into `error`.
+// A finite number and its unit, with or without a blank between them.  If there is none, `error` says why.
 std::optional<double> parse_quantity(std::string_view text, std::span<const Unit> units, std::string &error);
 
 // An option that takes such a number.

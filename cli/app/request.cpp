@@ -2,11 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <cstddef>
 #include <string>
 
 #include "cli/app/diagnostics.h"
 #include "cli/app/names.h"
 #include "cli/app/quantity.h"
+#include "iir/pass_types.h"
 #include "iir/proto/limits.h"
 
 namespace cli {
@@ -15,22 +17,8 @@ namespace {
 
 using mensura::iir::Family;
 using mensura::iir::kFamilies;
-
-struct PassType {
-    const char *name;
-    int code;
-};
-
-constexpr PassType kPassTypes[] = {{"lowpass", ptLowPass},
-                                   {"highpass", ptHighPass},
-                                   {"bandpass", ptBandPass},
-                                   {"notch", ptNotch},
-                                   {"allpass", ptAllPass}};
-static_assert([] {
-    for (int code = 0; const PassType &type : kPassTypes)
-        if (type.code != code++) return false;
-    return true;
-}());  // a code is the index of its row
+using mensura::iir::kPassTypes;
+using mensura::iir::PassType;
 
 void refuse_outside(const char *option, double frequency, double rate) {
     if (!(frequency > 0 && frequency < 0.5 * rate))
@@ -39,20 +27,19 @@ void refuse_outside(const char *option, double frequency, double rate) {
 
 }  // namespace
 
-bool is_band_type(int pass_type) { return pass_type == ptBandPass || pass_type == ptNotch; }
-const char *pass_type_name(int pass_type) { return kPassTypes[pass_type].name; }
+const char *pass_type_name(int pass_type) { return kPassTypes[static_cast<std::size_t>(pass_type)].word; }
 const char *family_name(int family) { return kFamilies[static_cast<std::size_t>(family)].word; }
 
 void add_filter_request(const Command &app, FilterRequest &request) {
     constexpr mensura::iir::Range kGamma = mensura::iir::kGammaRange;
     ProtoSpec &prototype = request.prototype;
     const auto take_type = [&request](const std::string &text) {
-        request.pass_type = row_named("TYPE", text, kPassTypes, &PassType::name).code;
+        request.pass_type = row_named("TYPE", text, kPassTypes, &PassType::word).code;
     };
     const auto take_family = [&request](const std::string &text) {
         request.prototype.Family = row_named("--family", text, kFamilies, &Family::word).code;
     };
-    app.add_option("TYPE", take_type, joined(kPassTypes, &PassType::name, " or ")).required();
+    app.add_option("TYPE", take_type, joined(kPassTypes, &PassType::word, " or ")).required();
     add_quantity(app, "--cutoff", request.cutoff, kHertz, "cut-off frequency, of band types the centre, in Hz");
     add_rate(app, request.rate, "sampling rate in Hz");
     app.add_option(
@@ -86,7 +73,7 @@ void check_frequencies(const FilterRequest &request, double rate) {
 
 IIRDesignSpec design_spec(const FilterRequest &request, double rate) {
     check_frequencies(request, rate);
-    if (request.bandwidth && !is_band_type(request.pass_type))
+    if (request.bandwidth && !mensura::iir::is_band_type(request.pass_type))
         remark("--bandwidth is for bandpass and notch, and not used here");
     IIRDesignSpec spec = mensura::iir::default_request(request.pass_type, 2 * *request.cutoff / rate);
     if (request.bandwidth) spec.NormBandwidth = 2 * *request.bandwidth / rate;

@@ -20,7 +20,6 @@ struct FilterRequest {
 // TYPE and the options of a design.
 void add_filter_request(const Command &app, FilterRequest &request);
 
-bool is_band_type(int pass_type);
 const char *pass_type_name(int pass_type);
 const char *family_name(int family);
 

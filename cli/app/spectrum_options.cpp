@@ -13,7 +13,7 @@ void add_window_shape(const Command &app, Window &window) {
         app, "--alpha", window.alpha, kPlain,
         fmt::format("fraction of the samples left flat in the window's middle, 0 (default) to {}", kLargestAlpha));
     add_quantity(app, "--beta", window.beta, kPlain,
-                 fmt::format("shape without a unit, 0 to {}; default: {}", kLargestBeta, beta_defaults()));
+                 fmt::format("shape parameter, 0 to {}; default: {}", kLargestBeta, beta_defaults()));
 }
 
 void add_spectrum_options(const Command &app, SpectrumOptions &options) {
@@ -32,7 +32,7 @@ void add_spectrum_options(const Command &app, SpectrumOptions &options) {
     add_scale("--power", Scale::Power, "mean square A^2/2, in the square of the data's unit; at 0 Hz the square")
         .excludes({"--amplitude"});
     add_scale("--db", Scale::Decibel, "20 log10 A, in dB").excludes({"--amplitude", "--power"});
-    app.add_flag("--no-mean", options.no_mean, "take the mean away first");
+    app.add_flag("--no-mean", options.no_mean, "subtract the mean first");
 }
 
 }  // namespace cli

@@ -51,7 +51,7 @@ void compare(CheckedRoots &answer, const std::vector<double> &c) {
 
 // ---- Finding them ---------------------------------------------------------------------------------------------------
 
-// The roots by way of x = 2^exponent t, which rounds nothing; `c` ends in a coefficient other than 0.
+// The roots, found after the substitution x = 2^exponent t, which rounds nothing.  The last coefficient is not 0.
 CheckedRoots solve(const std::vector<double> &c, int exponent) {
     const int degree = static_cast<int>(c.size()) - 1;
     std::vector<double> scaled = c;
@@ -73,13 +73,13 @@ int typical_exponent(const std::vector<double> &c) {
 
 void remark_on_misfit(const CheckedRoots &answer, const std::vector<double> &c) {
     if (answer.roots.empty())
-        remark("no roots are found at first");
+        remark("no roots were found at first");
     else
         remark("the roots found at first do not fit: multiplied out they give {} x^{} instead of {} x^{}",
                answer.rebuilt, answer.power, c[c.size() - 1 - answer.power], answer.power);
 }
 
-// The best scale is the roots' own, and where that fails a neighbour of it helps as a rule.
+// The scale of the roots themselves is the best one as a rule; where it fails, a neighbouring one mostly helps.
 CheckedRoots solve_scaled(const std::vector<double> &c, CheckedRoots best) {
     const int typical = typical_exponent(c);
     for (const int offset : {0, 1, -1, 2, -2}) {
@@ -87,7 +87,7 @@ CheckedRoots solve_scaled(const std::vector<double> &c, CheckedRoots best) {
         CheckedRoots answer = exponent == 0 ? CheckedRoots() : solve(c, exponent);
         if (answer.misfit < best.misfit) best = std::move(answer);
         if (!best.fits()) continue;
-        remark("those found with x = {} t fit", std::ldexp(1.0, exponent));
+        remark("the roots found after the substitution x = {} t fit", std::ldexp(1.0, exponent));
         break;
     }
     return best;
@@ -100,19 +100,18 @@ bool CheckedRoots::fits() const { return misfit <= kMostMisfit; }
 CheckedRoots find_checked_roots(std::vector<double> c) {
     const std::size_t count = c.size();
     while (c.back() == 0) c.pop_back();
-    CheckedRoots answer{.misfit = 0};  // of c x^N, whose roots are zeros
+    CheckedRoots answer{.misfit = 0};  // holds for c x^N, all of whose roots are 0
     if (c.size() > 1) answer = solve(c, 0);
     if (!answer.fits()) {
         remark_on_misfit(answer, c);
         answer = solve_scaled(c, std::move(answer));
     }
-    if (answer.misfit > 0 && answer.roots.empty()) fail("no roots found, with no x = s t either");
+    if (answer.misfit > 0 && answer.roots.empty()) fail("no roots found, nor after any substitution x = s t");
     answer.roots.insert(answer.roots.begin(), count - c.size(), CplxD{0, 0});
     return answer;
 }
 
-// Outside the unit circle by the reversed polynomial at 1/z, which has the same ratio and
-// does not overflow.
+// Outside the unit circle, the reversed polynomial at 1/z is evaluated: it has the same ratio and does not overflow.
 double residual(std::vector<double> c, const CplxD &root) {
     Complex z(root.re, root.im);
     if (std::abs(z) > 1) {

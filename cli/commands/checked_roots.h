@@ -11,16 +11,16 @@ namespace cli {
 
 struct CheckedRoots {
     std::vector<CplxD> roots = {};
-    // What the roots multiplied out give for the coefficient that they fit worst.
-    long double misfit = std::numeric_limits<long double>::infinity();  // relative to its bound
+    // The coefficient that the roots fit worst when they are multiplied out.
+    long double misfit = std::numeric_limits<long double>::infinity();  // its error relative to its bound
     std::size_t power = 0;                                              // its power of x
-    long double rebuilt = 0;
+    long double rebuilt = 0;                                            // what the roots give for it
 
     bool fits() const;
 };
 
-// The roots of c[0] x^N + ... + c[N], c[0] not 0.  Those that do not fit are sought again at other scales of x, with
-// remarks on stderr; fails if there are none.
+// The roots of c[0] x^N + ... + c[N], c[0] not 0.  If they do not fit, they are searched again at other scales of x,
+// with remarks on stderr.  Fails if no roots are found at all.
 CheckedRoots find_checked_roots(std::vector<double> c);
 
 // |p(z)| / sum |c_k| |z|^k

@@ -1,4 +1,4 @@
-// mensura demo: an electrocardiogram freed from mains hum, one way as it would be while measuring, and with zero phase.
+// mensura demo: an electrocardiogram freed from mains hum, forwards only as during a measurement, and with zero phase.
 #include <mensura/iir.h>
 #include <mensura/spectral.h>
 

@@ -24,7 +24,7 @@ namespace sos = mensura::sos;
 
 constexpr double kDegrees = 180 / std::numbers::pi;  // in a radian
 
-// From a hundredth of the cut-off up; what lies below -100 dB is drawn there.
+// From a hundredth of the cut-off up; gains below -100 dB are drawn at -100 dB.
 void add_response(const Design &design, Curve &gain, Curve &phase) {
     const sos::RecordSections sections(design.cascade);
     constexpr int kPoints = 1000;
@@ -34,13 +34,13 @@ void add_response(const Design &design, Curve &gain, Curve &phase) {
         const double f = lowest * std::pow(nyquist / lowest, static_cast<double>(i) / kPoints);
         const std::complex<double> h = sos::response(sections.cascade(), f, design.rate);
         const double degrees = std::abs(h) < 1e-15 ? std::nan("") : std::arg(h) * kDegrees;
-        if (i > 0 && std::abs(degrees - phase.y.back()) > 180) {  // a jump of a turn is not part of the curve
+        if (i > 0 && std::abs(degrees - phase.y.back()) > 180) {  // no line where the phase jumps by 360 degrees
             phase.x.push_back(f);
             phase.y.push_back(std::nan(""));
         }
         gain.x.push_back(f);
         const double shown = std::max(sos::decibels(std::abs(h)), design.achieved.asked_db - kDepth);
-        gain.y.push_back(std::round(1e9 * shown) / 1e9);  // an all-pass is no picture of its rounding errors
+        gain.y.push_back(std::round(1e9 * shown) / 1e9);  // so that an all-pass does not show its rounding errors
         phase.x.push_back(f);
         phase.y.push_back(degrees);
     }

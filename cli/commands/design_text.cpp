@@ -10,11 +10,14 @@
 #include "cli/app/request.h"
 #include "cli/commands/design_output.h"
 #include "iir/direct_form.h"
+#include "iir/pass_types.h"
 #include "iir/proto/limits.h"
 
 namespace cli {
 
 namespace {
+
+using mensura::iir::is_band_type;
 
 class Report {
   public:
@@ -70,7 +73,7 @@ void print_sections(Report &report, Output &out, const IIRCoeffs &c) {
                               c.b1[k], c.b2[k]));
 }
 
-// Which of a cascade's frequencies the gain is given relative to.
+// The name of the gain that all levels are relative to.
 const char *reference_name(int pass_type) {
     return pass_type == ptHighPass ? "gain at Nyquist" : pass_type == ptBandPass ? "gain at the centre" : "gain at DC";
 }

@@ -30,7 +30,7 @@ constexpr const char *kExamples =
     "  logger | mensura filter highpass --cutoff 0.5Hz --rate 1kHz | viewer\n"
     "  mensura filter notch --cutoff 50Hz --bandwidth 4Hz --zero-phase --plot=hum.svg -o clean.wav hum.wav\n";
 
-constexpr std::size_t kLongTransform = 40000;  // samples: the user has to wait for more
+constexpr std::size_t kLongTransform = 40000;  // samples: from here on the user has to wait noticeably
 
 struct Options {
     FilterRequest request;
@@ -67,14 +67,14 @@ void apply_zero_phase(TIIRFilter filter, std::vector<double> &samples) {
 
 void remark_on_cutoff(const std::string &channel, double cutoff, double nyquist) {
     if (cutoff <= 0)
-        remark("{}: the spectrum has no peak to measure by: the result is meaningless", channel);
+        remark("{}: the spectrum has no peak that gives a cut-off: the result is meaningless", channel);
     else if (cutoff > nyquist)
         remark("{}: cut-off found: {:.6g} Hz, clamped to half the sampling rate, {:.6g} Hz", channel, cutoff, nyquist);
     else
         remark("{}: cut-off found: {:.6g} Hz", channel, cutoff);
 }
 
-// As dataZeroPhaseFilter, with which it shares every bit: that takes the sampling interval and inverts it.
+// Gives the bits of dataZeroPhaseFilter, which is given the sampling interval: hence the rate as 1 / (1 / rate).
 void filter_automatically(Channel &channel, double given_rate, double ratio) {
     std::vector<double> &samples = channel.samples;
     if (samples.size() < 4) reject("--auto needs 4 samples at least; there are {}", samples.size());

@@ -80,7 +80,7 @@ void run(const Options &options) {
     out.commit();
     if (options.plot.wanted()) draw(figure_of(answer.roots), options.plot);
     if (!answer.fits())
-        fail("no x = s t gives roots that fit; these are the closest, off by {:.1g} in x^{}", answer.misfit,
+        fail("no x = s t gives roots that fit; the closest are off by {:.1g} in the coefficient of x^{}", answer.misfit,
              answer.power);
 }
 

@@ -29,7 +29,7 @@ constexpr const char *kExamples =
     "  mensura spectrum --window hanning --db --plot=spectrum.svg ecg.csv\n"
     "  mensura spectrum --rate 1kHz --column current --window flattop --no-mean --plot measured.csv\n";
 
-constexpr double kDepthOfPicture = 200;  // dB: what lies deeper below the highest bin is rounding
+constexpr double kDepthOfPicture = 200;  // dB below the highest bin; anything lower is rounding
 
 struct Options {
     SpectrumOptions spectrum;
@@ -47,7 +47,7 @@ void remark_on_length(const SpectrumLayout &layout, std::size_t samples) {
         remark("{} samples are{}", samples, padded);
 }
 
-// The frequencies, and a column of values for each channel, whose samples are given up.
+// A column of frequencies and one of values for each channel.  The samples are moved out of the record.
 NumberTable spectra_of(Record &record, const SpectrumOptions &options) {
     const SpectrumLayout layout = layout_for(record.length());
     NumberTable spectra{.names = {"frequency_Hz"}, .columns = {std::vector<double>(layout.bins())}};

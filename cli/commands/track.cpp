@@ -41,7 +41,7 @@ struct Options {
 // A column that is tracked.
 struct Axis {
     std::string name;
-    std::size_t column;  // among those of the table that are chosen
+    std::size_t column;  // index in the table's chosen columns
     TrackedAxis estimates;
 };
 
@@ -76,7 +76,7 @@ double qaa_of(const Options &options, double rate) {
     const double f = *options.bandwidth;
     if (f >= 0.5 * rate) reject("--bandwidth {} Hz is not below half the rate, {} Hz", f, 0.5 * rate);
     if (f > rate / kFarBelow)
-        remark("--bandwidth {} Hz is above a {}th of the rate: -3 dB lie at a lower frequency", f, kFarBelow);
+        remark("--bandwidth {} Hz is above a {}th of the rate: the real -3 dB frequency is lower", f, kFarBelow);
     return std::pow(f / (kHalfPower * rate), 6) * options.r * std::pow(rate, 4);
 }
 
@@ -94,7 +94,7 @@ std::vector<Axis> axes_of(const TableReader &table, const TrackingModel &model) 
     return axes;
 }
 
-// A missing cell; between blanks an empty one would not be seen.
+// NaN is written as an empty cell, but as text where blanks separate the cells, which would hide an empty one.
 void write_number(Output &out, double value, char separator) {
     out.write({&separator, 1});
     if (!std::isnan(value))

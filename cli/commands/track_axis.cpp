@@ -6,7 +6,7 @@ namespace cli {
 
 namespace {
 
-constexpr double kNoMeasurement = 1e12;  // times r: so uncertain a position has no weight
+constexpr double kNoMeasurement = 1e12;  // times r: the variance of a missing position, which so has no weight
 
 }  // namespace
 

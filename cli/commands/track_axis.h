@@ -20,12 +20,12 @@ struct TrackingModel {
 
 using State = std::array<double, 3>;  // position, velocity, acceleration
 
-// It begins at its first number; where numbers are missing the model predicts.
+// Starts at its first number.  Where a number is missing, the model predicts.
 class TrackedAxis {
   public:
     explicit TrackedAxis(const TrackingModel &model) : model_(model) {}
 
-    // NaN for a missing position; estimates of NaN before the first number.
+    // A missing position is NaN.  Before the first number the estimates are NaN.
     const State &update(double position);
 
     // Whether the estimates are lost to rounding or overflow.

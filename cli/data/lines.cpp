@@ -27,7 +27,8 @@ bool LineReader::next(Line &line) {
         line.end = pending.substr(line.text.size(), line.end.size() + 1);
     }
     line.number = ++number_;
-    if (line.text.find('\0') != std::string_view::npos) reject("{}:{}: holds zero bytes; not a text", name(), number_);
+    if (line.text.find('\0') != std::string_view::npos)
+        reject("{}:{}: holds zero bytes; not a text file", name(), number_);
     source_.skip(line.text.size() + line.end.size());
     return true;
 }

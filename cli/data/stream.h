@@ -21,8 +21,8 @@ using MakeFilter = std::function<ChannelFilter()>;
 void stream_table(Source &source, const Files &files, const MakeFilter &make, const std::string &title, double rate);
 void stream_wav(WavReader &wav, const Files &files, const MakeFilter &make, const std::string &title);
 
-// Reads a table to its end and calls answer() for each line.  What that writes is flushed before the program waits for
-// the next line, so that a sender of single lines gets the answer to each.
+// Reads a table to its end and calls answer() for each line.  Output is flushed before the program waits for the next
+// line, so that a sender of single lines receives the result of each at once.
 template <class Answer>
 void for_each_line(TableReader &table, Output &out, Answer answer) {
     for (;;) {

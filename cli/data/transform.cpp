@@ -9,8 +9,8 @@ namespace cli {
 
 namespace {
 
-// The library leaves the data as they were when it finds no memory.  No data but zeros, and no single sample, are their
-// own transform: its norm is sqrt(n) times as large, or as small, as theirs.
+// The library leaves the data as they were when it finds no memory.  Only zeros and single samples are their own
+// transform: otherwise its norm is larger or smaller than theirs by the factor sqrt(n).
 void expect_transformed(const Bins &bins, const std::vector<double> &samples) {
     const bool all_zero = std::ranges::all_of(samples, [](double x) { return x == 0; });
     if (samples.size() > 1 && bins.re == samples && !all_zero) throw std::bad_alloc();

@@ -1,6 +1,5 @@
 #include "cli/data/wav.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

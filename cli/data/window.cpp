@@ -16,7 +16,7 @@ struct NamedWindow {
     const char *name;
     int kind;
     bool has_alpha = true;
-    std::optional<double> beta = {};  // the default of those that have one
+    std::optional<double> beta = {};  // default, for windows that have this setting
 };
 
 // The first name of a kind is the one shown.
@@ -69,7 +69,7 @@ void remark_on(const Window &window) {
     remark_on_setting("--beta", window.beta, kLargestBeta, row.beta.has_value(), window.kind);
 }
 
-// When WindowData finds no memory it leaves the ones as they are, and malloc sets errno.
+// When WindowData finds no memory it leaves all weights at 1, and malloc sets errno.
 std::vector<double> weights_of(const Window &window, std::size_t samples, bool unity_gain) {
     constexpr int kMost = std::numeric_limits<int>::max();
     if (samples > static_cast<std::size_t>(kMost)) reject("{} samples are too many: {} at most", samples, kMost);

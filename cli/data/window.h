@@ -10,13 +10,13 @@
 
 namespace cli {
 
-// Its code, the fraction of the samples left flat in its middle, its shape.
+// A kind, the fraction of the samples left flat in the middle, and the shape parameter.
 struct Window {
     int kind = wkRectangle;
     std::optional<double> alpha = {}, beta = {};
 };
 
-inline constexpr double kLargestAlpha = 1, kLargestBeta = 10;  // both from 0
+inline constexpr double kLargestAlpha = 1, kLargestBeta = 10;  // the smallest of both is 0
 
 const char *window_name(int kind);
 std::string window_names();

@@ -24,7 +24,7 @@ struct Panel {
     std::optional<double> y_lowest = {}, x_lowest = {}, x_highest = {};
 };
 
-inline constexpr std::size_t kMostPanels = 6;  // that are still readable
+inline constexpr std::size_t kMostPanels = 6;  // more would be too small to read
 
 struct Figure {
     std::string title = {};

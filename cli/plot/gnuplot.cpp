@@ -32,7 +32,7 @@ int file_of(std::string_view text) {
     return file;
 }
 
-// gnuplot echoes the command, points at the place and gives the reason last.
+// gnuplot's last line gives the reason; the lines before it show the command and the place in it.
 std::string last_line_of(int descriptor) {
     std::array<char, 4096> text;
     const off_t size = lseek(descriptor, 0, SEEK_END);

@@ -2,16 +2,16 @@
 
 #include <fmt/format.h>
 
-#include <cctype>
 #include <cstddef>
+#include <string_view>
+
+#include "cli/app/number.h"
 
 namespace cli {
 
 std::string suffix_of(const std::string &file) {
     const std::size_t dot = file.rfind('.');
-    std::string suffix = dot == std::string::npos ? "" : file.substr(dot + 1);
-    for (char &c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return suffix;
+    return dot == std::string::npos ? "" : lower(std::string_view(file).substr(dot + 1));
 }
 
 bool is_picture(const std::string &file) {

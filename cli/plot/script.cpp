@@ -14,7 +14,7 @@ namespace cli {
 
 namespace {
 
-// Grey for what was before, then colours that can be told apart by people with any kind of colour vision (Okabe and Ito).
+// Grey for the first curve, then colours that people with any kind of colour vision can distinguish (Okabe and Ito).
 constexpr std::array kColours{"#999999", "#0072b2", "#d55e00", "#009e73", "#cc79a7", "#56b4e9", "#e69f00", "#000000"};
 
 // Names in a table may be in Latin-1, whose bytes are the first 256 code points; a picture holds UTF-8 alone.

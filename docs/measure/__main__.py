@@ -19,7 +19,7 @@ import re
 import sys
 import textwrap
 
-os.environ["OPENBLAS_NUM_THREADS"] = "1"  # before NumPy: random matrices shall be the same in each run
+os.environ["OPENBLAS_NUM_THREADS"] = "1"  # set before NumPy is loaded, so that random matrices are the same in each run
 sys.dont_write_bytecode = True  # no cache beside the sources
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 DOCS = ROOT / "docs"
@@ -34,7 +34,7 @@ from figures import FILTERS, Untrue
 
 OPTIONAL = {"numpy": "python3-numpy", "scipy": "python3-scipy", "mpmath": "python3-mpmath"}  # what some pages need
 MODULES = {"numbers": "reproducibility"}  # Python has a module numbers of its own
-DEPEND_ON_PROCESSOR = {"accuracy"}  # pages whose matrices and references do: the check compares their text
+DEPEND_ON_PROCESSOR = {"accuracy"}  # pages whose matrices and references do; only their text is checked
 README_PART = re.compile(r"(?<=<!-- speed -->\n).*?(?=<!-- end of speed -->\n)", re.S)
 
 
@@ -78,7 +78,7 @@ def target(name):
 
 
 def render(templates, name, library):
-    """The page; of README.md all but the table of the speed stays as it is."""
+    """The page.  In README.md, only the table of the speed is replaced."""
     module = importlib.import_module(MODULES.get(name, name))
     page = templates.get_template(f"{name}.md.in").render(module.names(library))
     if name != "speed":

@@ -53,7 +53,7 @@ class Cascade:
         return decibels(self.magnitudes([frequency], rate)[0])
 
     def delay(self, frequency, rate=2.0):
-        """Of a group, in samples."""
+        """The group delay in samples."""
         return self._sos.measure_group_delay(self._rows, self.count, rate, frequency)
 
     def pole_radius(self):

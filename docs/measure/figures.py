@@ -10,21 +10,21 @@ from benchmarks import quantity
 
 
 def fixed(x, digits=0):
-    """So many decimals; no -0.0."""
+    """With this number of decimals; no -0.0."""
     if not math.isfinite(x):
         raise ValueError(f"{x} in a page")
     return f"{round(x, digits) + 0.0:.{digits}f}"
 
 
 def significant(x, digits=3):
-    """So many significant digits, without zeros at the end: 6.88, 12.5, 660."""
+    """With this number of significant digits, without zeros at the end: 6.88, 12.5, 660."""
     if not math.isfinite(x):
         raise ValueError(f"{x} in a page")
     return f"{float(f'{x:.{digits}g}') + 0.0:g}"
 
 
 def scientific(x, digits=0):
-    """3e-08: decimals of the mantissa."""
+    """As 3e-8, with this number of decimals in the mantissa."""
     if not math.isfinite(x):
         raise ValueError(f"{x} in a page")
     return f"{x:.{digits}e}".replace("e-0", "e-").replace("e+0", "e")
@@ -43,11 +43,11 @@ def percent(x, digits=0):
 
 
 class Untrue(Exception):
-    """A page says in words what does not hold."""
+    """A statement of a page that does not hold."""
 
 
 def require(holds, claim):
-    """For what a page says in words."""
+    """Checks a statement that a page makes in words."""
     if not holds:
         raise Untrue(f"this does not hold: {claim}")
 

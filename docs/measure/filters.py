@@ -88,7 +88,7 @@ def around(frequency):
 
 
 def require_words(designer):
-    """What the table of requests says without a number."""
+    """Checks what the table of requests says without a number."""
     everywhere = (0.1, 0.5, 0.9)
     gains = lambda **request: designer.design(**request).magnitudes(everywhere)
     require(math.isnan(designer.design(cutoff=0.0).magnitudes([0.0])[0]), "cut-off 0: NaN at DC")

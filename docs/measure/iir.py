@@ -3,7 +3,7 @@
 import math
 import statistics
 
-from cascade import (BAND_PASS, BESSEL, BUTTERWORTH, CHEBYSHEV, ELLIPTIC, HALF_POWER, HIGH_PASS, INVERSE_CHEBYSHEV, LOW_PASS,
+from cascade import (BAND_PASS, BESSEL, BUTTERWORTH, CHEBYSHEV, ELLIPTIC, HIGH_PASS, INVERSE_CHEBYSHEV, LOW_PASS,
                      NOTCH, PAPOULIS, Designer, decibels)
 from figures import fixed
 
@@ -106,7 +106,7 @@ class Pages:
             yield max(c.gain(centre, rate), 2 * DEEP)
 
     def notch_depths(self, rates, orders):
-        """Rows by sampling rate: the median depth to 5 dB; what is deep enough for anything is not told apart."""
+        """Rows by sampling rate: the median depth to 5 dB; depths below DEEP are all shown alike."""
         for rate in rates:
             found = [statistics.median(self.depths(poles, rate)) for poles in orders]
             yield [rate, *(f"below {DEEP:.0f}" if depth < DEEP else fixed(5 * round(depth / 5)) for depth in found)]

@@ -1,6 +1,5 @@
 """What the tracking model does for a given Q, R and P."""
 
-import ctypes
 import math
 
 from binding import KalmanFilter, doubles

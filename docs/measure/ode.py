@@ -24,7 +24,7 @@ class Problem:
 
 
 class Run:
-    """What a problem came to: result of the last call, calls of f, error at t = END."""
+    """The outcome of a problem: result of the last call, calls of f, error at t = END."""
 
     def __init__(self, problem):
         self.problem, self.y, self.result = problem, doubles(problem.start), 0

@@ -74,7 +74,7 @@ Roots span_of(const CplxD *roots, int count) { return {roots, static_cast<std::s
 extern "C" {
 
 // The largest relative distance of a root from the exact one next to it; infinite when two roots lead to the same exact
-// one, so that a finite result says that all roots were there.
+// one, so that a finite result means that no root is missing.
 double forward_error(int degree, const double *coefficients, const CplxD *roots) {
     constexpr long double kSame = 1e-15L;
     std::vector<Point> exact;

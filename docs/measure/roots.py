@@ -77,7 +77,7 @@ class Roots:
 
 
 class Tally:
-    """Of many polynomials; `errors` are those of the results that are not wrong."""
+    """Counts the results of many polynomials; `errors` are those of the results that are not wrong."""
 
     def __init__(self, finder):
         self.finder, self.errors = finder, []
@@ -157,7 +157,7 @@ def wide_coefficients(finder, k):
 
 
 def small_roots(finder, exponent):
-    """Plain and scaled first."""
+    """The results of FindRoots alone, and of find_scaled."""
     uniform, plain, scaled = Uniform(3), finder.tally(), finder.tally()
     for _ in range(300):
         p = [c * 10.0 ** (exponent * i) for i, c in enumerate(uniform.polynomial(10))]

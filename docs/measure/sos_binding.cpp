@@ -1,4 +1,4 @@
-// Cascades measured, and the table of the families, for the Python programs that make pages: flat arguments, ctypes.
+// Measurements of cascades and the table of the families, with plain arguments, for the Python programs that make pages.
 // A cascade is `count` rows b0 b1 b2 1 a1 a2; frequencies and rates are in Hz, magnitudes are ratios.
 #include <algorithm>
 #include <cstddef>

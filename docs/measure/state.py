@@ -86,7 +86,7 @@ class States:
             require(window < most <= 3 * window / 2, f"{call}: more near an edge, up to 3 w / 2")
 
     def require_words(self):
-        """What the tables and lists say without a number."""
+        """Checks what the tables and lists say without a number."""
         library, x = self._library, with_nan()
         require(nan_count(self.run(LOW_PASS, x)) == RECORD - NAN_AT, "IIRFilter: all that follow")
         filter, y, z = self.default(LOW_PASS), doubles(RECORD), doubles(RECORD)

@@ -12,7 +12,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 HEADERS = ROOT / "include/mensura"
 TEMPLATE = ROOT / "docs/pages/threads.md.in"
 FIGURE = r"(\d[\d.e]*(?: n)?(?: (?:[KM]B|bytes))?)"  # 32 KB, 24 n bytes, 1e20
-RULES = {  # sentences that the columns stand on
+RULES = {  # sentences of the headers that the columns of the table repeat
     "complex.h": ("allocates nothing, keeps no state and may run in any number of threads at once",),
     "roots.h": ("Nothing here allocates", "may run in several threads at once", "keeps between its steps belong to the thread"),
     "iir.h": (

@@ -21,24 +21,24 @@ def noise(seed, n=N):
     return np.random.default_rng(seed).uniform(-1.0, 1.0, n)
 
 
-def apart(ours, theirs):
+def difference(ours, theirs):
     """The largest difference over the largest value."""
     return float(np.max(np.abs(ours - theirs)) / np.max(np.abs(theirs)))
 
 
 def agreement(ours, theirs):
-    return in_words(apart(ours, theirs))
+    return in_words(difference(ours, theirs))
 
 
-def in_words(difference):
-    """Rounding is not told apart: its last digits are those of a machine and of a version of SciPy."""
-    if difference == 0:
+def in_words(error):
+    """Rounding errors are shown without a number: it would depend on the machine and on the version of SciPy."""
+    if error == 0:
         return "same bits"
-    return "rounding" if difference < ROUNDING else below(difference)
+    return "rounding" if error < ROUNDING else below(error)
 
 
 class Peers:
-    """A method a row of the table; each returns ours and theirs."""
+    """A method for each row of the table; it returns our result and theirs."""
 
     def __init__(self, library):
         self.library = library
@@ -157,7 +157,7 @@ class Peers:
             y = x
             for b, a in ((row[:3], row[3:]) for row in sos):
                 y = signal.lfilter(b, a, y, zi=signal.lfiltic(b, a, [x[0]] * 2, [x[0]] * 2))[0]
-            worst = max(worst, apart(np.array([self.library.IIRFilter(f, value) for value in x]), y))
+            worst = max(worst, difference(np.array([self.library.IIRFilter(f, value) for value in x]), y))
         return worst
 
     def oscillator(self, pieces, divisions, tolerance=1e-6, end=10.0):
@@ -214,7 +214,7 @@ def require_words(peers):
     x = noise(5)
     y = [peers.library.IIRFilter(f, value) for value in x]
     theirs = signal.sosfilt(sos, x, zi=signal.sosfilt_zi(sos) * x[0])[0]
-    require(apart(np.array(y), theirs) < 1e-13, "the first sample of an all-pass is sosfilt_zi")
+    require(difference(np.array(y), theirs) < 1e-13, "the first sample of an all-pass is sosfilt_zi")
     zs = np.zeros(3, complex)
     count = peers.library.FindRoots(3, np.array([0.0, 1, -3, 2]), zs)
     require(np.allclose(sorted(zs[:count].real), [0, 1, 2]), "FindRoots counts leading zeros")
@@ -232,7 +232,7 @@ def names(library):
     return {
         "rounding": ROUNDING,
         "agree": {
-            "fft": agreement(*max((peers.transform("FFT", m) for m in (1024, 65536)), key=lambda pair: apart(*pair))),
+            "fft": agreement(*max((peers.transform("FFT", m) for m in (1024, 65536)), key=lambda pair: difference(*pair))),
             "inverse_fft": agreement(*peers.transform("FFT", 1024, 1)),
             "dft": agreement(*peers.transform("DFT", n)),
             "real_dft": agreement(*peers.real_transform()),
@@ -248,9 +248,9 @@ def names(library):
             "roots": agreement(*peers.roots()),
             "classical": agreement(*peers.classical()),
             "cosines": in_words(max(
-                apart(peers.window(HANNING), windows.hann(n + 2)[1:-1]),
-                apart(peers.window(HAMMING), windows.hamming(n + 2)[1:-1]),
-                apart(peers.window(BLACKMAN), windows.blackman(n + 2)[1:-1]))),
+                difference(peers.window(HANNING), windows.hann(n + 2)[1:-1]),
+                difference(peers.window(HAMMING), windows.hamming(n + 2)[1:-1]),
+                difference(peers.window(BLACKMAN), windows.blackman(n + 2)[1:-1]))),
             "blackman_harris": agreement(peers.window(BLACKMAN_HARRIS), windows.blackmanharris(n + 2)[1:-1]),
             "nuttall": agreement(peers.window(NUTTALL), cosine_window([0.355768, 0.487396, 0.144232, 0.012604], n)),
             "sinc": agreement(peers.window(SINC, beta=1.0), windows.lanczos(n + 2)[1:-1]),
@@ -262,13 +262,13 @@ def names(library):
         "default_at_cutoff": Designer(library).design(LOW_PASS, 0.2).gain(0.2),
         "first_sample": in_words(peers.first_sample()),
         "zero_phase_inside": agreement(ours[inner], theirs[inner]),
-        "zero_phase_ends": apart(ours, theirs),
+        "zero_phase_ends": difference(ours, theirs),
         "blackman_nuttall": {
             "lower": float(np.median(windows.nuttall(n + 2)[1:-1] - peers.window(BLACKMAN_NUTTALL))),
             "even": in_words(float(np.max(even))), "odd": float(np.max(odd)),
         },
-        "triangle_even": apart(peers.window(TRIANGLE, 64), windows.triang(64)),
-        "sine": apart(peers.window(SINE, 64, 1.0), windows.cosine(64)),
+        "triangle_even": difference(peers.window(TRIANGLE, 64), windows.triang(64)),
+        "sine": difference(peers.window(SINE, 64, 1.0), windows.cosine(64)),
         "oscillator": {"once": peers.oscillator(1, 100), "pieces": peers.oscillator(200, 1), "peer": peer_oscillator()},
         "bins": fixed(2 * 40 / 360, 4),
     }

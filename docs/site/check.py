@@ -1,4 +1,4 @@
-"""What must not be wrong on a finished site: dead links, requests to the network, names that are not linked."""
+"""Finds the faults of a finished site: dead links, requests to the network, names that are not linked."""
 
 import html.parser
 import re

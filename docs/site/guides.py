@@ -39,7 +39,7 @@ class Guide:
 
 
 def polished(text):
-    """Formulas as such, tables that scroll by themselves, short pieces of code unbroken."""
+    """Formulas as MathML, tables that scroll by themselves, short code without line breaks."""
     text = re.sub(r'<pre><code class="language-formula">(.*?)</code></pre>\n?',
                   lambda block: formulas.block(html.unescape(block.group(1))), text, flags=re.S)
     text = text.replace("<table>", '<div class="wide"><table>').replace("</table>", "</table></div>")

@@ -42,7 +42,7 @@ class Header:
         self.check_formulas()
 
     def check_formulas(self):
-        """Every block of formulas has come as one: Doxygen takes that below a single line for text."""
+        """Checks that Doxygen has read every block of formulas as one: below a single line it takes it for text."""
         blocks = len(re.findall(r"(?m)^ \*\n(?: \*     .*\n)+", self.text))
         found = sum(1 for node in [self.group, *self.records] for _ in node.iter("verbatim"))
         if blocks != found:
@@ -51,7 +51,7 @@ class Header:
     # ---- one entry ----
 
     def declaration(self, node):
-        """As it stands in the header."""
+        """Its text in the header."""
         lines = self.text.splitlines()[line_of(node) - 1:]
         last = next(i for i, line in enumerate(lines) if line.endswith(";"))
         text = "\n".join(lines[:last + 1])

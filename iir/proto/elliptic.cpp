@@ -36,7 +36,7 @@ struct Moduli {
 // k1[i-1] = 2 sqrt(k1[i]) / (1 + k1[i]).  A sequence that is not small after nine steps ends in k[10] = 0.
 void solve_degree_equation(Moduli &m, int n) {
     constexpr double kSmall = 1e-06;
-    constexpr double kSmallestK1 = 1e-10;  // in the place of an underflow
+    constexpr double kSmallestK1 = 1e-10;  // taken where the power underflows
     auto &[k, k1, steps] = m;
     steps = kMaxSteps;
     for (std::size_t i = 1; i < kMaxSteps; ++i) {
@@ -124,7 +124,7 @@ int EllipticPoly(double ripple, double stopBandDb, int n, CplxD *poles, CplxD *z
 
     const int pairs = n / 2;
     for (int p = 0; p < pairs; ++p) {
-        const double theta = (2 * p + 1) * mensura::kHalfPi / n;  // u K, likewise
+        const double theta = (2 * p + 1) * mensura::kHalfPi / n;  // u K where the modulus is 0
         const CplxD w = CplxDCos({-theta, shift});
         const CplxD z = ascend_pole(m, CplxDDivision({0.0, -1.0}, w));
         poles[2 * p] = CplxDDivision({1.0, 0.0}, z);

@@ -1,4 +1,4 @@
-"""What the families share: cells of a table, long double and mpmath, errors."""
+"""What the modules share: cells of a table, long double and mpmath, errors."""
 
 import mpmath as mp
 import numpy as np

@@ -35,7 +35,7 @@ def reference(x):
 
 
 def reference_error(lib, n=1024, k=341):
-    """Of SciPy's transform in long double, by one bin summed in mpmath."""
+    """The error of SciPy's transform in long double: one bin against its sum in mpmath."""
     x = complex_noise(7, n)
     got = reference(x)
     want = mp.fsum(mp.mpc(v) * mp.expjpi(mp.mpf(-2 * (k * t % n)) / n) for t, v in enumerate(x)) / n
