@@ -45,7 +45,7 @@ FFT, FFT_SIZES = "`FFT`, {} points", (64, 1024, 4096, 65536, 1048576)
 WINDOW = "`WindowData`, {}, {{}} points, per point"
 PRODUCT, INVERSE = "`rmatrix_multi_ptr`, {0} x {0}", "`rmatrix_inverse_ptr`, {0} x {0}"
 SECTIONS = {
-    "IIR filters, three sections unless said": {
+    "IIR filters, three sections unless stated otherwise": {
         "IIRFilter_against_loop_over_records": Row("`IIRFilter`, per sample", "a loop over records", 0.80, UNFUSED),
         "IIRFilter_against_loop_over_arrays": Row("`IIRFilter`, per sample", "a loop over arrays", 0.80, UNFUSED),
         "IIRFilters_ten_channels_against_IIRFilter":

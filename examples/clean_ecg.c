@@ -13,7 +13,7 @@ enum { RATE = 360, MAX_SAMPLES = 100000 }; /* samples a second; samples */
 
 static double raw[MAX_SAMPLES], smooth[MAX_SAMPLES], clean[MAX_SAMPLES]; /* mV */
 
-/* The mean of what lies between the lowest and the highest sample of each second, which holds at least one beat. */
+/* The difference between the highest and the lowest sample of a second, which holds a beat: the mean of all seconds. */
 static double height_of_beats(const double *x, int n) {
     const int seconds = n / RATE;
     double sum = 0;

@@ -33,7 +33,7 @@ static void drive(Track *truth, double *measured) {
     }
 }
 
-/* docs/kalman.md tells where Q and P come from. */
+/* docs/kalman.md says where Q and P come from. */
 static void run_kalman(const double *measured, Track *out) {
     static KalmanFilter kf; /* 1.3 MB */
     double A[9], C[3], Q[9], R[1], P[9], x[3] = {measured[0], 0.0, 0.0};

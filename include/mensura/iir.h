@@ -87,12 +87,12 @@ typedef struct IIRDesignSpec {
  *
  *     H_k(z) = a0[k] (b0[k] + b1[k] z^-1 + b2[k] z^-2) / (1 + a1[k] z^-1 + a2[k] z^-2)
  *
- * a is the denominator, b the numerator.  Feedback is subtracted: y = a0 s - a1 y' - a2 y''. */
+ * a is the denominator, b the numerator.  Feedback is subtracted: see IIRFilter. */
 typedef struct IIRCoeffs {
     double a0[MAX_IIR_SECTIONS]; /**< scale of the feed-forward sum; 1 after a design */
     double a1[MAX_IIR_SECTIONS]; /**< feedback of the output one sample ago */
     double a2[MAX_IIR_SECTIONS]; /**< feedback of the output two samples ago */
-    double a3[MAX_IIR_SECTIONS]; /**< of a band type before its sections are split in two, else 0; never run */
+    double a3[MAX_IIR_SECTIONS]; /**< of a band type before its sections are split in two, else 0; never used */
     double a4[MAX_IIR_SECTIONS]; /**< like a3 */
     double b0[MAX_IIR_SECTIONS]; /**< weight of the input */
     double b1[MAX_IIR_SECTIONS]; /**< weight of the input one sample ago */
@@ -146,9 +146,9 @@ typedef struct LowPassProto {
  * **fc IS NOT THE -3 dB POINT.**  A prototype of p poles has p sections, the most damped first, and each conjugate pair
  * has its section twice.  The low-pass, high-pass and all-pass types run the first (NumPoles + 1) / 2 of them.  The
  * default low-pass therefore runs the section of its most damped pair twice and that of the middle pair once: it has
- * about -14.4 dB at fc, and -3 dB near half of fc.  To have -3 dB at some frequency, ask for about twice that
+ * about -14.4 dB at fc, and -3 dB near half of fc.  To have -3 dB at some frequency, request about twice that
  * frequency, or measure.  Inverse Chebyshev designs of high order even amplify in the stop band.  The guide iir.md
- * tells what each family and order really gives; look before you rely on a design.
+ * shows what each family and order really gives; measure a design before you rely on it.
  *
  * @param filter    the record
  * @param passType  an IIRPassType code; any other gives a cascade of zeros
@@ -162,9 +162,10 @@ MENSURA_EXPORT void initTIIRFilter(TIIRFilter *filter, int passType, double fc, 
 MENSURA_EXPORT void initTIIRFilters(TIIRFilterBank *bank, int passType, int count, double fc, double fs);
 
 /** Filters one sample and returns the cascade's output.
- * Each section has registers of its own (direct form I) and hands its output to the next one as u:
+ * Each section has registers of its own (direct form I) and passes its output y to the next one as its input u.  With
+ * ' and '' for one and two samples ago:
  *
- *     s = b0 u + b1 x' + b2 x''
+ *     s = b0 u + b1 u' + b2 u''
  *     y = a0 s - a1 y' - a2 y''
  *
  * The first sample after a design, or after Primed was set to 0, is first written into all registers, as if the input
@@ -180,7 +181,7 @@ MENSURA_EXPORT double IIRFilter(TIIRFilter *filter, double x);
  * A Count above 10 reads past the bank: it is the caller's duty to keep within it. */
 MENSURA_EXPORT int IIRFilters(TIIRFilterBank *bank, const double *x, double *out);
 
-/** The cascade of a request.
+/** Designs the cascade of a request.
  * The prototype is moved to the cut-off by a prewarped bilinear transform:
  *
  *     u = (2 / T) (1 - z^-1) / (1 + z^-1),  T = 2 tan(pi NormCutoff / 2)
@@ -195,8 +196,9 @@ MENSURA_EXPORT int IIRFilters(TIIRFilterBank *bank, const double *x, double *out
  *
  * NumSections is (NumPoles + 1) / 2, for band types NumPoles, of the request as given, at most 50.  But the prototype
  * has no more poles than the largest order of its family: sections beyond those stay 0 (band types: NaN).
- * initTIIRFilter tells which sections run.  A NumPoles of 0 or less gives one first-order section and a NumSections of
- * 0 or less, which still runs; band types then give zeros.  A NormBandwidth of 0 gives band types of NaN.
+ * The comment of initTIIRFilter says which sections run.  A NumPoles of 0 or less gives one first-order section, which
+ * runs although NumSections is then 0 or less; band types then give zeros.  A NormBandwidth of 0 gives band types of
+ * NaN.
  *
  * **BAND TYPES FAR BELOW THE SAMPLING RATE LOSE THEIR DIGITS:** 6 poles as wide as a fifth of their centre are off by
  * 3e-8 at a NormCutoff of 0.01, by 4e-4 at 0.001, and unstable at 0.0001.  Reduce the sampling rate first. */
@@ -280,8 +282,8 @@ MENSURA_EXPORT void IIRFreqResponse(IIRCoeffs coeffs, int numSections, double *r
 
 /** The low-pass prototype of a request.
  * The product of all its sections falls to 0.7071 of its DC magnitude at 1 rad/s, found on a grid of 1/512 rad/s of the
- * unscaled prototype.  Where that falls steeply, or has its corner among the first points, the magnitude at 1 rad/s can
- * be far lower: 0.05 for elliptic with 14 poles and 1 dB, 0.22 for inverse Chebyshev with 2 poles and 120 dB.
+ * unscaled prototype.  Where the magnitude falls steeply, or reaches 0.7071 among the first points, it can be far lower
+ * at 1 rad/s: 0.05 for elliptic with 14 poles and 1 dB, 0.22 for inverse Chebyshev with 2 poles and 120 dB.
  *
  * Butterworth is not scaled, its poles lie at 1 rad/s; as pairs count twice, its product is below 0.7071 there.
  *
@@ -301,7 +303,7 @@ MENSURA_EXPORT int GetFilterCoeff(int count, CplxD *roots, double *c2, double *c
 MENSURA_EXPORT void SortRootsByZeta(CplxD *roots, int count, int ascending);
 
 /** Permutes count positions in keys so that keys[index[i]] ascend, or descend for ascending = 0.
- * index[0 .. count-1] holds the positions before and after.   * A heap sort; equal keys do not keep their order.
+ * index[0 .. count-1] holds the positions before and after.  A heap sort; equal keys do not keep their order.
  * Returns 1, or 0 for count < 2 with nothing to do. */
 MENSURA_EXPORT int HeapIndexSort(double *keys, int *index, int count, int ascending);
 
@@ -371,7 +373,7 @@ MENSURA_EXPORT int EllipticPoly(double ripple, double stopBandDb, int n, CplxD *
 MENSURA_EXPORT double Factorial(int k);
 
 /** Reverses a polynomial, divides the rest by the new poly[0] unless that is 0, and sets poly[0] to 1.
- * Its coefficients are poly[0 .. degree].   * degree < 0 touches nothing. */
+ * Its coefficients are poly[0 .. degree].  degree < 0 touches nothing. */
 MENSURA_EXPORT void ReverseCoeff(double *poly, int degree);
 
 /** @} */

@@ -53,7 +53,7 @@ typedef struct RMATRIX {
 
 /** Sets the size and zeroes the elements; a null m does nothing.
  * Sizes are stored unchecked: to keep rows and cols at 100 or less is the caller's duty.  Of a larger matrix the part
- * within the record is set, and no operation below takes it. */
+ * within the record is set, and no operation below accepts it. */
 MENSURA_EXPORT void initRMATRIX(RMATRIX *m, int rows, int cols);
 
 /** Sets the size, and the elements to 1.0 where i = j and to 0 elsewhere.
@@ -130,8 +130,8 @@ MENSURA_EXPORT RMATRIX rmatrix_inverse(RMATRIX a);
 MENSURA_EXPORT double *rmatrix_to_vector(RMATRIX *m, double *vec);
 
 /** Prints to standard output: "matrix is empty", or the size and the elements.
- * That is a line of forty '=', "row=2, col=3", a line a row with each element as "%f, ", and the forty '=' again.  Null
- * counts as empty. */
+ * That is a line of forty '=', "row=2, col=3", a line for each row with its elements as "%f, ", and the forty '='
+ * again.  Null counts as empty. */
 MENSURA_EXPORT void rmatrix_printf_ptr(const RMATRIX *m);
 
 /** rmatrix_printf_ptr by value. */
@@ -194,8 +194,8 @@ MENSURA_EXPORT double *vdiv(const double *x, double d, double *y, int n);
 MENSURA_EXPORT double *mcol(const Matrix *x, double *out, int c);
 
 /** Writes "dataQR.txt" in the current directory, replacing it.
- * A line a row, each element as "%.15f,", then 20 newlines.  Returns what closing the file returns, 0 or EOF; EOF when
- * it cannot be opened. */
+ * A line for each row with its elements as "%.15f,", then 20 newlines.  Returns what closing the file returns, 0 or
+ * EOF; EOF when it cannot be opened. */
 MENSURA_EXPORT int matrix_show(const Matrix *x);
 
 /** QR decomposition: x = Q R, to rounding, with Q orthogonal, x->m x x->m, and R upper triangular, x->m x x->n.
@@ -207,7 +207,7 @@ MENSURA_EXPORT int matrix_show(const Matrix *x);
  *     Q = H_0 H_1 H_2 ...
  *     R = Q^T x
  *
- * R is multiplied out in this way: below its diagonal stay rounding errors.
+ * R is computed as this product, so rounding errors remain below its diagonal.
  *
  * Fewer than two rows or no column: Q is the identity and R a copy of x.  Without memory *Q and *R become null.
  * Scratch memory: three matrices of the size of Q and two of that of R; with NaN or infinity in x some more. */

@@ -1,4 +1,7 @@
-/* The whole interface of the library.  What these headers do not declare is not part of it. */
+/* The whole interface of the library.  What these headers do not declare is not part of it.
+ *
+ * The guides that their comments name, iir.md for example, are in the folder docs: of the sources, or of the installed
+ * documentation, /usr/share/doc/libmensura-dev on Debian. */
 #ifndef MENSURA_MENSURA_H
 #define MENSURA_MENSURA_H
 

@@ -39,16 +39,17 @@ typedef int (*OdeFunction)(double t, const double *y, void *param, double *dydt)
  *
  * **The step.**  The first one is h = (t1 - t0) / divisions.  Steps stay between h / 32 and 32 h, except the last one,
  * which is made shorter, or longer by up to 1e-5 |t1|, so that it ends at t1.  An attempt is accepted when the largest
- * error estimate of all components is below tol.  A step shorter than h / 32 is accepted WHATEVER ITS ERROR: such is a
- * short last step, or half of one that was rejected.  It is frequent with divisions below 1.
+ * error estimate of all components is below tol.  A step shorter than h / 32 is accepted WHATEVER ITS ERROR.  Only the
+ * last step, which has to end at t1, can be that short, or half of it after it was rejected; with divisions below 1
+ * that is frequent.
  *
  * **THE STEP MOSTLY SHRINKS.**  After every attempt the step is halved when s < 0.75 and doubled when s > 1.5, with
  *
  *     s = min 0.84 (tol h / |error|)^(1/4)
  *
  * over all components of all attempts of the call; an error below 1e-8 makes s = 0.  Therefore choose divisions for the
- * accuracy that you need, but at most 620, so that 20000 steps of h / 32 are enough, and divide a long way into several
- * calls, each of which begins with a new step.  The guide ode.md shows what that gives.
+ * accuracy that you need, but at most 620, so that 20000 steps of h / 32 are enough, and divide a long time into
+ * several calls, each of which begins with a new step.  The guide ode.md shows what that gives.
  *
  * @param t0         start
  * @param t1         end, not before t0
@@ -73,7 +74,8 @@ MENSURA_EXPORT int rkf45(double t0, double t1, double divisions, double tol, Ode
  * With h = 1 / rate it takes floor((t1 - t0) / h) steps.  Where that is less than one, also for a rate of 0 or below,
  * it takes two steps of (t1 - t0) / 2.
  *
- * THE LAST STEP ENDS AT t1 ONLY IF rate MAKES IT, and rounding may lose one step: add half a step to t1 to be safe.
+ * THE LAST STEP ENDS AT t1 ONLY IF THE STEP DIVIDES t1 - t0, and rounding may lose one step: add half a step to t1 to
+ * be safe.
  *
  * @param t0     start
  * @param t1     end, not before t0

@@ -109,7 +109,8 @@ MENSURA_EXPORT void central_difference_onlines(CentralDiffOnline *s, const doubl
  * @{ */
 
 /** Starts a spike filter that accepts jumps of up to limit, in the unit of the samples.
- * After a spike of k samples the signal may have moved on by k + 1 steps: choose limit above what that can be. */
+ * The sample after a spike of k samples is compared with the one before the spike: choose limit above the largest real
+ * change over k + 1 sampling intervals. */
 MENSURA_EXPORT void init_amlitude_limit_filer_online(AmplitudeLimitOnline *s, double limit);
 
 /** Rejects spikes: a sample that differs by more than the limit from the last accepted one is replaced by that one.
@@ -161,7 +162,7 @@ MENSURA_EXPORT void init_amlitude_limit_move_average_filter_online(LimitAverageO
 /** The moving average of what the spike filter lets through. */
 MENSURA_EXPORT double amlitude_limit_move_average_filter_online(LimitAverageOnline *s, double x);
 
-/** Starts count of them: init_amlitude_limit_move_average_filter_online for each of s[0] to s[count-1]. */
+/** Starts count such filters: init_amlitude_limit_move_average_filter_online for each of s[0] to s[count-1]. */
 MENSURA_EXPORT void init_amlitude_limit_move_average_filter_onlines(LimitAverageOnline *s, int length, int count,
                                                                     double limit);
 

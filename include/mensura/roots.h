@@ -11,12 +11,13 @@
  *
  * **Coefficients.**  P[0 .. N], highest power first: P[0] belongs to x^N, P[N] is the constant term.
  *
- * **Roots.**  Two parallel arrays of N entries, real and imaginary parts.  Real roots have an imaginary part of 0;
- * complex roots stand as conjugate pairs in adjacent slots.  The member with the positive imaginary part usually comes
- * first, but after an inversion of the roots it may come second, and the 0 of a real root may be a -0: do not rely on
- * the sign.
+ * **Roots.**  FindRoots writes an array of CplxD, the others two parallel arrays of N entries: real and imaginary
+ * parts.  Real roots have an imaginary part of 0; complex roots stand as conjugate pairs in adjacent slots.  The
+ * member with the positive imaginary part usually comes first, but after an inversion of the roots it may come second,
+ * and the 0 of a real root may be a -0: do not rely on the sign.
  *
- * **Precision.**  Everything except FindRoots works in long double as the platform has it (80 bits on x86-64).
+ * **Precision.**  Everything is computed in long double as the platform has it (80 bits on x86-64).  FindRoots takes
+ * double, and rounds the roots to double at the end.
  *
  * **Bad input.**  Up to N = 4 a NaN coefficient gives NaN roots, and an infinite one what the closed forms make of it;
  * from N = 5 on either gives a count of 0.  Every call returns in bounded time.  Pointers and array lengths are the
@@ -64,8 +65,8 @@ extern "C" {
 MENSURA_EXPORT int FindRoots(int N, double *Coeff, CplxD *Roots);
 
 /** Roots of a polynomial of degree 1 to 4 by closed forms; P is not modified.
- * Returns the number of roots solved for, which stand in front.  Trailing coefficients not above 1e-30 of their
- * neighbour count as 0: their roots, at 0, stand behind.  Leading zeros lower the degree.
+ * Returns the number of roots solved for, which come first.  Trailing coefficients not above 1e-30 of their neighbour
+ * count as 0: their roots, at 0, come last.  Leading zeros lower the degree.
  *
  * Returns 0 and writes nothing when N is outside 1 .. 4, and 0 with N zeros written when nothing is left to solve. */
 MENSURA_EXPORT int QuadCubicRoots(long double *P, int N, long double *RealRoot, long double *ImagRoot);
