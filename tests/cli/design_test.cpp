@@ -7,8 +7,6 @@
 
 #include "program.h"
 
-namespace {
-
 using nlohmann::json, std::numbers::pi;
 
 class Design : public CommandLine {
@@ -103,5 +101,3 @@ TEST_F(Design, response_is_that_of_the_library) {
     }
     expect_refused("design highpass --cutoff 40Hz --rate 360Hz --response 0", "--response");
 }
-
-}  // namespace

@@ -1,30 +1,23 @@
 // mensura smooth, derive, despike, average, track
 
 #include <mensura/kalman.h>
-#include <mensura/smooth.h>
 
 #include <array>
 #include <cmath>
 
 #include "program.h"
+#include "support/reference/smooth.h"
 
 TEST_F(CommandLine, smooth_runs_the_smoother_asked_for) {
     const std::vector<double> x = signal(15);
     const std::string lines = "@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n@\n";
     write("x.csv", filled(lines, x));
-    for (const auto &[options, smooth] : {std::pair{"1 --window 3", &linearSmooth3},
-                                          {"1 --window 5", linearSmooth5},
-                                          {"1 --window 7", linearSmooth7},
-                                          {"1 --window 9", linearSmooth9},
-                                          {"1 --window 11", linearSmooth11},
-                                          {"2 --window 5", quadraticSmooth5},
-                                          {"2 --window 7", quadraticSmooth7},
-                                          {"3 --window 5", cubicSmooth5},
-                                          {"3 --window 7", cubicSmooth7}}) {
+    for (const reference::Smoother &smoother : reference::kSmoothers) {
         std::vector<double> y(x.size());
-        smooth(x.data(), y.data(), static_cast<int>(x.size()));
-        EXPECT_EQ(run(std::string("smooth x.csv --degree ") + options), 0) << err;
-        EXPECT_EQ(out, filled(lines, y)) << options;
+        smoother.run(x.data(), y.data(), static_cast<int>(x.size()));
+        const std::string degree = std::to_string(smoother.degree), window = std::to_string(smoother.window);
+        EXPECT_EQ(run("smooth x.csv --degree " + degree + " --window " + window), 0) << err;
+        EXPECT_EQ(out, filled(lines, y)) << "degree " << degree << ", window " << window;
     }
     expect_refused("smooth --degree 1 --window 6 x.csv",
                    "there are degree 1: window 3, 5, 7, 9, 11; degree 2: window 5, 7; degree 3: window 5, 7");

@@ -1,23 +1,16 @@
 #include <complex>
 
 #include "program.h"
+#include "support/reference/roots.h"
 
 using Complex = std::complex<double>;
-
-// The polynomial with these roots, highest power first.
-static std::vector<Complex> polynomial_of(const std::vector<std::vector<double>> &roots, double leading) {
-    std::vector<Complex> c{leading};
-    for (const std::vector<double> &z : roots) {
-        c.emplace_back(0);
-        for (std::size_t k = c.size() - 1; k > 0; --k) c[k] -= Complex(z.at(0), z.at(1)) * c[k - 1];
-    }
-    return c;
-}
 
 TEST_F(CommandLine, roots_multiply_out_to_the_polynomial) {
     for (const std::string polynomial : {"1 -6 11 -6", "1 -.5", "-2e-3 0 -.5 1 7 0 0", "3 0 0", "1 0 0 1e-90"}) {
         ASSERT_EQ(run("roots " + polynomial), 0) << err;
-        const std::vector<Complex> product = polynomial_of(rows(out), std::stod(polynomial));
+        std::vector<Complex> product{std::stod(polynomial)};
+        for (const std::vector<double> &z : rows(out))
+            product = reference::product(product, {1, -Complex(z.at(0), z.at(1))});
         std::istringstream numbers(polynomial);
         double c = 0, largest = 0;
         for (const Complex rebuilt : product) {

@@ -4,8 +4,6 @@
 
 #include "program.h"
 
-namespace {
-
 class Spectrum : public CommandLine {
   protected:
     // n samples a second: noise with an offset, text, and a sine of amplitude 3 at 200 Hz.
@@ -95,5 +93,3 @@ TEST_F(Spectrum, windows_have_their_shape_and_unit_mean) {
     EXPECT_HAS(err, "--beta 12 is outside the range of 0 to 10: 10 is taken");
     expect_refused("window cosine 3", "is none of rectangle, hanning, hann, hamming");
 }
-
-}  // namespace

@@ -4,19 +4,17 @@
 
 #include "program.h"
 
-namespace {
-
 struct Format {
     unsigned code, bits, channels;  // code 1: integers, 3: floating-point numbers
 };
 
-std::string little_endian(std::uint64_t value, unsigned count) {
+static std::string little_endian(std::uint64_t value, unsigned count) {
     std::string bytes;
     for (; count > 0; --count, value >>= 8) bytes += static_cast<char>(value & 0xFF);
     return bytes;
 }
 
-std::string sound_of(const Format &f, const std::vector<double> &samples) {
+static std::string sound_of(const Format &f, const std::vector<double> &samples) {
     std::string sound;
     for (const double x : samples) {
         const auto whole = static_cast<std::uint64_t>(std::llround(std::ldexp(x, static_cast<int>(f.bits) - 1)));
@@ -26,7 +24,7 @@ std::string sound_of(const Format &f, const std::vector<double> &samples) {
     return sound;
 }
 
-std::string wav_of(const Format &f, const std::vector<double> &samples) {
+static std::string wav_of(const Format &f, const std::vector<double> &samples) {
     const std::string sound = sound_of(f, samples);
     const unsigned frame = f.channels * f.bits / 8;
     return "RIFF" + little_endian(36 + sound.size(), 4) + "WAVEfmt " + little_endian(16, 4) + little_endian(f.code, 2) +
@@ -73,5 +71,3 @@ TEST_F(CommandLine, clipped_and_damaged_sound_is_reported) {
                                                       {"x.wav --rate 9kHz", "is sampled at 8000 Hz"},
                                                       {"x.wav --column=1", "--column is for tables"}});
 }
-
-}  // namespace

@@ -12,10 +12,8 @@
 #include <string>
 #include <vector>
 
-namespace {
-
 // What a command that ends with this status writes to standard output.
-std::string output_of(const std::string &command, int status = 0) {
+static std::string output_of(const std::string &command, int status = 0) {
     std::FILE *const out = popen(command.c_str(), "r");
     std::string text;
     for (int c = std::fgetc(out); c != EOF; c = std::fgetc(out)) text += static_cast<char>(c);
@@ -30,7 +28,7 @@ struct Pair {
 };
 
 // The two numbers of the row that begins with label, whatever stands between them; NaN where there is no such row.
-Pair row(const std::string &table, const std::string &label) {
+static Pair row(const std::string &table, const std::string &label) {
     const std::size_t at = ("\n" + table).find("\n" + label + " ");
     if (at == std::string::npos) return {std::nan(""), std::nan("")};
     std::istringstream words(table.substr(at + label.size(), table.find('\n', at) - at - label.size()));
@@ -41,7 +39,7 @@ Pair row(const std::string &table, const std::string &label) {
     return numbers.size() == 2 ? Pair{numbers[0], numbers[1]} : Pair{std::nan(""), std::nan("")};
 }
 
-std::vector<Pair> columns(std::istream &table) {
+static std::vector<Pair> columns(std::istream &table) {
     std::vector<Pair> rows;
     for (std::string line; std::getline(table, line);) {
         std::istringstream in(line);
@@ -101,5 +99,3 @@ TEST(TrackPosition, fails_if_nobody_can_read_the_table) {
     output_of("'" TRACK_POSITION "' >/dev/full", 1);
     output_of("'" TRACK_POSITION "' >&-", 1);
 }
-
-}  // namespace

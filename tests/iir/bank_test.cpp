@@ -11,8 +11,6 @@
 #include "support/noise.h"
 #include "support/reference/iir.h"
 
-namespace {
-
 using namespace designs;
 
 // A bank with memory beside it.  An output may feed a later input or a filter, and a filter an input.
@@ -21,8 +19,8 @@ struct Memory {
     double in[16], separate[16];
 };
 constexpr int kPlaces = 6;
-double *in(Memory &m, int place) { return place == 5 ? m.bank.Filters[2].RegY1 : m.in + 1; }
-double *out(Memory &m, int place) {
+static double *in(Memory &m, int place) { return place == 5 ? m.bank.Filters[2].RegY1 : m.in + 1; }
+static double *out(Memory &m, int place) {
     double *const places[kPlaces] = {m.separate, m.in + 1, m.in + 2, m.in, m.bank.Filters[3].RegX1, m.separate};
     return places[place];
 }
@@ -58,5 +56,3 @@ TEST(IIRFilters, equals_iir_filter_channel_by_channel) {
                 ASSERT_EQ(std::memcmp(&banked, &single, sizeof banked), 0);  // nor has anything else changed
             }
 }
-
-}  // namespace

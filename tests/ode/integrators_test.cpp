@@ -8,8 +8,6 @@
 #include "support/expect.h"
 #include "support/reference/ode.h"
 
-namespace {
-
 using reference::Derivative, reference::State;
 
 constexpr const char *kLine[] = {"", "rkf45: time set error!\n", "solve failure, data over big!\n",
@@ -26,17 +24,17 @@ struct System {
     }
 };
 
-int derivative(double t, const double *y, void *system, double *dydt) {
+static int derivative(double t, const double *y, void *system, double *dydt) {
     System &s = *static_cast<System *>(system);
     const State result = s(t, State(y, s.n));
     std::copy(begin(result), end(result), dydt);
     return -1;  // which is ignored
 }
 
-State rotation(double, const State &y) { return {y[1], -y[0]}; }
+static State rotation(double, const State &y) { return {y[1], -y[0]}; }
 
 // The integrator has the result, line, y and number of calls of the plain loop.
-int expect_plain(auto integrator, auto plain, const Derivative &f, State y, auto... arguments) {
+static int expect_plain(auto integrator, auto plain, const Derivative &f, State y, auto... arguments) {
     System system{f, y.size()}, plain_system = system;
     State expected = y;
     const int code = plain(arguments..., std::ref(plain_system), expected), n = static_cast<int>(y.size());
@@ -122,5 +120,3 @@ TEST(Integrators, end_whatever_the_arguments) {
     }
     alarm(0);
 }
-
-}  // namespace
