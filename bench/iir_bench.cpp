@@ -13,9 +13,7 @@
 
 namespace {
 
-using Size = std::size_t;
-
-constexpr Size kSamples = 10000;
+constexpr std::size_t kSamples = 10000;
 
 TIIRFilter default_filter() {
     TIIRFilter f;
@@ -34,17 +32,18 @@ void compare_with_loop(benchmark::State &state, Peer &loop, Run run) {
     bench::compare(
         state, kSamples,
         [&] {
-            for (Size i = 0; i < kSamples; ++i) out[i] = IIRFilter(&f, in[i]);
+            for (std::size_t i = 0; i < kSamples; ++i) out[i] = IIRFilter(&f, in[i]);
         },
         [&] {
-            for (Size i = 0; i < kSamples; ++i) out[i] = run(&loop, sections, in[i]);
+            for (std::size_t i = 0; i < kSamples; ++i) out[i] = run(&loop, sections, in[i]);
         });
 }
 
 void IIRFilter_against_loop_over_records(benchmark::State &state) {
     const IIRCoeffs c = default_filter().Coeffs;
     peer::Section loop[peer::kSections];
-    for (Size k = 0; k < peer::kSections; ++k) loop[k] = {c.b0[k], c.b1[k], c.b2[k], c.a1[k], c.a2[k], 0, 0, 0, 0};
+    for (std::size_t k = 0; k < peer::kSections; ++k)
+        loop[k] = {c.b0[k], c.b1[k], c.b2[k], c.a1[k], c.a2[k], 0, 0, 0, 0};
     compare_with_loop(state, loop[0], peer::run_sections);
 }
 MENSURA_COMPARE(IIRFilter_against_loop_over_records, 400);
@@ -52,7 +51,7 @@ MENSURA_COMPARE(IIRFilter_against_loop_over_records, 400);
 void IIRFilter_against_loop_over_arrays(benchmark::State &state) {
     const IIRCoeffs c = default_filter().Coeffs;
     peer::Arrays loop{};
-    for (Size k = 0; k < peer::kSections; ++k) {
+    for (std::size_t k = 0; k < peer::kSections; ++k) {
         loop.b0[k] = c.b0[k];
         loop.b1[k] = c.b1[k];
         loop.b2[k] = c.b2[k];
@@ -65,7 +64,7 @@ MENSURA_COMPARE(IIRFilter_against_loop_over_arrays, 400);
 
 // Per channel and sample: a bank of ten against one filter alone.
 void IIRFilters_ten_channels_against_IIRFilter(benchmark::State &state) {
-    constexpr Size kChannels = 10, kInstants = 2000;
+    constexpr std::size_t kChannels = 10, kInstants = 2000;
     TIIRFilter one = default_filter();
     TIIRFilterBank bank;
     initTIIRFilters(&bank, ptLowPass, kChannels, 40.0, 360.0);
@@ -74,10 +73,10 @@ void IIRFilters_ten_channels_against_IIRFilter(benchmark::State &state) {
     bench::compare(
         state, static_cast<double>(in.size()),
         [&] {
-            for (Size i = 0; i < in.size(); i += kChannels) IIRFilters(&bank, &in[i], &out[i]);
+            for (std::size_t i = 0; i < in.size(); i += kChannels) IIRFilters(&bank, &in[i], &out[i]);
         },
         [&] {
-            for (Size i = 0; i < in.size(); ++i) out[i] = IIRFilter(&one, in[i]);
+            for (std::size_t i = 0; i < in.size(); ++i) out[i] = IIRFilter(&one, in[i]);
         });
 }
 MENSURA_COMPARE(IIRFilters_ten_channels_against_IIRFilter, 400);

@@ -16,7 +16,6 @@
 
 namespace {
 
-using Size = std::size_t;
 using Vector = std::vector<double>;
 
 // ---- fixed capacity, n x n ----
@@ -25,7 +24,7 @@ using Vector = std::vector<double>;
 struct Square : RMATRIX {
     Vector packed;
 
-    Square(int n, unsigned seed) : RMATRIX(), packed(bench::noise(static_cast<Size>(n * n), seed)) {
+    Square(int n, unsigned seed) : RMATRIX(), packed(bench::noise(static_cast<std::size_t>(n * n), seed)) {
         setRMATRIX_ptr(packed.data(), n, n, this);
     }
 };
@@ -85,14 +84,14 @@ MENSURA_COMPARE(rmatrix_multi_ptr_against_OpenBLAS, 1000);
 
 using Rows = std::vector<Vector>;
 
-constexpr Size kRows = 168, kCols = 84;
+constexpr std::size_t kRows = 168, kCols = 84;
 
 Rows product(const Rows &x, const Rows &y) {
     Rows z(x.size(), Vector(y[0].size()));
-    for (Size i = 0; i < z.size(); ++i)
-        for (Size j = 0; j < z[i].size(); ++j) {
+    for (std::size_t i = 0; i < z.size(); ++i)
+        for (std::size_t j = 0; j < z[i].size(); ++j) {
             double sum = 0;
-            for (Size k = 0; k < y.size(); ++k) sum += x[i][k] * y[k][j];
+            for (std::size_t k = 0; k < y.size(); ++k) sum += x[i][k] * y[k][j];
             z[i][j] = sum;
         }
     return z;
@@ -101,7 +100,7 @@ Rows product(const Rows &x, const Rows &y) {
 double norm(const Vector &v) { return std::sqrt(std::inner_product(v.begin(), v.end(), v.begin(), 0.0)); }
 
 // Reflects `column` onto a multiple of axis k, of the other sign than `diagonal`.
-Rows reflector(const Vector &column, Size k, double diagonal) {
+Rows reflector(const Vector &column, std::size_t k, double diagonal) {
     Vector v = column;
     v[k] += diagonal > 0 ? -norm(column) : norm(column);
     if (const double length = norm(v); length >= 1e-10) {
@@ -109,11 +108,11 @@ Rows reflector(const Vector &column, Size k, double diagonal) {
     } else if (const auto tiny = std::ranges::find_if(column, [](double e) { return std::abs(e) < 1e-10; });
                tiny != column.end()) {
         v.assign(v.size(), 0.0);
-        v[static_cast<Size>(tiny - column.begin())] = 1;
+        v[static_cast<std::size_t>(tiny - column.begin())] = 1;
     }
     Rows h(v.size(), Vector(v.size()));
-    for (Size i = 0; i < v.size(); ++i) {
-        for (Size j = 0; j < v.size(); ++j) h[i][j] = -2 * v[i] * v[j];
+    for (std::size_t i = 0; i < v.size(); ++i) {
+        for (std::size_t j = 0; j < v.size(); ++j) h[i][j] = -2 * v[i] * v[j];
         h[i][i] += 1;
     }
     return h;
@@ -122,10 +121,10 @@ Rows reflector(const Vector &column, Size k, double diagonal) {
 // Every reflector is a full matrix, every product multiplied out.
 void textbook_householder(const Rows &x, Rows &q_transposed, Rows &r) {
     Rows z = x, &p = q_transposed;
-    for (Size k = 0; k < kCols; ++k) {
+    for (std::size_t k = 0; k < kCols; ++k) {
         Vector column(kRows);
-        for (Size i = 0; i < kRows; ++i) {  // identity in the first k rows and columns
-            for (Size j = 0; j < kCols; ++j)
+        for (std::size_t i = 0; i < kRows; ++i) {  // identity in the first k rows and columns
+            for (std::size_t j = 0; j < kCols; ++j)
                 if (i < k || j < k) z[i][j] = i == j ? 1 : 0;
             column[i] = z[i][k];
         }
@@ -140,8 +139,8 @@ template <typename Element>
 void compare_with_textbook(benchmark::State &state, Element element) {
     Matrix *const x = matrix_new(kRows, kCols), *q = nullptr, *r = nullptr;
     Rows rows(kRows, Vector(kCols)), peer_q, peer_r;  // peer_q is transposed
-    for (Size i = 0; i < kRows; ++i)
-        for (Size j = 0; j < kCols; ++j) x->v[i][j] = rows[i][j] = element(i, j);
+    for (std::size_t i = 0; i < kRows; ++i)
+        for (std::size_t j = 0; j < kCols; ++j) x->v[i][j] = rows[i][j] = element(i, j);
     const auto ours = [&] {
         matrix_delete(q);
         matrix_delete(r);
@@ -151,9 +150,9 @@ void compare_with_textbook(benchmark::State &state, Element element) {
 
     const auto bits = [](double x) { return std::bit_cast<std::uint64_t>(x); };
     int differing = 0;
-    for (Size i = 0; i < kRows; ++i) {
-        for (Size j = 0; j < kRows; ++j) differing += bits(q->v[i][j]) != bits(peer_q[j][i]);
-        for (Size j = 0; j < kCols; ++j) differing += bits(r->v[i][j]) != bits(peer_r[i][j]);
+    for (std::size_t i = 0; i < kRows; ++i) {
+        for (std::size_t j = 0; j < kRows; ++j) differing += bits(q->v[i][j]) != bits(peer_q[j][i]);
+        for (std::size_t j = 0; j < kCols; ++j) differing += bits(r->v[i][j]) != bits(peer_r[i][j]);
     }
     for (Matrix *m : {x, q, r}) matrix_delete(m);
     state.counters["differing"] = differing;
@@ -162,13 +161,13 @@ void compare_with_textbook(benchmark::State &state, Element element) {
 
 void householder_of_noise_against_textbook(benchmark::State &state) {
     const Vector noise = bench::noise(kRows * kCols);
-    compare_with_textbook(state, [&](Size i, Size j) { return noise[i * kCols + j]; });
+    compare_with_textbook(state, [&](std::size_t i, std::size_t j) { return noise[i * kCols + j]; });
 }
 MENSURA_COMPARE(householder_of_noise_against_textbook, 10);
 
 // Of rank 2: most of the steps have nothing to reflect but rounding errors.
 void householder_of_i_plus_j_against_textbook(benchmark::State &state) {
-    compare_with_textbook(state, [](Size i, Size j) { return static_cast<double>(i + j); });
+    compare_with_textbook(state, [](std::size_t i, std::size_t j) { return static_cast<double>(i + j); });
 }
 MENSURA_COMPARE(householder_of_i_plus_j_against_textbook, 10);
 

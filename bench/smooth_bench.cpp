@@ -13,17 +13,16 @@
 
 namespace {
 
-using Size = std::size_t;
 using Numbers = std::valarray<double>;
 
 // ---- whole records, per sample ----
 
-constexpr Size kSamples = 1000000;
+constexpr std::size_t kSamples = 1000000;
 constexpr double kStep = 0.125;  // a power of two, so that all samples are exact
 
 Numbers straight_line() {
     Numbers x(kSamples);
-    for (Size i = 0; i < kSamples; ++i) x[i] = kStep * static_cast<double>(i);
+    for (std::size_t i = 0; i < kSamples; ++i) x[i] = kStep * static_cast<double>(i);
     return x;
 }
 
@@ -57,7 +56,7 @@ MENSURA_COMPARE(central_difference_against_memcpy, 200);
 
 // ---- moving averages, per sample and channel ----
 
-constexpr Size kLength = 1000;
+constexpr std::size_t kLength = 1000;
 
 void move_average_filter_online_against_ordered_sum(benchmark::State &state) {
     constexpr int kCalls = 200;
@@ -66,8 +65,10 @@ void move_average_filter_online_against_ordered_sum(benchmark::State &state) {
     init_move_average_filter_online(&average, kLength);
     double mean = 0, sum = 0;
     // Every sample is written to the place where it was: the window stays as it is.
-    const auto step = [&] { mean = move_average_filter_online(&average, window[static_cast<Size>(average.Pos)]); };
-    for (Size i = 0; i < kLength; ++i) step();
+    const auto step = [&] {
+        mean = move_average_filter_online(&average, window[static_cast<std::size_t>(average.Pos)]);
+    };
+    for (std::size_t i = 0; i < kLength; ++i) step();
     bench::compare(
         state, kCalls,
         [&] {
@@ -84,7 +85,7 @@ void move_average_filter_online_against_ordered_sum(benchmark::State &state) {
 MENSURA_COMPARE(move_average_filter_online_against_ordered_sum, 400);
 
 void move_average_filter_onlines_ten_channels_against_one_by_one(benchmark::State &state) {
-    constexpr Size kChannels = MOVING_AVERAGE_CHANNELS, kInstants = 20;
+    constexpr std::size_t kChannels = MOVING_AVERAGE_CHANNELS, kInstants = 20;
     MovingAverageBank bank;
     init_move_average_filter_onlines(&bank, kLength, kChannels);
     std::vector<MovingAverageOnline> singles(bank.Filters, bank.Filters + kChannels);
@@ -93,10 +94,11 @@ void move_average_filter_onlines_ten_channels_against_one_by_one(benchmark::Stat
     bench::compare(
         state, static_cast<double>(in.size()),
         [&] {
-            for (Size i = 0; i < in.size(); i += kChannels) move_average_filter_onlines(&bank, &in[i], &ours[i]);
+            for (std::size_t i = 0; i < in.size(); i += kChannels) move_average_filter_onlines(&bank, &in[i], &ours[i]);
         },
         [&] {
-            for (Size i = 0; i < in.size(); ++i) peer[i] = move_average_filter_online(&singles[i % kChannels], in[i]);
+            for (std::size_t i = 0; i < in.size(); ++i)
+                peer[i] = move_average_filter_online(&singles[i % kChannels], in[i]);
         });
     state.counters["difference"] = std::abs(ours - peer).max();
 }

@@ -20,7 +20,6 @@
 namespace {
 
 using bench::noise;
-using Size = std::size_t;
 using Samples = std::vector<double>;
 using Spectrum = std::vector<std::complex<double>>;
 
@@ -28,7 +27,7 @@ using Spectrum = std::vector<std::complex<double>>;
 struct Signal {
     Samples noise_re, noise_im, re, im;
 
-    explicit Signal(Size n) : noise_re(noise(n, 1)), noise_im(noise(n, 2)), re(noise_re), im(noise_im) {}
+    explicit Signal(std::size_t n) : noise_re(noise(n, 1)), noise_im(noise(n, 2)), re(noise_re), im(noise_im) {}
 
     void restore() {
         std::ranges::copy(noise_re, re.begin());
@@ -36,18 +35,18 @@ struct Signal {
     }
 };
 
-Size size_of(const benchmark::State &state) { return static_cast<Size>(state.range(0)); }
+std::size_t size_of(const benchmark::State &state) { return static_cast<std::size_t>(state.range(0)); }
 
 Spectrum interleaved(const Samples &re, const Samples &im) {
     Spectrum z(re.size());
-    for (Size k = 0; k < z.size(); ++k) z[k] = {re[k], im[k]};
+    for (std::size_t k = 0; k < z.size(); ++k) z[k] = {re[k], im[k]};
     return z;
 }
 
 // max |ours - peer| / max |peer| over the peer's bins: shows that both have done the same work.
 double difference(const Spectrum &ours, const Spectrum &peer) {
     double largest = 0, error = 0;
-    for (Size k = 0; k < peer.size(); ++k) {
+    for (std::size_t k = 0; k < peer.size(); ++k) {
         largest = std::max(largest, std::abs(peer[k]));
         error = std::max(error, std::abs(ours[k] - peer[k]));
     }
@@ -134,8 +133,8 @@ MENSURA_COMPARE_SIZES(FFT_against_KissFFT_planned_in_the_call);
 struct Circle {
     Samples cos, sin;
 
-    explicit Circle(Size n) : cos(n), sin(n) {
-        for (Size k = 0; k < n; ++k) {
+    explicit Circle(std::size_t n) : cos(n), sin(n) {
+        for (std::size_t k = 0; k < n; ++k) {
             const double angle = 2 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(n);
             cos[k] = std::cos(angle);
             sin[k] = std::sin(angle);
@@ -144,10 +143,10 @@ struct Circle {
 };
 
 [[gnu::noinline]] void complex_loop(const Circle &circle, const Signal &x, Samples &out_re, Samples &out_im) {
-    const Size n = x.re.size();
-    for (Size k = 0; k < n; ++k) {
+    const std::size_t n = x.re.size();
+    for (std::size_t k = 0; k < n; ++k) {
         double re = 0, im = 0;
-        for (Size t = 0, at = 0; t < n; ++t) {
+        for (std::size_t t = 0, at = 0; t < n; ++t) {
             re += x.re[t] * circle.cos[at] + x.im[t] * circle.sin[at];
             im += x.im[t] * circle.cos[at] - x.re[t] * circle.sin[at];
             at += k;
@@ -160,10 +159,10 @@ struct Circle {
 
 // Bins 0 .. n/2 only.
 [[gnu::noinline]] void real_loop(const Circle &circle, const Samples &x, Samples &out_re, Samples &out_im) {
-    const Size n = x.size();
-    for (Size k = 0; k <= n / 2; ++k) {
+    const std::size_t n = x.size();
+    for (std::size_t k = 0; k <= n / 2; ++k) {
         double re = 0, im = 0;
-        for (Size t = 0, at = 0; t < n; ++t) {
+        for (std::size_t t = 0, at = 0; t < n; ++t) {
             re += x[t] * circle.cos[at];
             im -= x[t] * circle.sin[at];
             at += k;
@@ -175,7 +174,7 @@ struct Circle {
 }
 
 void DFT_against_loop(benchmark::State &state) {
-    const Size n = size_of(state);
+    const std::size_t n = size_of(state);
     const Circle circle(n);
     Signal x(n);
     Samples re(n), im(n);
@@ -189,7 +188,7 @@ void DFT_against_loop(benchmark::State &state) {
 MENSURA_COMPARE(DFT_against_loop, 200)->Arg(1000);
 
 void RealSigDFT_against_loop(benchmark::State &state) {
-    const Size n = size_of(state);
+    const std::size_t n = size_of(state);
     const Circle circle(n);
     const Samples x = noise(n, 1);
     Samples our_re(n), our_im(n), re(n / 2 + 1), im(n / 2 + 1);
@@ -204,14 +203,14 @@ MENSURA_COMPARE(RealSigDFT_against_loop, 200)->Arg(1000);
 
 // Against the cosines of one half alone: the least that a symmetric window with one cosine a point has to compute.
 void compare_with_cosines(benchmark::State &state, int kind, double beta) {
-    const Size n = size_of(state);
+    const std::size_t n = size_of(state);
     const Samples original = noise(n, 1);
     Samples data(n), cosines(n / 2);
     bench::compare(
         state, static_cast<double>(n), [&] { WindowData(data.data(), static_cast<int>(n), kind, 0.0, beta, 0); },
         [&] {
             const double period = static_cast<double>(n) + 1;
-            for (Size i = 0; i < n / 2; ++i)
+            for (std::size_t i = 0; i < n / 2; ++i)
                 cosines[i] = std::cos(2 * std::numbers::pi * static_cast<double>(i + 1) / period);
             benchmark::DoNotOptimize(cosines.data());
             benchmark::ClobberMemory();

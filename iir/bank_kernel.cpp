@@ -22,12 +22,12 @@ namespace {
 using Sections = Pair;  // one value of each of two neighbouring sections of one channel
 using Channels = Pair;  // one value of each of the two channels
 
-// What a section adds up: products, except for that of b0 with the input.
+// The terms of a section's sums: products, except for b0, which still has to be multiplied by the input.
 struct Terms {
     Pair b0, b1_x1, b2_x2, a1_y1, a2_y2;
 };
 
-// Of two channels' terms, those of the first section and those of the second.
+// The terms of the first section of two channels, and those of the second section.
 LANES_INLINE Terms first_section(const Terms &f, const Terms &g) {
     return {firsts(f.b0, g.b0), firsts(f.b1_x1, g.b1_x1), firsts(f.b2_x2, g.b2_x2), firsts(f.a1_y1, g.a1_y1),
             firsts(f.a2_y2, g.a2_y2)};

@@ -67,7 +67,7 @@ bool can_screen(const AnalogCascade &c, double g) {
            bound_of_product(c.sections, c.den2, c.den1, c.den0) <= kLargestBound;
 }
 
-// In rad/s; the last point of the grid where no point lies below the level.
+// The corner in rad/s; the last point of the grid if no point lies below the level.
 double find_corner(const AnalogCascade &c) {
     const double g = inverse_of_dc_gain(c);
     const bool screened = can_screen(c, g);

@@ -20,7 +20,7 @@ constexpr double kCutoffOverSignal = 15.0;  // the automatic cut-off over the hi
 
 constexpr std::ptrdiff_t kForwards = 1, kBackwards = -1;  // strides
 
-// As IIRFilter, sample by sample, along the stride.
+// Runs the filter as IIRFilter does, sample by sample, along the stride.
 void run_record(TIIRFilter &f, const double *in, double *out, std::size_t n, std::ptrdiff_t stride) {
     if (f.Primed == 0) prime(f, *in);
     for (std::size_t i = 0; i < n; i += kBlockSize) {

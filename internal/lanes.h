@@ -69,7 +69,7 @@ LANES_INLINE Lanes magnitude(Lanes v) {
     return reinterpret_cast<Lanes>(reinterpret_cast<LaneBits>(v) & INT64_MAX);  // without the sign bit
 }
 
-// As for pairs.
+// Lane by lane, as for pairs.
 LANES_INLINE Lanes larger(Lanes a, Lanes b) {
 #ifdef __AVX__
     return a > b ? a : b;

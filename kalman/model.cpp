@@ -14,7 +14,7 @@ double *zeroed(double *m, std::size_t rows, std::size_t cols) {
     return m;
 }
 
-// Of the position p, velocity v and acceleration a of one axis.
+// The covariances of the position p, velocity v and acceleration a of one axis.
 struct Covariance {
     double pp, pv, pa, vv, va, aa;
 };

@@ -16,7 +16,7 @@ namespace {
 
 std::size_t count(int n) { return static_cast<std::size_t>(std::max(n, 0)); }
 
-constexpr int kBlankLines = 20;  // behind each matrix that matrix_show writes
+constexpr int kBlankLines = 20;  // after each matrix that matrix_show writes
 
 // Zeros of all bits are doubles of +0.0.  A length of 0 gets memory too, so that null means failure.
 template <typename T>

@@ -165,7 +165,7 @@ class FiniteReflections {
         std::swap(product_, next_product_);
     }
 
-    // z_ = H z_ with the H written last, rows and columns behind k: what the next step needs.
+    // z_ = H z_ with the H written last, rows and columns after k: what the next step needs.
     void reflect_rest(std::size_t k) {
         const std::size_t n = k + 1;
         multiply_rows({h_->v + n, k}, {z_->v + k, n}, {next_z_->v + n, n}, rows_ - n, rows_ - k, cols_ - n);

@@ -40,7 +40,7 @@ struct Pivot {
     std::size_t row, col;
 };
 
-// Of the four columns j .. j + 3: which is column `col`, and which lie behind it.
+// Masks of the four columns j .. j + 3: which one is column `col`, and which come after it.
 LANES_INLINE LaneBits columns_from(std::size_t j) { return LaneBits{0, 1, 2, 3} + static_cast<std::int64_t>(j); }
 LANES_INLINE LaneBits is_column(std::size_t col, std::size_t j) {
     return columns_from(j) == static_cast<std::int64_t>(col);
@@ -57,7 +57,7 @@ LANES_INLINE void update(double *row, const double *q, double m, std::size_t fro
 }
 
 // Columns from .. end of a row.  In column col, q is p, and -0.0 - m q is -p m.  With kSearch it returns the largest
-// magnitudes behind column col.
+// magnitudes after column col.
 template <bool kSearch>
 LANES_INLINE Lanes update_around(double *row, const double *q, double m, std::size_t from, std::size_t col,
                                  std::size_t end) {

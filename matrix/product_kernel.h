@@ -10,7 +10,7 @@
 
 namespace mensura::matrix {
 
-// Where the rows of a matrix lie: in a record of fixed capacity, or where a pointer to each row says.
+// The rows of a matrix: in an RMATRIX of fixed capacity, or with a pointer to each row.
 template <typename T>
 struct RecordRows {
     T *data;

@@ -44,8 +44,8 @@ struct Search {
 
 enum class Found { kNothing, kQuadraticFactor, kRealRoot };
 
-// Of both stages: the trial quadratic TUV, the quotients QP = P / TUV and QPR = P / (x - s), the K polynomials KQ of
-// the quadratic stage and KR of the real one, and QK, the quotient of either by what its stage divides P by.
+// The data of both stages: the trial quadratic TUV, the quotients QP = P / TUV and QPR = P / (x - s), the K polynomials
+// KQ of the quadratic stage and KR of the real one, and the quotients QK = KQ / TUV or KR / (x - s).
 struct Work {
     Coefficients QP, QPR, KQ, KR, QK;
     real TUV[3];

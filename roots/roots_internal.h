@@ -42,9 +42,9 @@ void solve_closed_form(real *p, int degree, real *re, real *im);
 
 enum Flag { kRunning = 0, kAbandon = 1, kStepNegligible = 2, kNoProgress = 3, kImproved = 4 };
 
-using Step = long long;  // 20 a pass, for any int of a pass
+using Step = long long;  // 20 steps a pass, and a pass is any int
 
-// What the iterations remember from one call to the next.  Each thread has one; a start (Pass 0, Step 0) clears it.
+// What the iterations keep from one call to the next.  Each thread has one; a start (Pass 0, Step 0) clears it.
 struct IterationMemory {
     real previous_value = 0;     // P(s) at the previous step of the real stage
     Step damping_restarted = 0;  // the step of the quadratic stage from which damping counts

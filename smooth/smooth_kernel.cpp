@@ -26,7 +26,7 @@ LANES_INLINE T plus_term(T sum, T x) {
         return sum + term;
 }
 
-// Adds the samples x[kOffset] and those behind to the sums whose windows contain them.
+// Adds each sample from x[kOffset] on to the sums whose windows contain it.
 template <const auto &kRow, std::size_t kOffset, std::size_t kCount>
 LANES_INLINE void add_samples(const double *x, Lanes (&sums)[kCount]) {
     constexpr std::size_t kWindow = kRow.weight.size();

@@ -62,14 +62,14 @@ Complex response(Cascade cascade, const Angle &theta) {
 
 // ---- Delay ---------------------------------------------------------------------------------------------------------
 
-// Of c0 + c1 z^-1, in samples: 1/2 + (c1^2 - c0^2) / (2 |Q|^2).
+// The delay of c0 + c1 z^-1 in samples: 1/2 + (c1^2 - c0^2) / (2 |Q|^2).
 double first_order_delay(double c0, double c1, const Angle &theta) {
     const double difference = (c1 - c0) * (c1 + c0), size = c0 * c0 + c1 * c1;
     if (std::abs(difference) <= kOnTheCircle * size) return size == 0 ? kNaN : 0.5;
     return 0.5 + 0.5 * difference / std::norm(turned_value({0, c0, c1}, theta));
 }
 
-// Of a quadratic: 1 + (c2 - c0) (c0 + c2 + c1 cos(theta)) / |Q|^2.
+// The delay of a quadratic in samples: 1 + (c2 - c0) (c0 + c2 + c1 cos(theta)) / |Q|^2.
 double second_order_delay(const Quadratic &q, const Angle &theta) {
     const double sum = theta.nearer_to_zero() ? at_plus_one(q) - q.c1 * theta.one_minus_cosine()
                                               : at_minus_one(q) + q.c1 * theta.one_plus_cosine();
@@ -95,7 +95,7 @@ struct Roots {
     std::size_t count;
 };
 
-// Of c0 z^2 + c1 z + c2, but for those at the origin or at infinity.
+// The roots of c0 z^2 + c1 z + c2, except those at the origin or at infinity.
 Roots roots(const Quadratic &q) {
     if (q.c0 == 0) return q.c1 == 0 || q.c2 == 0 ? Roots{{}, 0} : Roots{{-q.c2 / q.c1}, 1};
     const double half = -0.5 * q.c1 / q.c0, product = q.c2 / q.c0;
@@ -109,7 +109,7 @@ Roots roots(const Quadratic &q) {
     return {{larger, product / larger}, product == 0 ? 1U : 2U};
 }
 
-// Angles at growing distances to either side of a pole or zero, until they would be as far apart as even steps.
+// Adds angles on both sides of a pole or zero, at growing distances, until these grow by an even step.
 void add_around(Complex root, double even_step, std::vector<double> &angles) {
     constexpr double kNearest = 1e-9, kFirst = 0.01, kGrowth = 1.05;
     if (root.imag() < 0 || !std::isfinite(std::abs(root))) return;  // its conjugate has the same angle

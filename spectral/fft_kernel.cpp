@@ -123,7 +123,7 @@ LANES_INLINE void join_pairs(const Plan &plan, Bins *x, std::size_t count) {
     for (std::size_t i = 0; i < count; i += 2) butterfly(x[i], x[i + 1], w);
 }
 
-// Joins four transforms of q vectors, one behind the other at x; put(i, bins) takes vector i of the result.
+// Joins four transforms of q vectors, one after the other at x; put(i, bins) takes vector i of the result.
 template <typename Put>
 LANES_INLINE void join_quarters(const Plan &plan, const Bins *x, std::size_t q, Put put) {
     const Twiddles *const w = plan.twiddles_of(q);

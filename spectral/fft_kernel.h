@@ -21,7 +21,7 @@ struct Twiddles {
 //
 // A pass runs two stages: it joins four transforms of q vectors to one of 4 q.  Passes have q = 1, 4, 16, ..., n / 16;
 // where n / 16 is no power of four, one stage runs on its own first, and they have q = 2, 8, 32, ..., n / 16.  The
-// table of a pass has q entries; the tables lie one behind the other.
+// table of a pass has q entries; the tables lie one after the other.
 struct Plan {
     std::size_t n;
     Bins *bins;

@@ -31,8 +31,9 @@ double octave_above(double cutoff, double nyquist) {
 
 using Bands = std::vector<Band>;
 
-// An octave to either side of the cut-off; band types: a quarter of the bandwidth around a band-pass, a twentieth around
-// a notch, and what lies two bandwidths and more off the centre.
+// The pass bands and the stop bands.  Low-pass and high-pass: what lies an octave or more from the cut-off.  Band types: a
+// quarter of the bandwidth to either side of the centre (a notch: a twentieth), and what lies two bandwidths or more from
+// the centre.
 std::pair<Bands, Bands> band_edges(const IIRDesignSpec &spec, double rate) {
     const double nyquist = 0.5 * rate, cutoff = spec.NormCutoff * nyquist, width = spec.NormBandwidth * nyquist;
     const Band below{0, 0.5 * cutoff}, above{octave_above(cutoff, nyquist), nyquist};

@@ -29,7 +29,7 @@ void check_frequencies(const FilterRequest &request, double rate);
 // The request as the library takes it.
 IIRDesignSpec design_spec(const FilterRequest &request, double rate);
 
-// In Hz.
+// The requested bandwidth, or the default one, in Hz.
 double bandwidth_of(const FilterRequest &request, double rate);
 
 }  // namespace cli

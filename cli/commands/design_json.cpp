@@ -1,4 +1,4 @@
-// What mensura design --json prints.
+// The JSON that mensura design --json prints.
 #include <mensura/iir.h>
 
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-// What mensura design prints for people to read.
+// The text that mensura design prints.
 #include <fmt/format.h>
 #include <mensura/iir.h>
 

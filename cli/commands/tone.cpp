@@ -27,7 +27,7 @@ constexpr const char *kExamples =
 struct Options {
     SpectrumOptions spectrum;
     std::optional<double> rate;
-    std::vector<std::string> arguments;  // frequencies, and behind them a file
+    std::vector<std::string> arguments;  // frequencies, and after them a file
     std::vector<std::string> columns;
     std::string output;
 };
@@ -84,7 +84,7 @@ void add_tone(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command("tone", "amplitudes at single frequencies", kExamples);
     app.add_option("F", options->arguments,
-                   "frequencies in Hz, from 0 to half the sampling rate; behind them the input, - or none is standard "
+                   "frequencies in Hz, from 0 to half the sampling rate; after them the input, - or none is standard "
                    "input")
         .type_name("... [FILE]")
         .required();

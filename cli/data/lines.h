@@ -20,7 +20,7 @@ class LineReader {
     // The next line, valid until the next call; false at the end.
     bool next(Line &line);
     // Whether the whole next line has been received already.
-    bool ready() const { return source_.pending().find('\n') != std::string_view::npos; }
+    bool next_is_received() const { return source_.pending().find('\n') != std::string_view::npos; }
     const std::string &name() const { return source_.name(); }
 
   private:

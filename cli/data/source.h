@@ -26,7 +26,7 @@ class Source {
     int descriptor() const { return descriptor_; }
     // The bytes still to come begin with this (as far as they have been read).
     std::string_view pending() const { return std::string_view(buffer_).substr(position_); }
-    // Waits for more bytes behind the pending ones; false at the end.
+    // Waits for more bytes and appends them to the pending ones; false at the end.
     bool more();
     void skip(std::size_t count) { position_ += count; }
     // Everything still to come.

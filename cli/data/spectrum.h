@@ -33,7 +33,7 @@ SpectrumLayout layout_for(std::size_t samples);
 // whatever the window.
 std::vector<double> amplitude_spectrum(std::vector<double> samples, const Window &window, bool no_mean);
 
-// The same at single frequencies from 0 to rate / 2.
+// The amplitudes at single frequencies from 0 to rate / 2.
 std::vector<double> amplitudes_at(const std::vector<double> &frequencies, double rate, std::vector<double> samples,
                                   const Window &window, bool no_mean);
 

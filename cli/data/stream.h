@@ -26,7 +26,7 @@ void stream_wav(WavReader &wav, const Files &files, const MakeFilter &make, cons
 template <class Answer>
 void for_each_line(TableReader &table, Output &out, Answer answer) {
     for (;;) {
-        if (out.full() || (table.rows() > 0 && !table.ready())) out.flush();
+        if (out.full() || (table.rows() > 0 && !table.next_is_received())) out.flush();
         if (!table.next()) return;
         answer();
     }

@@ -27,7 +27,7 @@ bool is_missing(std::string_view cell) {
     return text.empty() || text == "nan" || text == "-nan" || text == "+nan" || text == "na" || text == "n/a";
 }
 
-// In quotes, two stand for one.
+// The name in a cell; in a quoted cell, two quotes stand for one.
 std::string name_in(std::string_view cell) {
     std::string name(content(cell));
     if (trimmed(cell).starts_with('"'))

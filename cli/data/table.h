@@ -33,7 +33,7 @@ class TableReader {
 
     // Reads a line; false at the end, where a table without a row is refused.
     bool next();
-    bool ready() const { return lines_.ready(); }
+    bool next_is_received() const { return lines_.next_is_received(); }
 
     LineKind kind() const { return kind_; }
     const Line &line() const { return line_; }

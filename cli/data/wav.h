@@ -19,7 +19,7 @@ namespace cli {
 // Whether the input begins like a WAV; waits for no more bytes than that takes.
 bool is_wav(Source &source);
 
-// For commands that read tables alone.
+// Refuses a WAV, for commands that read tables only.
 void refuse_wav(Source &source);
 
 inline constexpr std::size_t kWavFrames = 4096;  // to read and write at a time

@@ -1,4 +1,4 @@
-// What the program arranges with the system before it opens a file.
+// What the program sets up before it opens a file: standard descriptors and signals.
 #pragma once
 
 namespace cli {

@@ -23,7 +23,7 @@ void add_plot_options(const Command &app, PlotOptions &plot);
 // Whether a file's name ends like a picture's.
 bool is_picture(const std::string &file);
 
-// The part of a file's name behind its last dot, in lower case.
+// The part of a file's name after its last dot, in lower case.
 std::string suffix_of(const std::string &file);
 
 // Where the data go: nowhere when the drawing takes their place.

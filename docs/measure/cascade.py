@@ -49,7 +49,7 @@ class Cascade:
         return out
 
     def gain(self, frequency, rate=2.0):
-        """In dB."""
+        """The gain in dB."""
         return decibels(self.magnitudes([frequency], rate)[0])
 
     def delay(self, frequency, rate=2.0):

@@ -31,7 +31,7 @@ class Examples:
         return RATE / math.pi * math.atan(warped[0] ** 2 / warped[1])
 
     def overshoot(self, design):
-        """Of the step response from rest, as a fraction of the step."""
+        """The overshoot of the step response from rest, as a fraction of the step."""
         step, out = doubles([1.0] * SETTLED), doubles(SETTLED)
         self._library.FilterWithIIR(step, out, SETTLED, design.coeffs)
         return max(out) / out[-1] - 1

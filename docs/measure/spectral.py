@@ -49,7 +49,7 @@ def transformed(call, x, n=None):
 
 
 def magnitudes(call, x, n=None):
-    """Of the bins 0 to n / 2."""
+    """The magnitudes of the bins 0 to n / 2."""
     return np.abs(transformed(call, x, n))[: (n or len(x)) // 2 + 1]
 
 
@@ -168,8 +168,8 @@ def zero_phase(library, x):
 
 
 def zero_phase_errors(library):
-    """Of sines of 5 Hz, the largest at any phase, against the same in the middle of longer records.  The filter is
-    linear, so that two phases determine all others."""
+    """The errors of sines of 5 Hz, the largest at any phase, against the same in the middle of longer records.  The filter
+    is linear, so that two phases determine all others."""
     errors = []
     for phase in (0, np.pi / 2):
         x = sine(RECORD + 2 * MARGIN, 1, 10 / RATE, phase)

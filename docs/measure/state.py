@@ -78,7 +78,7 @@ class States:
         }
 
     def smoothers(self):
-        """Of window w: inside a record w values; at its edges at most 3 w / 2."""
+        """A smoother of window w: one NaN spoils w values inside a record, and at most 3 w / 2 near its edges."""
         for call in SMOOTHERS:
             window = int(call.removeprefix("linear").removeprefix("quadratic").removeprefix("cubic").removeprefix("Smooth"))
             require(self.spoilt_record(call) == window, f"{call}: w values")

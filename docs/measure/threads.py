@@ -63,7 +63,7 @@ def said(header, sentence, last=False):
 
 
 def size(record):
-    """Of a record in memory."""
+    """The size of a record in memory."""
     kilobytes = ctypes.sizeof(getattr(binding, record)) / 1000
     return f"{significant(kilobytes, 2)} KB" if kilobytes < 1000 else f"{significant(kilobytes / 1000, 2)} MB"
 

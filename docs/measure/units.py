@@ -150,7 +150,7 @@ class Peers:
     # ---- Where they differ ----
 
     def first_sample(self):
-        """Of the types that a constant does not pass unchanged: against lfiltic of each section."""
+        """The error of the types that a constant does not pass unchanged, against lfiltic of each section."""
         x, worst = noise(9) + 1.0, 0.0
         for kind in (HIGH_PASS, BAND_PASS, NOTCH):
             f, sos = self.default(kind)

@@ -5,7 +5,7 @@
     power    = atom [ ^ atom ]
     atom     = number | name | ( ... ) | [ ... ] | { ... } | | ... |
 
-A line may end with a remark, three blanks or more behind the formula; a comma and two blanks separate formulas.
+A line may end with a remark, three blanks or more after the formula; a comma and two blanks separate formulas.
 """
 
 import html

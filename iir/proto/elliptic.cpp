@@ -99,7 +99,7 @@ double ascend_zero(const Moduli &m, double x) {
     return x;
 }
 
-// The same for a pole j w, with z = 1 / (j w): the square of j turns the plus into a minus.
+// The way back up for a pole j w, with z = 1 / (j w): the square of j turns the plus into a minus.
 CplxD ascend_pole(const Moduli &m, CplxD z) {
     for (std::size_t i = m.steps; i >= 1; --i) {
         const CplxD reciprocal = CplxDDivision({m.k[i], 0.0}, z);

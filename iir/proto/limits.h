@@ -17,7 +17,7 @@ struct Range {
     double least, most;
 };
 
-// What a request has beside family and order.
+// The settings of a request besides family and order.
 enum Setting : unsigned { kNoSetting = 0, kRipple = 1, kStopBand = 2, kGamma = 4 };
 
 struct Family {

@@ -105,7 +105,7 @@ def in_mpmath(sections):
 
 
 def response(sections, w):
-    """Of rows b0 b1 b2 1 a1 a2 at w radians a sample."""
+    """The response of rows b0 b1 b2 1 a1 a2 at w radians per sample."""
     z1, h = mp.expj(-w), mp.mpf(1)
     for b0, b1, b2, _, a1, a2 in sections:
         h *= (b0 + z1 * (b1 + z1 * b2)) / (1 + z1 * (a1 + z1 * a2))

@@ -22,7 +22,7 @@ def expanded(zs, lead):
 
 
 def exact_roots(c):
-    """Of the coefficients as they are: Weierstrass' simultaneous iteration from near NumPy's roots."""
+    """The exact roots of the given coefficients: Weierstrass' simultaneous iteration from near NumPy's roots."""
     zs = [mp.mpc(z) * (1 + k * mp.mpc("1e-13", "1e-13")) for k, z in enumerate(np.roots(c.astype(float)), start=1)]
     c = [exact(x) for x in c]
     for _ in range(300):
@@ -39,7 +39,7 @@ def exact_roots(c):
 
 
 def condition(c, z):
-    """By how much a relative change of all coefficients moves the root, relative to the root."""
+    """The relative change of the root over the relative change of all coefficients that causes it."""
     c = [exact(x) for x in c]
     slope = mp.polyval(c, z, derivative=True)[1]
     return float(mp.polyval([abs(x) for x in c], abs(z)) / abs(z * slope)) if abs(slope) > 1e-30 else np.inf
