@@ -16,14 +16,12 @@
 
 #include "allocations.h"
 
-namespace {
-
 // ---- Memory ----
 
 #ifdef COUNTS_ALLOCATIONS
 
 // Grants 0, 1, 2, ... allocations until the attempt returns that it reached its end.  No memory stays behind.
-void expect_all_or_nothing(const char *what, int step, int least, const std::function<bool()> &attempt) {
+static void expect_all_or_nothing(const char *what, int step, int least, const std::function<bool()> &attempt) {
     bool done = false;
     int few = -step;
     while (!done && few < 10000) {
@@ -39,7 +37,7 @@ void expect_all_or_nothing(const char *what, int step, int least, const std::fun
 }
 
 // A function on n real and n imaginary parts does its whole work, or leaves them alone.
-void expect_whole_or_untouched(const char *what, int n, int least, auto call) {
+static void expect_whole_or_untouched(const char *what, int n, int least, auto call) {
     std::vector<double> original(2 * static_cast<std::size_t>(n));
     for (std::size_t i = 0; i < original.size(); ++i) original[i] = static_cast<double>(i * i % 17);
     std::vector<double> whole = original, data = original;
@@ -73,7 +71,7 @@ TEST(Memory, without_it_data_stay_as_they_were) {
 }
 
 // Both of two matrices are made, or neither.
-void expect_made_or_null(const char *what, auto make) {
+static void expect_made_or_null(const char *what, auto make) {
     expect_all_or_nothing(what, 1, 2, [&] {
         Matrix *made[2] = {};
         make(made);
@@ -160,5 +158,3 @@ TEST_F(Files, without_memory_for_their_buffers) {
     });
 }
 #endif
-
-}  // namespace

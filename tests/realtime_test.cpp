@@ -16,28 +16,26 @@
 #include "allocations.h"
 #include "support/reference/smooth.h"
 
-namespace {
-
 constexpr int kChannels = 10, kMostStates = 99, kNoFilter = 77;
 
-TIIRFilterBank bank;
-CentralDiffOnline slopes[kChannels];
-AmplitudeLimitOnline limits[kChannels];
-LimitAverageOnline limited[kChannels];
-MovingAverageBank averages;
-KalmanFilter kf;
-RMATRIX square, other, result;
-CplxD z, w, roots[9];
-double sample, tame[20], samples[kMostStates], out[kMostStates];
-double model[5][kMostStates * kMostStates], *rows[kMostStates];
-int found, states, measured;
+static TIIRFilterBank bank;
+static CentralDiffOnline slopes[kChannels];
+static AmplitudeLimitOnline limits[kChannels];
+static LimitAverageOnline limited[kChannels];
+static MovingAverageBank averages;
+static KalmanFilter kf;
+static RMATRIX square, other, result;
+static CplxD z, w, roots[9];
+static double sample, tame[20], samples[kMostStates], out[kMostStates];
+static double model[5][kMostStates * kMostStates], *rows[kMostStates];
+static int found, states, measured;
 
-int grow(double, const double *y, void *, double *dydt) {
+static int grow(double, const double *y, void *, double *dydt) {
     for (std::size_t i = 0; i < std::size(tame); ++i) dydt[i] = 0.1 * y[i];
     return 0;
 }
 
-void prepare(int n) {
+static void prepare(int n) {
     states = n;
     measured = n / 3;
     initTIIRFilters(&bank, ptNotch, kChannels, 60.0, 360.0);
@@ -68,7 +66,7 @@ constexpr bool kX86_64 = true;
 #else
 constexpr bool kX86_64 = false;
 #endif
-Call make(int optimised, int plain, const char *text, void (*run)()) {
+static Call make(int optimised, int plain, const char *text, void (*run)()) {
     return {kOptimised ? optimised : plain, text, run};
 }
 #define CALL(optimised, plain, ...) make(optimised, plain, #__VA_ARGS__, [] { __VA_ARGS__; })
@@ -111,7 +109,7 @@ const Call kCalls[] = {
 };
 
 // Ordinary samples first, then all that a broken sensor may send.
-void run_often(const Call &call, int times) {
+static void run_often(const Call &call, int times) {
     constexpr double kOdd[] = {0.2, NAN, -HUGE_VAL, 0.0, 1.7e308, -0.3, HUGE_VAL, -1.7e308, 5e-324, 0.1};
     for (int i = 0; i < times; ++i) {
         sample = square.data[1] = i < times / 2 ? 0.4 * std::sin(i) : kOdd[i % 10];
@@ -123,7 +121,7 @@ void run_often(const Call &call, int times) {
 }
 
 // The exit code of a process that may do nothing but end, and is killed at any other system call; 1 if it allocates.
-int confined(const Call &call) {
+static int confined(const Call &call) {
     sock_filter steps[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
                            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_exit_group, 0, 1),
                            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
@@ -160,7 +158,7 @@ TEST(RealTime, functions_allocate_nothing_for_long_records_either) {
 }
 
 // Bytes of its stack that a thread has written to.
-std::ptrdiff_t touched(Call call) {
+static std::ptrdiff_t touched(Call call) {
     static unsigned char stack[1 << 20];
     std::ranges::fill(stack, 0xA5);
     pthread_attr_t attributes;
@@ -189,5 +187,3 @@ TEST(RealTime, functions_stay_on_the_stack_that_the_headers_name) {
     check(CALL(26, 60, householder(x, &upper, &orthogonal); matrix_delete(upper); matrix_delete(orthogonal)));
     matrix_delete(x);
 }
-
-}  // namespace

@@ -15,11 +15,9 @@
 #include "support/bits.h"
 #include "support/hash.h"
 
-namespace {
-
 using Bytes = std::streamsize;
 
-void print_fingerprint(const Group &group, const Results &results) {
+static void print_fingerprint(const Group &group, const Results &results) {
     support::Hash hash;
     for (const double x : results) hash.add(x);
     constexpr const char *kKinds[] = {"exact", "libm", "roots"};
@@ -30,7 +28,7 @@ void print_fingerprint(const Group &group, const Results &results) {
 // Of the largest value in a group.  Designs made from the roots of a polynomial lose up to half of their digits.
 constexpr double kTolerance[] = {0, 4e-16, 1e-8};
 
-bool within_tolerance(const Group &group, Results results, Results other) {
+static bool within_tolerance(const Group &group, Results results, Results other) {
     if (group.bits == Group::Bits::kRoots)
         for (Results *const values : {&results, &other})
             std::ranges::sort(*values, [](double a, double b) { return std::is_lt(std::strong_order(a, b)); });
@@ -48,8 +46,6 @@ bool within_tolerance(const Group &group, Results results, Results other) {
                     results.size(), difference / largest);
     return differing == 0 || difference <= kTolerance[static_cast<int>(group.bits)] * largest;
 }
-
-}  // namespace
 
 int main(int argc, char **argv) {
     const std::string_view mode = argc == 3 ? argv[1] : "";
