@@ -31,9 +31,9 @@ double octave_above(double cutoff, double nyquist) {
 
 using Bands = std::vector<Band>;
 
-// The pass bands and the stop bands.  Low-pass and high-pass: what lies an octave or more from the cut-off.  Band types: a
-// quarter of the bandwidth to either side of the centre (a notch: a twentieth), and what lies two bandwidths or more from
-// the centre.
+// The pass bands and the stop bands.  Low-pass and high-pass: what lies an octave or more from the cut-off.  Band
+// types: a quarter of the bandwidth to either side of the centre (a notch: a twentieth), and what lies two bandwidths
+// or more from the centre.
 std::pair<Bands, Bands> band_edges(const IIRDesignSpec &spec, double rate) {
     const double nyquist = 0.5 * rate, cutoff = spec.NormCutoff * nyquist, width = spec.NormBandwidth * nyquist;
     const Band below{0, 0.5 * cutoff}, above{octave_above(cutoff, nyquist), nyquist};

@@ -20,7 +20,7 @@ void add_spectrum_options(const Command &app, SpectrumOptions &options) {
     app.add_option(
            "--window",
            [&window = options.window](const std::string &name) { window.kind = window_kind("--window", name); },
-           fmt::format("data window: {}; default {}, which is none; flattop shows true amplitudes between bins",
+           fmt::format("data window: {}; default {}, which changes nothing; flattop shows true amplitudes between bins",
                        window_names(), window_name(options.window.kind)))
         .type_name("NAME");
     add_window_shape(app, options.window);

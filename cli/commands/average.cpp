@@ -46,7 +46,7 @@ void add_average(const Command &program) {
     const Command app = program.add_command(
         "average", "replace each sample of a table's columns by the mean of the last ones", kExamples);
     add_count(app, "--length", options->length,
-              fmt::format("samples in the mean, 1 to {}; of all so far until there are as many", kLongest))
+              fmt::format("samples in the mean, 1 to {}; the first means are of all samples so far", kLongest))
         .required();
     add_files(app, options->files);
     app.callback([options] { run(*options); });

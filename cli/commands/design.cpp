@@ -80,7 +80,8 @@ void add_design(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command("design", "design a filter and measure what it achieves", kExamples);
     add_filter_request(app, options->request);
-    app.add_flag("--json", options->json, "print it all as JSON; null: minus infinity, or not defined");
+    app.add_flag("--json", options->json,
+                 "print everything as JSON; null stands for minus infinity or for a value that is not defined");
     add_count(app, "--response", options->response,
               "print the response at N frequencies from DC up: Hz, dB, degrees (CSV)")
         .type_name("N")

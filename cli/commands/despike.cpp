@@ -41,10 +41,10 @@ void run(const Options &options) {
 
 void add_despike(const Command &program) {
     const auto options = std::make_shared<Options>();
-    const Command app = program.add_command(
-        "despike",
-        "replace spikes in the columns of a table by the sample before them; the first 6 samples and jumps of 19 pass",
-        kExamples);
+    const Command app = program.add_command("despike",
+                                            "replace spikes in the columns of a table by the sample before them; the "
+                                            "first 6 samples pass, and a new level from its 19th sample on",
+                                            kExamples);
     add_quantity(
         app, "--limit", options->limit, kPlain,
         "a sample that differs from the last one accepted by more than L, in the unit of the column, is a spike")

@@ -81,9 +81,9 @@ void run(const Options &options) {
 
 void add_smooth(const Command &program) {
     const auto options = std::make_shared<Options>();
-    const Command app =
-        program.add_command("smooth", "smooth the columns of a table by polynomials that fit a window best", kExamples);
-    add_count(app, "--degree", options->degree, fmt::format("degree of the polynomial; there are {}", all_smoothers()))
+    const Command app = program.add_command(
+        "smooth", "smooth the columns of a table by polynomials that are fitted to a moving window", kExamples);
+    add_count(app, "--degree", options->degree, fmt::format("degree of the polynomial; available: {}", all_smoothers()))
         .required();
     add_count(app, "--window", options->window, "samples that a polynomial is fitted to").required();
     add_files(app, options->files);

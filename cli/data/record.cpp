@@ -91,7 +91,8 @@ Record read_record(Source &source, const std::vector<std::string> &columns, std:
 }
 
 double rate_of(const Record &record) {
-    if (record.rate <= 0) reject("{}: has no column called time; give the sampling rate, --rate 1kHz", record.name);
+    if (record.rate <= 0)
+        reject("{}: has no column called time; give the sampling rate, such as --rate 1kHz", record.name);
     return record.rate;
 }
 
