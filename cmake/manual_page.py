@@ -1,7 +1,7 @@
 """The part of the manual page that all commands share, from the page docs/cli.md, for help2man.
 
 Usage: manual_page.py docs/cli.md > include.h2m
-Takes what stands between the marks "manual page: from here" and "manual page: to here".
+Takes the text between the marks "manual page: from here" and "manual page: to here".
 """
 
 import re

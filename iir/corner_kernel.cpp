@@ -18,8 +18,8 @@ struct Points {
     Lanes v[kVectors];
 };
 
-// products *= |c2 s^2 + c1 s + c0|^2 at s = jw, over the sections.  The two sections of a conjugate pair are alike and
-// stand together: the square is then squared.
+// products *= |c2 s^2 + c1 s + c0|^2 at s = jw, over the sections.  The two sections of a conjugate pair are equal
+// and neighbours: the square is then squared.
 LANES_INLINE void multiply_by_squares(Points &products, const Points &w, std::size_t sections, const double *c2,
                                       const double *c1, const double *c0) {
     for (std::size_t k = 0; k < sections; ++k) {

@@ -75,7 +75,7 @@ void remark_on_misfit(const CheckedRoots &answer, const std::vector<double> &c) 
     if (answer.roots.empty())
         remark("no roots were found at first");
     else
-        remark("the roots found at first do not fit: multiplied out they give {} x^{} instead of {} x^{}",
+        remark("the roots found at first do not fit: multiplied out they give {:.6g} x^{} instead of {} x^{}",
                answer.rebuilt, answer.power, c[c.size() - 1 - answer.power], answer.power);
 }
 

@@ -1,4 +1,4 @@
-// Tables of numbers as text (CSV): cells are found and read in place, everything else can be passed through as it stands.
+// Tables of numbers as text (CSV).  Cells are found and read in place, so that all other text can be passed on unchanged.
 #pragma once
 
 #include <cstddef>

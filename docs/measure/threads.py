@@ -56,7 +56,7 @@ def comments(header):
 
 
 def said(header, sentence, last=False):
-    """The figure that stands in the place of {} where the header has this sentence."""
+    """The figure that the header has in the place of {} in this sentence."""
     found = re.findall(re.escape(sentence).replace(r"\{\}", FIGURE), comments(header))
     require(found and (last or len(set(found)) == 1), f"{header} says once: {sentence}")
     return found[-1]

@@ -8,7 +8,7 @@ LINKED = ("a", "dfn", "h1", "h2", "h3", "title")  # need no link inside
 
 
 class Reader(html.parser.HTMLParser):
-    """The anchors, the links and the text outside of links of one page: all of it, and what stands as code."""
+    """The anchors, the links and the text outside of links of one page: all text, and the text in code."""
 
     def __init__(self, text):
         super().__init__()
@@ -48,7 +48,7 @@ def faults(folder, functions, words):
     found = []
     for name, page in pages.items():
         twice = {anchor for anchor in page.anchors if page.anchors.count(anchor) > 1}
-        found += [f"{name}: the anchor {anchor} stands twice" for anchor in sorted(twice)]
+        found += [f"{name}: the anchor {anchor} appears twice" for anchor in sorted(twice)]
         for link in page.links + page.loads:
             if re.match(r"[a-z]+:", link):
                 if link in page.loads:

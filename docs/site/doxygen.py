@@ -26,7 +26,7 @@ def cell(node):
 
 
 def show(node):
-    """A paragraph and what stands in it.  Blocks end the paragraph around them."""
+    """A paragraph and its parts.  Blocks end the paragraph around them."""
     kind = node.tag
     if kind == "para":
         return f"<p>{inside(node).strip()}</p>\n"

@@ -40,7 +40,7 @@ def row(parts):
 
 
 def identifier(name):
-    """a0 has a subscript, H_k too; a name of several letters stands upright; x'' keeps its primes."""
+    """a0 has a subscript, H_k too; a name of several letters is upright; x'' keeps its primes."""
     name, primes = name.rstrip("'"), len(name) - len(name.rstrip("'"))
     base, _, below = name.partition("_")
     if not below and (match := re.fullmatch(r"([A-Za-z])(\d+)", base) or re.fullmatch(r"(f)([sc])", base)):

@@ -4,7 +4,7 @@ import re
 
 import formulas
 
-# Functions whose names are words of the field too: linked only where they stand as code.
+# Functions whose names are words of the field too: linked only where they are marked as code.
 WORDS = {"FFT", "DFT", "Bessel", "Goertzel", "Sinc", "Transform", "Factorial", "Matrix"}
 UNLINKED = {"a", "dfn", "h1", "h2", "h3", "math"}  # inside of these
 EMPTY = {"br", "hr", "img"}

@@ -82,7 +82,7 @@ class Site:
         return re.sub(r">(?:docs/)?(\w+\.md)</a>", lambda m: f">{titles.get(m[1], m[1])}</a>", body)
 
     def address(self, link, folder):
-        """Where a link leads that stands in a file of `folder`; what it leads to is put there."""
+        """The address on the site of a link in a file of `folder`; the file it leads to is put there."""
         if re.match(r"[a-z]+:|#", link):
             return link
         file, hash_sign, anchor = link.partition("#")

@@ -5,7 +5,8 @@ import ctypes
 import mpmath as mp
 import numpy as np
 from binding import IIRDesignSpec, ProtoSpec, sections_of
-from cascade import ALL_PASS, BAND_PASS, HIGH_PASS, LOW_PASS, NOTCH, Designer
+from cascade import (ALL_PASS, BAND_PASS, BESSEL, BUTTERWORTH, CHEBYSHEV, GAUSSIAN, HIGH_PASS, INVERSE_CHEBYSHEV, LOW_PASS,
+                     NOTCH, PAPOULIS, Designer)
 from numpy.polynomial import Polynomial, legendre
 from scipy import signal
 
@@ -70,16 +71,17 @@ def our_roots(lib, family, n):
 
 def poles(lib):
     peers = {
-        "Butterworth": signal.buttap,
-        "Chebyshev": lambda n: signal.cheb1ap(n, RIPPLE),
-        "InvCheby": lambda n: signal.cheb2ap(n, STOP),
-        "Bessel": lambda n: signal.besselap(n, norm="delay"),
-        "Gaussian": None,
-        "Papoulis": None,
+        "Butterworth": (BUTTERWORTH, signal.buttap),
+        "Chebyshev": (CHEBYSHEV, lambda n: signal.cheb1ap(n, RIPPLE)),
+        "InvCheby": (INVERSE_CHEBYSHEV, lambda n: signal.cheb2ap(n, STOP)),
+        "Bessel": (BESSEL, lambda n: signal.besselap(n, norm="delay")),
+        "Gaussian": (GAUSSIAN, None),
+        "Papoulis": (PAPOULIS, None),
     }
-    for family, peer in peers.items():
-        row, limit = [f"`{family}Poly`"], {"Bessel": 12, "Gaussian": 12, "InvCheby": 15}.get(family, 20)
-        for n in (n for n in (3, 6, 10, 12, 15, 18) if n <= limit):
+    max_poles = {code: most for code, _, most in Designer(lib).families}
+    for family, (code, peer) in peers.items():
+        row = [f"`{family}Poly`"]
+        for n in (n for n in (3, 6, 10, 12, 15, 18) if n <= max_poles[code]):
             truth, both = exact_poles(family, n), [our_roots(lib, family, n)[0]] + ([peer(n)[1]] if peer else [])
             worst = (max(min(abs(mp.mpc(p) - t) for p in found) / abs(t) for t in truth) for found in both)
             row.append(" / ".join(map(cell, worst)))
