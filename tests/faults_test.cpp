@@ -15,6 +15,8 @@
 #include <vector>
 
 #include "allocations.h"
+#include "support/folder.h"
+#include "support/matrices.h"
 
 // ---- Memory ----
 
@@ -105,22 +107,12 @@ TEST(Memory, without_it_a_matrix_is_null) {
 
 class Files : public testing::Test {  // in a directory of its own
   protected:
-    void SetUp() override {
-        ASSERT_NE(mkdtemp(dir_.data()), nullptr);
-        std::filesystem::current_path(dir_);
-        testing::internal::CaptureStdout();
-    }
-    void TearDown() override {
-        testing::internal::GetCapturedStdout();
-        std::filesystem::current_path(home_);
-        std::filesystem::remove_all(dir_);
-        matrix_delete(m_);
-    }
-    Matrix *m_ = matrix_new(300, 100);  // its text is more than a pipe holds
+    void SetUp() override { testing::internal::CaptureStdout(); }
+    void TearDown() override { testing::internal::GetCapturedStdout(); }
+    const support::Owner m_{matrix_new(300, 100)};  // its text is more than a pipe holds
 
   private:
-    std::string dir_ = (std::filesystem::temp_directory_path() / "faults_").string() + std::string(6, 'X');
-    std::filesystem::path home_ = std::filesystem::current_path();
+    support::Folder folder_;
 };
 
 TEST_F(Files, on_a_full_disk_or_in_a_folder_that_takes_none) {
@@ -128,7 +120,7 @@ TEST_F(Files, on_a_full_disk_or_in_a_folder_that_takes_none) {
     std::filesystem::create_symlink("/dev/full", "test_rkf45.txt");
     for (const char *folder : {".", "/proc"}) {  // not even root can make a file in the second
         std::filesystem::current_path(folder);
-        EXPECT_EQ(matrix_show(m_), EOF);
+        EXPECT_EQ(matrix_show(m_.get()), EOF);
         EXPECT_EQ(QRtest(), 0);
         test_rkf45();
     }
@@ -138,13 +130,13 @@ TEST_F(Files, whose_reader_goes_away) {
     std::signal(SIGPIPE, SIG_IGN);  // else the process ends, as any that writes to a closed pipe
     ASSERT_EQ(mkfifo("dataQR.txt", 0600), 0);
     std::jthread reader([] { close(open("dataQR.txt", O_RDONLY | O_CLOEXEC)); });
-    EXPECT_EQ(matrix_show(m_), EOF);
+    EXPECT_EQ(matrix_show(m_.get()), EOF);
     std::signal(SIGPIPE, SIG_DFL);
 }
 
 #ifdef COUNTS_ALLOCATIONS
 TEST_F(Files, without_memory_for_their_buffers) {
-    expect_all_or_nothing("matrix_show", 1, 1, [&] { return matrix_show(m_) == 0; });
+    expect_all_or_nothing("matrix_show", 1, 1, [&] { return matrix_show(m_.get()) == 0; });
     expect_all_or_nothing("QRtest", 97, 500, [] {
         const int result = QRtest();
         EXPECT_TRUE(result == 0 || result == -1) << result;

@@ -1,15 +1,43 @@
-/* Compiled as C11 and as C++17.  The numbers are written out: a record, capacity or code that changes breaks every
- * program that was built before, whatever the headers then say.  mensura.abi holds the place of each field. */
+/* Compiled as C11 and as C++17.  The numbers are written out: a field moved, widened or added breaks every program that
+ * was built before, whatever the headers then say. */
 #include <assert.h>
 #include <mensura/mensura.h>
+#include <stddef.h>
 
 #define HOLDS(condition) static_assert(condition, #condition)
+#define SIZE(record, bytes) (sizeof(record) == (bytes))
+#define AT(record, field, offset) (offsetof(record, field) == (offset))
+#define AT2(record, f, f_offset, g, g_offset) (AT(record, f, f_offset) && AT(record, g, g_offset))
+#define AT4(record, f, f_offset, g, g_offset, h, h_offset, i, i_offset) \
+    (AT2(record, f, f_offset, g, g_offset) && AT2(record, h, h_offset, i, i_offset))
 
-HOLDS(sizeof(CplxD) == 16 && sizeof(ProtoSpec) == 32 && sizeof(IIRDesignSpec) == 64 && sizeof(IIRCoeffs) == 4008);
-HOLDS(sizeof(TIIRFilter) == 5680 && sizeof(TIIRFilterBank) == 56808 && sizeof(LowPassProto) == 2408);
-HOLDS(sizeof(RMATRIX) == 80008 && sizeof(Matrix) == 16 && sizeof(KalmanFilter) == 1280136);
-HOLDS(sizeof(CentralDiffOnline) == 32 && sizeof(AmplitudeLimitOnline) == 24 && sizeof(MovingAverageOnline) == 16016);
-HOLDS(sizeof(MovingAverageBank) == 160168 && sizeof(LimitAverageOnline) == 16040);
+HOLDS(SIZE(CplxD, 16) && AT2(CplxD, re, 0, im, 8));
+HOLDS(SIZE(ProtoSpec, 32) && AT4(ProtoSpec, Family, 0, NumPoles, 4, Ripple, 8, StopBandDb, 16));
+HOLDS(AT(ProtoSpec, Gamma, 24) && SIZE(IIRDesignSpec, 64) && AT(IIRDesignSpec, PassType, 0));
+HOLDS(AT4(IIRDesignSpec, NormCutoff, 8, NormBandwidth, 16, GainDb, 24, Proto, 32));
+
+HOLDS(AT4(IIRCoeffs, a0, 0, a1, 400, a2, 800, a3, 1200) && AT(IIRCoeffs, a4, 1600));
+HOLDS(AT4(IIRCoeffs, b0, 2000, b1, 2400, b2, 2800, b3, 3200) && AT(IIRCoeffs, b4, 3600));
+HOLDS(SIZE(IIRCoeffs, 4008) && AT(IIRCoeffs, NumSections, 4000) && SIZE(TIIRFilter, 5680));
+HOLDS(AT4(TIIRFilter, Spec, 0, Coeffs, 64, RegX1, 4072, RegX2, 4472));
+HOLDS(AT2(TIIRFilter, RegY1, 4872, RegY2, 5272) && AT(TIIRFilter, Primed, 5672));
+HOLDS(SIZE(TIIRFilterBank, 56808) && AT2(TIIRFilterBank, Filters, 0, Count, 56800));
+HOLDS(AT4(LowPassProto, Num2, 0, Num1, 400, Num0, 800, Den2, 1200) && AT2(LowPassProto, Den1, 1600, Den0, 2000));
+HOLDS(SIZE(LowPassProto, 2408) && AT(LowPassProto, SectionCount, 2400));
+
+HOLDS(SIZE(RMATRIX, 80008) && AT2(RMATRIX, data, 0, rows, 80000) && AT(RMATRIX, cols, 80004));
+HOLDS(SIZE(Matrix, 16) && AT2(Matrix, m, 0, n, 4) && AT(Matrix, v, 8));
+HOLDS(AT4(KalmanFilter, A, 0, C, 80008, Q, 160016, R, 240024) && AT2(KalmanFilter, P, 320032, K, 400040));
+HOLDS(AT4(KalmanFilter, Ident, 480048, PInit, 560056, xInit, 640064, MeasCount, 720072));
+HOLDS(AT4(KalmanFilter, StateCount, 720076, x, 720080, xPred, 800088, ATrans, 880096));
+HOLDS(AT4(KalmanFilter, CTrans, 960104, y, 1040112, Work1, 1120120, Work2, 1200128) && SIZE(KalmanFilter, 1280136));
+
+HOLDS(SIZE(CentralDiffOnline, 32) && AT4(CentralDiffOnline, Step, 0, Prev1, 8, Prev2, 16, Count, 24));
+HOLDS(SIZE(AmplitudeLimitOnline, 24) && AT2(AmplitudeLimitOnline, Limit, 0, Last, 8));
+HOLDS(AT(AmplitudeLimitOnline, Count, 16) && SIZE(MovingAverageOnline, 16016));
+HOLDS(AT4(MovingAverageOnline, Length, 0, Buffer, 8, Pos, 16008, Full, 16012));
+HOLDS(SIZE(MovingAverageBank, 160168) && AT2(MovingAverageBank, Filters, 0, Count, 160160));
+HOLDS(SIZE(LimitAverageOnline, 16040) && AT2(LimitAverageOnline, Limiter, 0, Average, 24));
 
 HOLDS(sizeof(in) == 120);
 HOLDS(RMATRIX_CAPACITY == 100 && MOVING_AVERAGE_CAPACITY == 2000 && MOVING_AVERAGE_CHANNELS == 10);

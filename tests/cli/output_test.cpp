@@ -55,8 +55,8 @@ TEST_F(CommandLine, work_that_fails_ends_with_status_1) {
     EXPECT_EQ(err, "mensura: standard output: the reader has closed the pipe\n");
     EXPECT_EQ(shell("PATH=/nothere; $M " + kLowpass + "x.csv -o y --plot=y.svg"), 1);
     EXPECT_HAS(err, "gnuplot");
-    EXPECT_TRUE(exists("y")) << "the data do not wait for the picture";
-    EXPECT_FALSE(exists("y.svg"));
+    EXPECT_TRUE(std::filesystem::exists("y")) << "the data do not wait for the picture";
+    EXPECT_FALSE(std::filesystem::exists("y.svg"));
     EXPECT_EQ(run("fliter 2>/dev/full"), 2);
 }
 

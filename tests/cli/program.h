@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/folder.h"
+
 inline const std::string kLowpass = "filter lowpass --cutoff 40Hz --rate 360Hz ";
 
 // The text has this in it; a failure shows both.
@@ -24,22 +26,17 @@ inline bool has(const std::string &text, const std::string &part) { return text.
 
 class CommandLine : public testing::Test {
   protected:
-    void SetUp() override { ASSERT_NE(mkdtemp(dir_.data()), nullptr); }
-    void TearDown() override { std::filesystem::remove_all(dir_); }
-
     void write(const std::string &file, const std::string &text) const {
-        std::ofstream(dir_ + "/" + file, std::ios::binary) << text;
+        std::ofstream(file, std::ios::binary) << text;
     }
     std::string read(const std::string &file) const {
-        std::ifstream stream(dir_ + "/" + file, std::ios::binary);
+        std::ifstream stream(file, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
-    bool exists(const std::string &file) const { return std::filesystem::exists(dir_ + "/" + file); }
 
     // A line of shell in which $M is the program; its output is then in out and err.  Returns the exit status.
     int shell(const std::string &line) {
-        const std::string command =
-            "cd '" + dir_ + "' && export M='" MENSURA "' && ( " + line + " ) >.out 2>.err </dev/null";
+        const std::string command = "export M='" MENSURA "' && ( " + line + " ) >.out 2>.err </dev/null";
         const int status = std::system(command.c_str());
         out = read(".out");
         err = read(".err");
@@ -74,15 +71,18 @@ class CommandLine : public testing::Test {
         return x;
     }
     // What kLowpass makes of them, one way or with zero phase.
-    static std::vector<double> filtered(std::vector<double> x, double cutoff = 40) {
+    static TIIRFilter low_pass(double cutoff) {
         TIIRFilter filter;
         initTIIRFilter(&filter, ptLowPass, cutoff, 360);
+        return filter;
+    }
+    static std::vector<double> filtered(std::vector<double> x, double cutoff = 40) {
+        TIIRFilter filter = low_pass(cutoff);
         for (double &sample : x) sample = IIRFilter(&filter, sample);
         return x;
     }
     static std::vector<double> zero_phase(std::vector<double> x, double cutoff = 40) {
-        TIIRFilter filter;
-        initTIIRFilter(&filter, ptLowPass, cutoff, 360);
+        TIIRFilter filter = low_pass(cutoff);
         IIRFilterZeroPhase(&filter, x.data(), nullptr, static_cast<int>(x.size()));
         return x;
     }
@@ -115,5 +115,5 @@ class CommandLine : public testing::Test {
     std::string out, err;
 
   private:
-    std::string dir_ = (std::filesystem::temp_directory_path() / "mensura_").string() + std::string(6, 'X');
+    support::Folder folder_;
 };

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -29,14 +30,10 @@ struct Pair {
 
 // The two numbers of the row that begins with label, whatever stands between them; NaN where there is no such row.
 static Pair row(const std::string &table, const std::string &label) {
-    const std::size_t at = ("\n" + table).find("\n" + label + " ");
-    if (at == std::string::npos) return {std::nan(""), std::nan("")};
-    std::istringstream words(table.substr(at + label.size(), table.find('\n', at) - at - label.size()));
-    std::vector<double> numbers;
-    for (std::string word; words >> word;)
-        if (char *end = nullptr; std::isfinite(std::strtod(word.c_str(), &end)) && *end == '\0')
-            numbers.push_back(std::strtod(word.c_str(), nullptr));
-    return numbers.size() == 2 ? Pair{numbers[0], numbers[1]} : Pair{std::nan(""), std::nan("")};
+    std::smatch numbers;
+    const std::regex line(label + R"( +[a-z]* +([0-9.]+)[a-zV ]* ([0-9.]+)[mV ]*\n)");
+    if (!std::regex_search(table, numbers, line)) return {std::nan(""), std::nan("")};
+    return {std::stod(numbers[1]), std::stod(numbers[2])};
 }
 
 static std::vector<Pair> columns(std::istream &table) {

@@ -1,11 +1,11 @@
 // The QR decomposition, and the file that shows a matrix.
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
 #include <string>
 
 #include "samples.h"
+#include "support/folder.h"
 
 using namespace samples;
 using support::heap, support::Owner;
@@ -31,10 +31,7 @@ TEST(Householder, has_the_bits_of_plain_steps) {
 }
 
 TEST(DataQR, holds_the_matrix_shown_last) {
-    const auto home = std::filesystem::current_path();
-    const auto dir = std::filesystem::temp_directory_path() / ("mensura" + std::to_string(std::random_device{}()));
-    std::filesystem::create_directory(dir);
-    std::filesystem::current_path(dir);
+    const support::Folder folder;
     const auto contents = [] { return (std::ostringstream{} << std::ifstream("dataQR.txt").rdbuf()).str(); };
     testing::internal::CaptureStdout();
     EXPECT_EQ(QRtest(), 0);
@@ -50,6 +47,4 @@ TEST(DataQR, holds_the_matrix_shown_last) {
     EXPECT_EQ(contents(), shown);
     EXPECT_EQ(matrix_show(heap(sample(kSum, 1, 2)).get()), 0);
     EXPECT_EQ(contents(), "0.000000000000000,1.000000000000000,\n" + end);
-    std::filesystem::current_path(home);
-    std::filesystem::remove_all(dir);
 }

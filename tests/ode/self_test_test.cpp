@@ -1,7 +1,6 @@
 // The run that anyone can repeat, and the sample data.
 #include <gtest/gtest.h>
 #include <mensura/ode.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -9,10 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "support/folder.h"
+
 TEST(test_rkf45, writes_a_file_in_the_current_directory) {
-    const auto dir = std::filesystem::temp_directory_path() / ("ode_test." + std::to_string(getpid()));
-    std::filesystem::create_directories(dir / "test_rkf45.txt");  // which cannot be opened as a file
-    std::filesystem::current_path(dir);
+    const support::Folder folder;
+    std::filesystem::create_directory("test_rkf45.txt");  // which cannot be opened as a file
     testing::internal::CaptureStdout();
     test_rkf45();
     std::filesystem::remove("test_rkf45.txt");
@@ -20,7 +20,6 @@ TEST(test_rkf45, writes_a_file_in_the_current_directory) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "test_rkf45 end\n");
     std::vector<std::string> lines(1);
     for (std::ifstream file("test_rkf45.txt"); std::getline(file, lines.back());) lines.emplace_back();
-    std::filesystem::remove_all(dir);
     ASSERT_EQ(lines.size(), 15002);
     EXPECT_EQ(lines[0], "1.000000,1.000000,3.000000,0");
     EXPECT_EQ(lines[15000], "3.188614,-1.329579,2.079591,0");  // mpmath 1.2.1: odefun(f, 0, [1, 1, 3])(15)
