@@ -71,11 +71,6 @@ TEST(CleanEcg, writes_the_record_without_its_hum_and_without_delay) {
     EXPECT_LT(std::sqrt(squares / 10800), 0.02);  // mV rms; a delay of one sample would make 0.05 of the beats
 }
 
-TEST(CleanEcg, fails_without_a_record_or_a_reader) {
-    output_of("'" CLEAN_ECG "' </dev/null 2>/dev/null", 1);
-    output_of("'" CLEAN_ECG "' <'" RECORD "' 2>/dev/null >/dev/full", 1);
-}
-
 TEST(TrackPosition, beats_differences_and_average_by_what_its_bandwidth_promises) {
     const std::string table = output_of("'" TRACK_POSITION "'");  // errors: position in m, velocity in m/s
     const Pair raw = row(table, "samples, differences"), average = row(table, "average of 16");
@@ -92,7 +87,9 @@ TEST(TrackPosition, beats_differences_and_average_by_what_its_bandwidth_promises
     EXPECT_LT(2 * kalman.second, average.second);
 }
 
-TEST(TrackPosition, fails_if_nobody_can_read_the_table) {
+TEST(Examples, fail_without_a_record_or_a_reader) {
+    output_of("'" CLEAN_ECG "' </dev/null 2>/dev/null", 1);
+    output_of("'" CLEAN_ECG "' <'" RECORD "' 2>/dev/null >/dev/full", 1);
     output_of("'" TRACK_POSITION "' >/dev/full", 1);
     output_of("'" TRACK_POSITION "' >&-", 1);
 }

@@ -91,16 +91,11 @@ TEST(PrototypeFamily, poles_and_zeros_are_those_of_scipy) {
 }
 
 // mpmath 1.2.1, mp.dps = 40: polyroots(c, maxsteps=300, extraprec=300), c by descending power: (-1)^m / m!, n = 4;
-// 0.1 (-1)^m times L_5 = y - 8 y^2 + 28 y^3 - 40 y^4 + 20 y^5, the integral of its Legendre sum;
 // (-1)^m (m!)^g with g = 1, n = 4 and g = -0.5, n = 3, imaginary parts times 1.1.
 TEST(PrototypeFamily, poles_of_magnitude_polynomials_are_those_of_mpmath) {
     Roots p{};
     expect_roots(GaussianPoly(4, p.data()), p, 8,
                  {{-1.3553576274667508601, 0.32794826918981345494}, {-1.1810803251149910978, 1.0603749173954646726}});
-    expect_roots(PapoulisPoly(5, p.data()), p, 10,
-                 {{-0.71763889361285774401, 0.0},
-                  {-0.58242364480498337483, 0.67312121641077025204},
-                  {-0.22358669535631318315, 1.0925286866709297145}});
     expect_roots(
         AdjustablePoly(0.5, 4, p.data()), p, 8,
         {{-0.63844152669714946054, 0.25369855881421857469}, {-0.32677406873518685354, 0.63780685165388635123}});

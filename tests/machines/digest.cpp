@@ -15,8 +15,6 @@
 #include "support/bits.h"
 #include "support/hash.h"
 
-using Bytes = std::streamsize;
-
 static void print_fingerprint(const Group &group, const Results &results) {
     support::Hash hash;
     for (const double x : results) hash.add(x);
@@ -38,8 +36,8 @@ static bool within_tolerance(const Group &group, Results results, Results other)
         largest = std::max(largest, std::fabs(results[i]));
         if (support::same_bits(results[i], other[i])) continue;
         ++differing;
-        const double apart = std::fabs(results[i] - other[i]);
-        difference = std::isfinite(apart) ? std::max(difference, apart) : HUGE_VAL;
+        const double distance = std::fabs(results[i] - other[i]);
+        difference = std::isfinite(distance) ? std::max(difference, distance) : HUGE_VAL;
     }
     if (differing > 0)
         std::printf("%-28s %6zu of %6zu differ, by %.1e of the largest at most\n", group.name, differing,
@@ -56,7 +54,7 @@ int main(int argc, char **argv) {
         Results results;
         group.run(results);
         Results other(results.size());
-        const auto size = static_cast<Bytes>(results.size() * sizeof(double));
+        const auto size = static_cast<std::streamsize>(results.size() * sizeof(double));
         if (mode == "--write")
             file.write(reinterpret_cast<const char *>(results.data()), size);
         else if (mode == "--compare" && file.read(reinterpret_cast<char *>(other.data()), size))

@@ -15,9 +15,7 @@
 
 namespace {
 
-using Size = std::size_t;
-
-std::vector<double> noise(Size n, unsigned seed) { return support::Noise(seed)(n); }
+std::vector<double> noise(std::size_t n, unsigned seed) { return support::Noise(seed)(n); }
 
 void add(Results &results, std::convertible_to<double> auto value) { results.push_back(static_cast<double>(value)); }
 void add(Results &results, CplxD z) { results.insert(results.end(), {z.re, z.im}); }
@@ -28,7 +26,7 @@ void add(Results &results, const std::ranges::range auto &values) {
 
 template <typename Number>
 std::span<const Number> first(int n, const Number *values) {
-    return {values, static_cast<Size>(n)};
+    return {values, static_cast<std::size_t>(n)};
 }
 
 void add(Results &results, const RMATRIX &m) {
@@ -43,9 +41,9 @@ void add(Results &results, const Owner &m) {
 
 void add_all(Results &results, const auto &...values) { (add(results, values), ...); }
 
-std::vector<double *> rows_of(auto &&packed, Size columns) {
+std::vector<double *> rows_of(auto &&packed, std::size_t columns) {
     std::vector<double *> rows;
-    for (Size at = 0; at < packed.size(); at += columns) rows.push_back(&packed[at]);
+    for (std::size_t at = 0; at < packed.size(); at += columns) rows.push_back(&packed[at]);
     return rows;
 }
 
@@ -54,7 +52,7 @@ std::vector<double *> rows_of(auto &&packed, Size columns) {
 template <typename F>
 void for_complex_pairs(F f) {
     const auto x = noise(4000, 1);
-    for (Size i = 0; i < x.size(); i += 4) f(getCplxD(9 * x[i], x[i + 1]), getCplxD(x[i + 2], 9 * x[i + 3]));
+    for (std::size_t i = 0; i < x.size(); i += 4) f(getCplxD(9 * x[i], x[i + 1]), getCplxD(x[i + 2], 9 * x[i + 3]));
 }
 
 void complex_arithmetic(Results &results) {
@@ -78,7 +76,7 @@ using Long = std::array<long double, 16>;
 
 void roots_closed_forms(Results &results) {
     const auto x = noise(2000, 2);
-    for (Size i = 0; i + 5 <= x.size(); i += 5) {
+    for (std::size_t i = 0; i + 5 <= x.size(); i += 5) {
         Long p{1}, re{}, im{};
         std::copy_n(&x[i], 5, &p[1]);
         Long quartic = p, cubic = p, any = p;
@@ -113,7 +111,7 @@ void roots_stages(Results &results) {
 
 void roots_found(Results &results) {
     for (int n = 1; n <= 100; n += n / 6 + 1) {
-        auto p = noise(static_cast<Size>(n) + 1, 4);
+        auto p = noise(static_cast<std::size_t>(n) + 1, 4);
         std::array<CplxD, 100> roots{};
         std::array<long double, 100> re{}, im{};
         std::array<long double, 101> precise{};
@@ -128,7 +126,7 @@ void roots_found(Results &results) {
 
 IIRCoeffs sections(double shift) {  // three stable ones
     IIRCoeffs c{};
-    for (const Size k : {0U, 1U, 2U}) {
+    for (const std::size_t k : {0U, 1U, 2U}) {
         c.a0[k] = 1;
         c.a1[k] = -1.25 + 0.25 * static_cast<double>(k) + shift;
         c.a2[k] = 0.5;
@@ -146,9 +144,9 @@ void iir_filters(Results &results) {
     filter.Coeffs = sections(0);
     for (const double sample : x) add(results, IIRFilter(&filter, sample));
     const auto bank = std::make_unique<TIIRFilterBank>();
-    for (Size i = 0; i < 10; ++i) bank->Filters[i].Coeffs = sections(0.02 * static_cast<double>(i));
+    for (std::size_t i = 0; i < 10; ++i) bank->Filters[i].Coeffs = sections(0.02 * static_cast<double>(i));
     bank->Count = 10;
-    for (Size i = 0; i + 10 <= x.size(); i += 10) IIRFilters(bank.get(), &x[i], &x[i]);
+    for (std::size_t i = 0; i + 10 <= x.size(); i += 10) IIRFilters(bank.get(), &x[i], &x[i]);
     add(results, x);
     add(results, first(4000, IIRFilterZeroPhase(&filter, x.data(), nullptr, 4000)));
 }
@@ -159,7 +157,7 @@ void iir_shared_registers(Results &results) {
     FilterWithIIR(x.data(), y.data(), 4000, sections(0));
     add(results, y);
     for (int k = 0; k < 100; ++k)
-        for (int j = 0; j < 3; ++j) add(results, SectCalc(x[static_cast<Size>(k)], k, j, sections(0)));
+        for (int j = 0; j < 3; ++j) add(results, SectCalc(x[static_cast<std::size_t>(k)], k, j, sections(0)));
 }
 
 void iir_designs(Results &results) {
@@ -218,7 +216,7 @@ void iir_response(Results &results) {
 
 void spectral_butterflies(Results &results) {
     for (int n = 8; n <= 4096; n *= 8) {
-        const Size size = static_cast<Size>(n);
+        const std::size_t size = static_cast<std::size_t>(n);
         const auto x = noise(2 * size, 8), w = noise(size, 9);  // any factors do
         std::vector<double> a(2 * size), b(2 * size);
         std::vector<int> order(size);
@@ -230,7 +228,7 @@ void spectral_butterflies(Results &results) {
 
 void spectral_transforms(Results &results) {
     for (const int n : {8, 64, 1000, 1024, 65536}) {
-        const Size size = static_cast<Size>(n);
+        const std::size_t size = static_cast<std::size_t>(n);
         auto x = noise(2 * size, 10), twiddles = x, bins = x;
         FFT(x.data(), &x[size], n, 0);
         add(results, x);
@@ -252,7 +250,7 @@ void spectral_single_frequencies(Results &results) {
 void spectral_windows(Results &results) {
     for (int kind = wkNone; kind <= wkSine; ++kind)
         for (const int n : {5, 64, 1000}) {
-            std::vector<double> window(static_cast<Size>(n), 1);
+            std::vector<double> window(static_cast<std::size_t>(n), 1);
             WindowData(window.data(), n, kind, 0.1, 3, 1);
             add(results, window);
             add(results, {Bessel(0.01 * n), Sinc(0.01 * n)});
@@ -263,9 +261,9 @@ void spectral_windows(Results &results) {
 
 void matrix_fixed(Results &results) {
     for (const int n : {1, 3, 9, 32, 100}) {
-        const Size size = static_cast<Size>(n * n);
+        const std::size_t size = static_cast<std::size_t>(n * n);
         auto x = noise(2 * size, 12);
-        const auto rows = rows_of(std::span(x).subspan(size), static_cast<Size>(n));
+        const auto rows = rows_of(std::span(x).subspan(size), static_cast<std::size_t>(n));
         const auto m = std::make_unique<std::array<RMATRIX, 4>>();
         auto &[a, b, c, d] = *m;
         setRMATRIX_ptr(x.data(), n, n, &a);
@@ -322,7 +320,7 @@ void kalman(Results &results) {
     resetKalmanFilter(&kf);
     const auto z = noise(1200, 14);
     const auto measurement = std::make_unique<RMATRIX>();
-    for (Size i = 0; i + 12 <= z.size(); i += 12) {
+    for (std::size_t i = 0; i + 12 <= z.size(); i += 12) {
         KalmanFilter_update_d(&kf, &z[i], x.data());
         KalmanFilter_update1_d(&kf, &z[i + 3], A.data(), x.data());
         KalmanFilter_update1_d1(&kf, &z[i + 6], a_rows.data(), x.data());
@@ -354,7 +352,7 @@ void online(Results &results) {
     init_amlitude_limit_move_average_filter_onlines(both.get(), 16, 10, 0.5);
     init_move_average_filter_online(average.get(), 100);
     init_move_average_filter_onlines(averages.get(), 20, 10);
-    for (Size i = 0; i + 10 <= x.size(); i += 10) {
+    for (std::size_t i = 0; i + 10 <= x.size(); i += 10) {
         double y[4][10];
         central_difference_onlines(differences, &x[i], y[0], 10);
         amlitude_limit_filer_onlines(limits, &x[i], y[1], 10);
@@ -372,7 +370,7 @@ void smooth(Results &results) {
     const auto x = noise(500, 16);
     for (const auto &smoother : reference::kSmoothers)
         for (const int n : {5, 20, 500}) {
-            std::vector<double> y(static_cast<Size>(n));
+            std::vector<double> y(static_cast<std::size_t>(n));
             smoother.run(x.data(), y.data(), n);
             add(results, y);
         }

@@ -18,8 +18,8 @@ using namespace signals;
 constexpr int kLargest = 1048576;
 
 TEST(FFT, has_the_bits_of_its_plain_steps_in_two_threads_at_once) {
-    for (Size n = 8; n <= kLargest; n *= 2)
-        for (Size kinds = 0; kinds <= (n <= 4096 ? kAwkwardKinds : 0); ++kinds)
+    for (std::size_t n = 8; n <= kLargest; n *= 2)
+        for (std::size_t kinds = 0; kinds <= (n <= 4096 ? kAwkwardKinds : 0); ++kinds)
             for (const int dir : {0, 1}) {
                 SCOPED_TRACE(testing::Message() << n << " points, direction " << dir << ", awkward kinds " << kinds);
                 const Signal x = kinds == 0 ? noise(n) : awkward(n, kinds), plain = run(reference::fft, x, 1, dir);
@@ -30,11 +30,11 @@ TEST(FFT, has_the_bits_of_its_plain_steps_in_two_threads_at_once) {
 
 // Tolerance: each stage rounds by an ulp of the rms of its values, at most sqrt(2 n / 3).
 TEST(FFT, is_the_sum_of_its_definition) {
-    for (Size n = 8; n <= kLargest; n *= 2) {
+    for (std::size_t n = 8; n <= kLargest; n *= 2) {
         const auto w = reference::unit_circle(n);
         const auto size = static_cast<double>(n), tolerance = std::log2(size) * std::sqrt(size / 1.5) * DBL_EPSILON;
         const Signal x = noise(n), forward = run(FFT, x, 1, 0), inverse = run(FFT, x, 1, 1);
-        for (Size k = n > 512 ? n / 3 : 0; k < n; k += n * n / 262144 | 1) {  // up to 512 points all bins
+        for (std::size_t k = n > 512 ? n / 3 : 0; k < n; k += n * n / 262144 | 1) {  // up to 512 points all bins
             EXPECT_CLOSE(forward[k] * size, reference::dft_sum(w, x, n - k), tolerance) << k << " of " << n;
             EXPECT_CLOSE(inverse[k], reference::dft_sum(w, x, k), tolerance) << k << " of " << n;
         }
@@ -44,7 +44,7 @@ TEST(FFT, is_the_sum_of_its_definition) {
 TEST(FillTwiddleArray, has_exact_values_at_eighths_of_the_circle) {
     for (int n = 8; n <= kLargest; n *= 2)
         for (const int dir : {0, 1, -3}) {
-            std::vector<double> re(static_cast<Size>(n) / 2), im = re;
+            std::vector<double> re(static_cast<std::size_t>(n) / 2), im = re;
             FillTwiddleArray(re.data(), im.data(), n, dir);
             const double sign = dir == 0 ? -1 : 1, half = std::sqrt(0.5);
             EXPECT_SAME_BITS(im.data()[n / 8], sign * half) << n << " points, direction " << dir;

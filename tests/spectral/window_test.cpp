@@ -10,9 +10,7 @@
 #include "signals.h"
 #include "support/expect.h"
 
-using signals::Size;
-
-static std::vector<double> window(Size n, int kind, double alpha, double beta, int unity_gain = 0) {
+static std::vector<double> window(std::size_t n, int kind, double alpha, double beta, int unity_gain = 0) {
     const auto multiply = [=](double *x, double *, int m) { WindowData(x, m, kind, alpha, beta, unity_gain); };
     std::vector<double> factors;
     for (const signals::Point w : signals::run(multiply, signals::Signal(n, 2), 1)) factors.push_back(w.real() / 2);
@@ -42,18 +40,18 @@ TEST(WindowData, has_the_values_of_its_windows) {
 
 TEST(WindowData, is_symmetric_with_a_flat_middle_and_a_mean_gain_of_one_if_asked) {
     for (int kind = wkKaiser; kind <= wkSine; ++kind)
-        for (Size n = 1; n <= 40; ++n)
+        for (std::size_t n = 1; n <= 40; ++n)
             for (const double alpha : {0.0, 0.29, 0.3, 0.5, 1.0, 2.0}) {
                 SCOPED_TRACE(testing::Message() << "window " << kind << ", " << n << " points, alpha " << alpha);
                 const bool has_own_centre = kind == wkKaiser || kind == wkFlatTop;  // and takes no flat middle
-                const Size flat = has_own_centre ? 0 : static_cast<Size>(alpha * static_cast<double>(n));
-                const Size taper = n - std::min(n, flat + flat % 2);
+                const std::size_t flat = has_own_centre ? 0 : static_cast<std::size_t>(alpha * static_cast<double>(n));
+                const std::size_t taper = n - std::min(n, flat + flat % 2);
                 if (kind == wkTriangle && taper % 2 == 0) continue;  // its points are no samples of a curve
                 const auto w = window(n, kind, alpha, 1.5), unity = window(n, kind, alpha, 1.5, -1);
                 const auto finer = window(2 * taper + 1, kind, 0, 1.5);
                 const double mean = std::accumulate(w.begin(), w.end(), 0.0) / static_cast<double>(n);
-                for (Size i = 0; i < n; ++i) {
-                    const Size j = std::min(i, n - 1 - i);
+                for (std::size_t i = 0; i < n; ++i) {
+                    const std::size_t j = std::min(i, n - 1 - i);
                     EXPECT_EQ(w[i], j < taper / 2 || has_own_centre ? finer[2 * j + 1] : 1) << "at " << i;
                     EXPECT_EQ(unity[i], w[i] / mean) << "at " << i;  // to the bit: both add from left to right
                 }
