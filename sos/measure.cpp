@@ -116,9 +116,11 @@ void add_around(Complex root, double even_step, std::vector<double> &angles) {
     const double centre = std::arg(root);
     angles.push_back(centre);
     double distance = kFirst * std::max(std::abs(1 - std::abs(root)), kNearest);
-    for (; (kGrowth - 1) * distance < even_step; distance *= kGrowth)
+    while ((kGrowth - 1) * distance < even_step) {
         for (const double angle : {centre - distance, centre + distance})
             if (angle > 0 && angle < kPi) angles.push_back(angle);
+        distance *= kGrowth;
+    }
 }
 
 // The largest value of a function between two points, by golden-section search.
