@@ -33,10 +33,11 @@ TEST_F(CommandLine, automatic_cutoff_is_that_of_the_library) {
         EXPECT_EQ(run(std::string("filter lowpass --rate 49 x.csv --auto ") + ratio), 0);
         std::vector<double> y = x;
         testing::internal::CaptureStdout();
-        dataZeroPhaseFilter(y.data(), n, 1.0 / 49, std::atof(ratio), 0);
-        double rate = 0;
-        int last = 0;
-        ASSERT_EQ(std::sscanf(testing::internal::GetCapturedStdout().c_str(), "%lf,%d", &rate, &last), 2);
+        dataZeroPhaseFilter(y.data(), n, 1.0 / 49, std::stod(ratio), 0);
+        double rate = 0, last = 0;
+        char comma = 0;
+        std::istringstream(testing::internal::GetCapturedStdout()) >> rate >> comma >> last;
+        ASSERT_EQ(comma, ',');
         EXPECT_EQ(out, filled(layout, y));
         const double cutoff = 15 * last * rate / (n - 1);
         std::ostringstream remark;
