@@ -20,7 +20,7 @@ class Option {
     explicit Option(CLI::Option *option) : option_(option) {}
 
     Option &required();
-    Option &type_name(const std::string &name);                    // the placeholder of its value in the help
+    Option &type_name(const std::string &name);                    // what stands for its value in the help
     Option &excludes(std::initializer_list<const char *> others);  // options added before
     Option &one_at_a_time();                                       // may be repeated, with one value each
 

@@ -24,7 +24,7 @@ class Folder {
 
   private:
     std::filesystem::path home_ = std::filesystem::current_path();
-    std::string path_ = (std::filesystem::temp_directory_path() / "mensura_XXXXXX").string();
+    std::string path_ = (std::filesystem::temp_directory_path() / "mensura_").string() + std::string(6, 'X');
 };
 
 }  // namespace support
