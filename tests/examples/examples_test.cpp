@@ -11,6 +11,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 // What a command that ends with this status writes to standard output.
@@ -24,9 +25,7 @@ static std::string output_of(const std::string &command, int status = 0) {
     return text;
 }
 
-struct Pair {
-    double first, second;
-};
+using Pair = std::pair<double, double>;
 
 // The two numbers of the row that begins with label, whatever stands between them; NaN where there is no such row.
 static Pair row(const std::string &table, const std::string &label) {

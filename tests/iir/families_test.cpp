@@ -113,7 +113,8 @@ TEST(PrototypeFamily, papoulis_polynomials_satisfy_their_definition) {
             const int k = (n - 1) / 2;
             const double step = 2 * w * w / kSteps, scale = n % 2 == 0 ? (k + 1) * (k + 2) : 2 * (k + 1) * (k + 1);
             double integral = 0;
-            for (double x = step / 2 - 1; x < 2 * w * w - 1; x += step) {
+            for (int j = 0; j < kSteps; ++j) {
+                const double x = (j + 0.5) * step - 1;
                 double v = 0;
                 for (int i = k; i >= 0; i -= 2 - n % 2) v += (2 * i + 1) * std::legendre(static_cast<unsigned>(i), x);
                 integral += step * v * v * (n % 2 == 0 ? x + 1 : 1) / scale;
