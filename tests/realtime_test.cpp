@@ -89,7 +89,8 @@ const Call kCalls[] = {
     CALL(4, 35, rmatrix_multi_ptr(&square, &square, &result);
          getKalmanFilter_out_d(&kf, getKalmanFilter_state_d(&kf, out))),
     CALL(101, 110, rmatrix_inverse_ptr(&square, &result)),
-    CALL(261, 440, result = rmatrix_multi(square, square); result = rmatrix_inverse(square)),
+    CALL(261, 440, result = rmatrix_multi(square, square)),
+    CALL(261, 440, result = rmatrix_inverse(square)),
     CALL(101, 110, setRMATRIX_ptr(samples, measured, 1, &other); KalmanFilter_update(&kf, &other);
          KalmanFilter_update1(&kf, &other, &square)),
     CALL(101, 110, KalmanFilter_update_d(&kf, samples, out); KalmanFilter_update1_d1(&kf, samples, rows, out)),
