@@ -20,7 +20,7 @@ _CALLS = (
     (Double, "measure_group_delay", *_ROWS, Double, Double),
     (Double, "measure_pole_radius", *_ROWS),
     (Int, "measure_grid", *_ROWS, Double, Doubles, Int),
-    (Int, "measure_crossings", *_ROWS, Double, Double, Doubles, Int),
+    (None, "measure_band_around", *_ROWS, Double, Double, Double, Pointer(Double), Pointer(Double)),
     (None, "measure_extremes", *_ROWS, Double, Double, Double, Pointer(Double), Pointer(Double)),
     (ctypes.c_char_p, "measure_family", Int, Pointer(Int)),
 )
@@ -61,11 +61,10 @@ class Cascade:
 
     def grid(self, rate=2.0):
         """Frequencies close enough that no peak or notch falls between two of them."""
-        return self._listed(self._sos.measure_grid, rate)
-
-    def crossings(self, threshold=HALF_POWER, rate=2.0):
-        """Where the magnitude passes the threshold, in ascending order."""
-        return self._listed(self._sos.measure_crossings, rate, threshold)
+        count = self._sos.measure_grid(self._rows, self.count, rate, doubles(0), 0)
+        out = doubles(count)
+        self._sos.measure_grid(self._rows, self.count, rate, out, count)
+        return out
 
     def highest(self, start, end, rate=2.0):
         """The highest gain in dB from one frequency to another."""
@@ -73,23 +72,20 @@ class Cascade:
         self._sos.measure_extremes(self._rows, self.count, rate, start, end, lowest, highest)
         return decibels(highest.value)
 
+    def band(self, frequency, rate=2.0, threshold=HALF_POWER):
+        """Where the magnitude passes the threshold below and above a frequency; 0 and rate / 2 where it does not."""
+        low, high = Double(), Double()
+        self._sos.measure_band_around(self._rows, self.count, rate, threshold, frequency, low, high)
+        return low.value, high.value
+
     def half_power(self, start, end, rate=2.0, threshold=HALF_POWER):
-        """The crossing nearest to `start` on the way to `end`; `end` where there is none."""
-        low, high = sorted((start, end))
-        found = [f for f in self.crossings(threshold, rate) if low <= f <= high]
-        return min(found, key=lambda f: abs(f - start), default=end)
+        """The crossing nearest to `start` on the way to `end`, which is 0 or rate / 2; `end` where there is none."""
+        return self.band(start, rate, threshold)[end > start]
 
     def width(self, centre, rate=2.0):
         """Between the two half-power points around the centre."""
-        found = self.crossings(rate=rate)
-        return min(f for f in found if f > centre) - max(f for f in found if f < centre)
-
-    def _listed(self, call, *arguments):
-        out = doubles(0)
-        count = call(self._rows, self.count, *arguments, out, 0)
-        out = doubles(count)
-        call(self._rows, self.count, *arguments, out, count)
-        return out
+        low, high = self.band(centre, rate)
+        return high - low
 
 
 class Designer:

@@ -59,12 +59,6 @@ int measure_grid(const double *rows, int count, double rate, double *out, int ca
     return hand_over(mensura::sos::frequency_grid(Rows(rows, count), rate), out, capacity);
 }
 
-int measure_crossings(const double *rows, int count, double rate, double threshold, double *out, int capacity) {
-    const Rows cascade(rows, count);
-    const std::vector<double> grid = mensura::sos::frequency_grid(cascade, rate);
-    return hand_over(mensura::sos::crossings(cascade, rate, threshold, grid), out, capacity);
-}
-
 void measure_extremes(const double *rows, int count, double rate, double from, double to, double *lowest,
                       double *highest) {
     const Rows cascade(rows, count);
@@ -72,6 +66,15 @@ void measure_extremes(const double *rows, int count, double rate, double from, d
     const mensura::sos::Extremes found = mensura::sos::extremes(cascade, rate, from, to, grid);
     *lowest = found.lowest;
     *highest = found.highest;
+}
+
+void measure_band_around(const double *rows, int count, double rate, double threshold, double frequency, double *from,
+                         double *to) {
+    const Rows cascade(rows, count);
+    const std::vector<double> grid = mensura::sos::frequency_grid(cascade, rate);
+    const mensura::sos::Band band = mensura::sos::band_around(cascade, rate, threshold, frequency, grid);
+    *from = band.from;
+    *to = band.to;
 }
 
 // Name and largest order of a family; null for a code that is none.
