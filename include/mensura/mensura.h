@@ -13,6 +13,7 @@
 #include <mensura/online.h>
 #include <mensura/roots.h>
 #include <mensura/smooth.h>
+#include <mensura/sos.h>
 #include <mensura/spectral.h>
 
 #endif

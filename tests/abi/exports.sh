@@ -21,7 +21,7 @@ echo '#include <mensura/mensura.h>' | statements |
     sort > declared
 # Version nodes show as absolute symbols.  A name without a node has got past the version script.
 "$nm" -D --defined-only "$library" |
-    awk '$2 != "A" { if (!sub(/@@MENSURA_[0-9]+$/, "", $3)) $3 = $3 " without version"; print $3 }' | sort > exported
+    awk '$2 != "A" { if (!sub(/@@MENSURA_[0-9.]+$/, "", $3)) $3 = $3 " without version"; print $3 }' | sort > exported
 
 diff -U0 listed exported || failed=1
 diff -U0 listed declared || failed=1

@@ -1,0 +1,3 @@
+#include "../internal/target.h"
+
+namespace mensura::sos::MENSURA_TARGET {}
