@@ -11,7 +11,7 @@ from array import array
 SECTIONS = 50  # MAX_IIR_SECTIONS
 CAPACITY = 100  # RMATRIX_CAPACITY
 
-Double, Int, Pointer = ctypes.c_double, ctypes.c_int, ctypes.POINTER
+Double, Int, Size, Pointer = ctypes.c_double, ctypes.c_int, ctypes.c_ssize_t, ctypes.POINTER
 Array = Double * SECTIONS
 OdeFunction = ctypes.CFUNCTYPE(Int, Double, Pointer(Double), ctypes.c_void_p, Pointer(Double))
 
@@ -111,7 +111,24 @@ class LimitAverageOnline(ctypes.Structure):
     _fields_ = [("Limiter", AmplitudeLimitOnline), ("Average", MovingAverageOnline)]
 
 
+class SosRequest(ctypes.Structure):
+    """mensura_sos_request."""
+
+    _fields_ = [(name, Int) for name in ("size", "pass_type", "family", "poles", "passes", "band")]
+    _fields_ += [("rate", Double), ("edge", Double * 2)]
+    _fields_ += [(name, Double) for name in ("level_db", "ripple_db", "stop_db", "gamma", "gain_db")]
+
+
+class SosRequirement(ctypes.Structure):
+    """mensura_sos_requirement."""
+
+    _fields_ = [(name, Int) for name in ("size", "pass_type", "passes", "reserved")]
+    _fields_ += [("rate", Double), ("pass_edge", Double * 2), ("stop_edge", Double * 2)]
+    _fields_ += [("loss_db", Double), ("attenuation_db", Double)]
+
+
 UNARY, BINARY = ("CplxDCos", "CplxDSin", "CplxDTan"), ("CplxDAdd", "CplxDSub", "CplxDMult", "CplxDDivision")
+SOS = (Doubles, Int)  # 6 values a section, sections
 SMOOTHERS = [f"linearSmooth{w}" for w in (3, 5, 7, 9, 11)]
 SMOOTHERS += [f"{d}Smooth{w}" for w in (5, 7) for d in ("quadratic", "cubic")]
 CALLS = (  # result, name, arguments
@@ -163,6 +180,23 @@ CALLS = (  # result, name, arguments
     (Double, "amlitude_limit_move_average_filter_online", Pointer(LimitAverageOnline), Double),
     (None, "init_move_average_filter_online", Pointer(MovingAverageOnline), Int),
     (Double, "move_average_filter_online", Pointer(MovingAverageOnline), Double),
+    (ctypes.c_char_p, "mensura_sos_message", Int),
+    (Int, "mensura_sos_default_request", Pointer(SosRequest), Int),
+    (Int, "mensura_sos_design", Pointer(SosRequest), Doubles, Int),
+    (Int, "mensura_sos_order", Pointer(SosRequirement), Int, Double, Pointer(SosRequest), Int),
+    (Int, "mensura_sos_filter", *SOS, Doubles, Doubles, Size, Doubles, Size, Size),
+    (Int, "mensura_sos_filter_channels", *SOS, Doubles, Int, Doubles, Size, Size, Doubles, Size, Size, Size),
+    (Int, "mensura_sos_steady_state", *SOS, Double, Doubles),
+    (Int, "mensura_sos_extension", *SOS),
+    (Int, "mensura_sos_filtfilt", *SOS, Int, Size, Doubles, Size, Doubles, Size, Size, Doubles),
+    (Int, "mensura_sos_response", *SOS, Double, Doubles, Doubles, Doubles, Size),
+    (Int, "mensura_sos_group_delay", *SOS, Double, Doubles, Doubles, Size),
+    (Int, "mensura_sos_crossings", *SOS, Double, Double, Doubles, Int),
+    (Int, "mensura_sos_extremes", *SOS, *[Double] * 3, Pointer(Double), Pointer(Double)),
+    (Int, "mensura_sos_pole_radius", *SOS, Pointer(Double)),
+    (Int, "mensura_sos_step_response", *SOS, Doubles, Size),
+    (Int, "mensura_sos_impulse_response", *SOS, Doubles, Size),
+    (Int, "mensura_sos_step_figures", *SOS, Double, Size, Pointer(Double), Pointer(Size)),
 )
 
 
