@@ -1,0 +1,84 @@
+// The numerators and denominators of sections, on the unit circle and at their roots.
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+#include "../internal/constants.h"
+
+namespace mensura::sos {
+
+struct Quadratic {  // Q = c0 + c1 z^-1 + c2 z^-2
+    double c0, c1, c2;
+};
+
+// Of a section b0 b1 b2 1 a1 a2.
+inline Quadratic numerator(const double *section) { return {section[0], section[1], section[2]}; }
+inline Quadratic denominator(const double *section) { return {section[3], section[4], section[5]}; }
+
+// Near z = 1 and z = -1, where the poles of low and high cut-offs lie, the terms of Q nearly cancel.  There these two
+// sums are exact in this order, because each subtraction is of numbers within a factor of two of each other.
+inline double at_plus_one(const Quadratic &q) { return q.c0 + q.c1 + q.c2; }
+inline double at_minus_one(const Quadratic &q) { return q.c0 - q.c1 + q.c2; }
+
+// The angle theta = 2 pi x at a frequency of x cycles a sample, 0 .. 1/2, by the sine and cosine of its half; exact at
+// both ends.  The smaller of the two is a sine, the other one at least sqrt(1/2).
+class Angle {
+  public:
+    explicit Angle(double cycles)
+        : nearer_to_zero_(cycles <= 0.25),
+          smaller_(std::sin(mensura::kPi * (nearer_to_zero_ ? cycles : 0.5 - cycles))),
+          larger_(std::sqrt(1 - smaller_ * smaller_)) {}
+
+    bool nearer_to_zero() const { return nearer_to_zero_; }
+    double sine() const { return 2 * smaller_ * larger_; }
+    double one_minus_larger_cosine() const { return 2 * smaller_ * smaller_; }  // 1 - |cos(theta)|
+
+  private:
+    bool nearer_to_zero_;
+    double smaller_, larger_;
+};
+
+// exp(i theta) Q = c1 + (c0 + c2) cos(theta) + i (c0 - c2) sin(theta).  The cosine is written as its difference from
+// 1 or -1, whichever is nearer, so that only small terms are added where Q is small.  The factor exp(i theta) cancels
+// in a quotient.
+struct Turned {
+    double re, im;
+
+    Turned(const Quadratic &q, const Angle &theta) : im((q.c0 - q.c2) * theta.sine()) {
+        const double rest = (q.c0 + q.c2) * theta.one_minus_larger_cosine();
+        re = theta.nearer_to_zero() ? at_plus_one(q) - rest : rest - at_minus_one(q);
+    }
+    double norm() const { return re * re + im * im; }  // |Q|^2
+};
+
+struct Root {
+    double re, im;
+
+    double modulus() const { return std::hypot(re, im); }
+};
+
+struct Roots {
+    std::array<Root, 2> z;
+    std::size_t count;
+};
+
+// The roots of c0 z^2 + c1 z + c2, except those at the origin or at infinity.
+inline Roots roots(const Quadratic &q) {
+    if (q.c0 == 0) {
+        if (q.c1 == 0 || q.c2 == 0) return {{}, 0};
+        return {{{{-q.c2 / q.c1, 0}, {}}}, 1};
+    }
+    const double half = -0.5 * q.c1 / q.c0, product = q.c2 / q.c0;
+    const double discriminant = std::fma(half, half, -product);  // rounded once: it is small for roots close together
+    if (!(discriminant >= 0)) {
+        const double imag = std::sqrt(-discriminant);
+        return {{{{half, imag}, {half, -imag}}}, 2};
+    }
+    const double larger = half + std::copysign(std::sqrt(discriminant), half);
+    if (larger == 0) return {{}, 0};
+    return {{{{larger, 0}, {product / larger, 0}}}, product == 0 ? 1U : 2U};
+}
+
+}  // namespace mensura::sos
