@@ -1,7 +1,44 @@
+// The families by name, and their edge moved to 1 rad/s.
+
 #include "prototype.h"
+
+#include <cmath>
+
+#include "family.h"
 
 namespace mensura::sos {
 
-bool make_prototype(const mensura_sos_request &, Real, Prototype &) { return false; }
+namespace {
+
+// Ripple and stop band are requested for all passes together.
+Specification of_one_pass(const mensura_sos_request &request, Real level) {
+    const Real passes = static_cast<Real>(request.passes);
+    return {request.poles, level, request.ripple_db / passes, request.stop_db / passes, request.gamma};
+}
+
+Real family_edge(int family, const Specification &spec, Prototype &prototype) {
+    switch (family) {
+        case pfButterworth: return butterworth(spec, prototype);
+        case pfChebyshev: return chebyshev(spec, prototype);
+        case pfInverseChebyshev: return inverse_chebyshev(spec, prototype);
+        default: return 0;
+    }
+}
+
+void move_edge_to_one(Prototype &prototype, Real edge) {
+    const Real scale = 1 / edge;
+    for (std::size_t i = 0; i < prototype.pole_count; ++i) prototype.poles[i] = scale * prototype.poles[i];
+    for (std::size_t i = 0; i < prototype.zero_count; ++i) prototype.zeros[i] *= scale;
+}
+
+}  // namespace
+
+bool make_prototype(const mensura_sos_request &request, Real level, Prototype &prototype) {
+    prototype = {};
+    const Real edge = family_edge(request.family, of_one_pass(request, level), prototype);
+    if (!std::isfinite(edge) || edge <= 0) return false;
+    move_edge_to_one(prototype, edge);
+    return true;
+}
 
 }  // namespace mensura::sos

@@ -1,0 +1,46 @@
+// Shared by the prototype families.  Each fills in poles, zeros and peak, and returns the edge in rad/s: the outermost
+// frequency of the pass band at which the gain is `level` times the peak.
+#pragma once
+
+#include <array>
+#include <cmath>
+
+#include "prototype.h"
+
+namespace mensura::sos {
+
+// What a family is told, as figures of one pass.
+struct Specification {
+    int order;
+    Real level;               // a ratio below 1
+    Real ripple_db, stop_db;  // above 0
+    Real gamma;
+};
+
+// 10^(db / 10) - 1, the square of a Chebyshev polynomial's factor epsilon.
+inline Real epsilon_squared(Real db) { return std::expm1(db / 10 * 2.30258509299404568401799145468436421L); }
+
+// The same of a level given as a ratio: 1 / level^2 - 1.
+inline Real epsilon_squared_of(Real level) { return (1 - level) * (1 + level) / (level * level); }
+
+// Of theta = (2 i + 1) pi / (2 n): both as sines of an angle below pi/2, so that a small one keeps its digits.
+struct Angle {
+    Real sine, cosine;
+};
+
+inline Angle ellipse_angle(int n, int i) {
+    const Real unit = kPi / static_cast<Real>(2 * n);
+    return {std::sin(static_cast<Real>(2 * i + 1) * unit), std::sin(static_cast<Real>(n - 1 - 2 * i) * unit)};
+}
+
+// The ripple of an even order starts at its lowest point.
+inline Real ripple_peak(int n, Real eps2) { return n % 2 == 0 ? std::sqrt(1 + eps2) : 1; }
+
+// Whether a level is below the stop band, whose own level is a ratio of 1, by more than rounding.
+inline bool is_below_stop_band(Real level_to_stop) { return level_to_stop < 1 - Real{1e-12}; }
+
+Real butterworth(const Specification &spec, Prototype &prototype);
+Real chebyshev(const Specification &spec, Prototype &prototype);
+Real inverse_chebyshev(const Specification &spec, Prototype &prototype);
+
+}  // namespace mensura::sos
