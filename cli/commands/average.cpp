@@ -36,7 +36,7 @@ void run(const Options &options) {
         init_move_average_filter_online(filter.get(), length);
         return [filter](double x) { return move_average_filter_online(filter.get(), x); };
     };
-    stream_table(source, options.files, make, fmt::format("average of {} samples", length), 0);
+    stream_table(source, options.files, channel_by_channel(make), fmt::format("average of {} samples", length), 0);
 }
 
 }  // namespace

@@ -112,10 +112,10 @@ void run_as_stream(const Options &options, Source &source) {
         WavReader wav(source);
         wav.check_request(options.request.rate, options.files.columns);
         const TIIRFilter design = designed(options.request, wav.rate());
-        stream_wav(wav, options.files, copies_of(design), title);
+        stream_wav(wav, options.files, channel_by_channel(copies_of(design)), title);
     } else {
         const TIIRFilter design = designed(options.request, *options.request.rate);
-        stream_table(source, options.files, copies_of(design), title, *options.request.rate);
+        stream_table(source, options.files, channel_by_channel(copies_of(design)), title, *options.request.rate);
     }
 }
 

@@ -73,11 +73,14 @@ void write_table(const Record &record, Output &out) {
 }
 
 void write_sound(const Record &record, Output &out) {
+    const std::size_t channels = record.channels.size(), n = record.length();
     WavWriter wav(out, *record.wav);
-    std::vector<double> frame(record.channels.size());
-    for (std::size_t i = 0; i < record.length(); ++i) {
-        for (std::size_t k = 0; k < frame.size(); ++k) frame[k] = record.channels[k].samples[i];
-        wav.write(frame);
+    std::vector<double> frames;
+    for (std::size_t from = 0; from < n; from += kWavFrames) {
+        frames.clear();
+        for (std::size_t i = from; i < std::min(from + kWavFrames, n); ++i)
+            for (std::size_t k = 0; k < channels; ++k) frames.push_back(record.channels[k].samples[i]);
+        wav.write(frames);
     }
     wav.finish();
 }

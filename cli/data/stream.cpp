@@ -12,32 +12,6 @@ namespace cli {
 
 namespace {
 
-// Runs the filters over rows.  A channel's filter starts with its first number.
-class Channels {
-  public:
-    Channels(const MakeFilter &make, Comparison &comparison) : make_(make), comparison_(comparison) {}
-
-    const std::vector<double> &run(const std::vector<double> &row) {
-        while (filters_.size() < row.size()) {
-            filters_.push_back(make_());
-            held_.push_back(kMissing);
-        }
-        result_.resize(row.size());
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            if (!std::isnan(row[i])) held_[i] = row[i];
-            result_[i] = std::isnan(held_[i]) ? kMissing : filters_[i](held_[i]);
-            comparison_.add(i, row[i], result_[i]);
-        }
-        return result_;
-    }
-
-  private:
-    const MakeFilter &make_;
-    Comparison &comparison_;
-    std::vector<ChannelFilter> filters_;
-    std::vector<double> held_, result_;
-};
-
 std::vector<std::string> names_of(const TableReader &table) {
     std::vector<std::string> names;
     for (const Column &column : table.columns()) names.push_back(column.name);
@@ -46,33 +20,56 @@ std::vector<std::string> names_of(const TableReader &table) {
 
 }  // namespace
 
-void stream_table(Source &source, const Files &files, const MakeFilter &make, const std::string &title, double rate) {
+FrameFilter channel_by_channel(const MakeFilter &make) {
+    return [make, filters = std::vector<ChannelFilter>()](std::span<double> frames, std::size_t channels) mutable {
+        while (filters.size() < channels) filters.push_back(make());
+        for (std::size_t i = 0; i < frames.size(); ++i)
+            if (!std::isnan(frames[i])) frames[i] = filters[i % channels](frames[i]);
+    };
+}
+
+void Gaps::fill(std::span<double> frames, std::size_t channels) {
+    last_.resize(channels, kMissing);
+    for (std::size_t i = 0; i < frames.size(); i += channels)
+        for (std::size_t k = 0; k < channels; ++k) {
+            double &sample = frames[i + k];
+            if (std::isnan(sample)) sample = last_[k];
+            last_[k] = sample;
+        }
+}
+
+void stream_table(Source &source, const Files &files, const FrameFilter &filter, const std::string &title,
+                  double rate) {
     TableReader table(source, files.columns);
     Output out(data_file(files.plot, files.output));
     Comparison comparison(files.plot);
-    Channels channels(make, comparison);
+    Gaps gaps;
+    std::vector<double> row;
     for_each_line(table, out, [&] {
-        if (table.kind() == LineKind::Data)
-            table.write_row(out, channels.run(table.values()));
-        else
-            table.write_line(out);
+        if (table.kind() != LineKind::Data) return table.write_line(out);
+        row = table.values();
+        gaps.fill(row, row.size());
+        filter(row, row.size());
+        comparison.add(table.values(), row, row.size());
+        table.write_row(out, row);
     });
     out.commit();
     comparison.draw(title, names_of(table), rate);
 }
 
-void stream_wav(WavReader &wav, const Files &files, const MakeFilter &make, const std::string &title) {
+void stream_wav(WavReader &wav, const Files &files, const FrameFilter &filter, const std::string &title) {
     Output out(data_file(files.plot, files.output));
     WavWriter result(out, wav);
     Comparison comparison(files.plot);
-    Channels channels(make, comparison);
-    std::vector<double> frames(kWavFrames * wav.channels()), row(wav.channels());
+    Gaps gaps;
+    std::vector<double> frames(kWavFrames * wav.channels()), before;
     while (const std::size_t count = wav.read(frames)) {
-        for (std::size_t i = 0; i < count; i += row.size()) {
-            std::copy_n(frames.data() + i, row.size(), row.data());
-            std::ranges::copy(channels.run(row), frames.data() + i);
-        }
-        result.write({frames.data(), count});
+        const std::span<double> block(frames.data(), count);
+        if (files.plot.wanted()) before = frames;
+        gaps.fill(block, wav.channels());
+        filter(block, wav.channels());
+        comparison.add(before, block, wav.channels());
+        result.write(block);
     }
     result.finish();
     std::vector<std::string> names;

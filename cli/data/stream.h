@@ -1,8 +1,11 @@
-// Tables and WAVs filtered while they are read: a row in, a row out.
+// Tables and WAVs filtered while they are read: a row in, a row out; of sounds a block.
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "cli/app/options.h"
 #include "cli/data/source.h"
@@ -12,14 +15,27 @@
 
 namespace cli {
 
+// Filters frames, a sample of each channel, in place.  A channel is missing (NaN) before its first number, never later.
+using FrameFilter = std::function<void(std::span<double> frames, std::size_t channels)>;
+
 // A filter of one channel: a sample in, a sample out.
 using ChannelFilter = std::function<double(double)>;
 using MakeFilter = std::function<ChannelFilter()>;
+// Every channel with a filter of its own, which begins with its first number.
+FrameFilter channel_by_channel(const MakeFilter &make);
 
-// Every channel has a filter of its own, which receives the value before a missing one in its place.  `rate` is for the
-// picture.
-void stream_table(Source &source, const Files &files, const MakeFilter &make, const std::string &title, double rate);
-void stream_wav(WavReader &wav, const Files &files, const MakeFilter &make, const std::string &title);
+// Puts the value before it in its channel into the place of each sample that is missing.
+class Gaps {
+  public:
+    void fill(std::span<double> frames, std::size_t channels);
+
+  private:
+    std::vector<double> last_;
+};
+
+// `rate` is for the picture.
+void stream_table(Source &source, const Files &files, const FrameFilter &filter, const std::string &title, double rate);
+void stream_wav(WavReader &wav, const Files &files, const FrameFilter &filter, const std::string &title);
 
 // Reads a table to its end and calls answer() for each line.  Output is flushed before the program waits for the next
 // line, so that a sender of single lines receives the result of each at once.

@@ -16,6 +16,11 @@ void Comparison::add(std::size_t channel, double before, double after) {
     after_[channel].add(after);
 }
 
+void Comparison::add(std::span<const double> before, std::span<const double> after, std::size_t channels) {
+    if (!plot_.wanted()) return;
+    for (std::size_t i = 0; i < after.size(); ++i) add(i % channels, before[i], after[i]);
+}
+
 void Comparison::draw(const std::string &title, const std::vector<std::string> &names, double rate) const {
     if (!plot_.wanted()) return;
     Figure figure{.title = title};

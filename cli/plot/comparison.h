@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@ class Comparison {
   public:
     explicit Comparison(const PlotOptions &plot) : plot_(plot) {}
     void add(std::size_t channel, double before, double after);
+    // Frames, a sample of each channel.
+    void add(std::span<const double> before, std::span<const double> after, std::size_t channels);
     void draw(const std::string &title, const std::vector<std::string> &names, double rate) const;
 
   private:
