@@ -1,9 +1,37 @@
-#include <mensura/sos.h>
+// Filters run block by block, with their state.
 
-int mensura_sos_filter(const double *, int, double *, const double *, ptrdiff_t, double *, ptrdiff_t, ptrdiff_t) {
-    return MENSURA_SOS_UNREACHABLE;
+#include "arguments.h"
+#include "filter_kernel.h"
+
+using namespace mensura::sos;
+
+namespace {
+
+int check(const double *sos, int sections, const double *state, const double *x, const double *y, ptrdiff_t n) {
+    if (const int code = check_sections(sos, sections)) return code;
+    if (state == nullptr) return MENSURA_SOS_NULL;
+    if (const int code = check_values(x, n)) return code;
+    return check_values(y, n);
 }
-int mensura_sos_filter_channels(const double *, int, double *, int, const double *, ptrdiff_t, ptrdiff_t, double *,
-                                ptrdiff_t, ptrdiff_t, ptrdiff_t) {
-    return MENSURA_SOS_UNREACHABLE;
+
+}  // namespace
+
+int mensura_sos_filter(const double *sos, int sections, double *state, const double *x, ptrdiff_t x_stride, double *y,
+                       ptrdiff_t y_stride, ptrdiff_t n) {
+    if (const int code = check(sos, sections, state, x, y, n)) return code;
+    run_sections(sos, static_cast<std::size_t>(sections), state,
+                 {x, x_stride, y, y_stride, static_cast<std::size_t>(n)});
+    return 0;
+}
+
+int mensura_sos_filter_channels(const double *sos, int sections, double *state, int channels, const double *x,
+                                ptrdiff_t x_stride, ptrdiff_t x_distance, double *y, ptrdiff_t y_stride,
+                                ptrdiff_t y_distance, ptrdiff_t n) {
+    if (const int code = check(sos, sections, state, x, y, n)) return code;
+    if (channels < 1) return MENSURA_SOS_COUNT;
+    const auto count = static_cast<std::size_t>(sections);
+    for (ptrdiff_t c = 0; c < channels; ++c)
+        run_sections(sos, count, state + static_cast<std::size_t>(c) * count * kRegisters,
+                     {x + c * x_distance, x_stride, y + c * y_distance, y_stride, static_cast<std::size_t>(n)});
+    return 0;
 }
