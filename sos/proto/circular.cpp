@@ -19,11 +19,6 @@ void place_on_ellipse(int n, Real a, Real b, Prototype &prototype) {
     prototype.pole_count = pairs;
 }
 
-// T_n(w) = x, the largest such w for x below 1.
-Real inverse_chebyshev_polynomial(int n, Real x) {
-    return x < 1 ? std::cos(std::acos(x) / static_cast<Real>(n)) : std::cosh(std::acosh(x) / static_cast<Real>(n));
-}
-
 }  // namespace
 
 // |H|^2 = 1 / (1 + w^2n)

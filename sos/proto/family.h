@@ -33,6 +33,11 @@ inline Angle ellipse_angle(int n, int i) {
     return {std::sin(static_cast<Real>(2 * i + 1) * unit), std::sin(static_cast<Real>(n - 1 - 2 * i) * unit)};
 }
 
+// T_n(w) = x, the largest such w for x below 1.
+inline Real inverse_chebyshev_polynomial(int n, Real x) {
+    return x < 1 ? std::cos(std::acos(x) / static_cast<Real>(n)) : std::cosh(std::acosh(x) / static_cast<Real>(n));
+}
+
 // The ripple of an even order starts at its lowest point.
 inline Real ripple_peak(int n, Real eps2) { return n % 2 == 0 ? std::sqrt(1 + eps2) : 1; }
 
@@ -42,5 +47,6 @@ inline bool is_below_stop_band(Real level_to_stop) { return level_to_stop < 1 - 
 Real butterworth(const Specification &spec, Prototype &prototype);
 Real chebyshev(const Specification &spec, Prototype &prototype);
 Real inverse_chebyshev(const Specification &spec, Prototype &prototype);
+Real elliptic(const Specification &spec, Prototype &prototype);
 
 }  // namespace mensura::sos

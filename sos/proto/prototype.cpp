@@ -21,6 +21,7 @@ Real family_edge(int family, const Specification &spec, Prototype &prototype) {
         case pfButterworth: return butterworth(spec, prototype);
         case pfChebyshev: return chebyshev(spec, prototype);
         case pfInverseChebyshev: return inverse_chebyshev(spec, prototype);
+        case pfElliptic: return elliptic(spec, prototype);
         default: return 0;
     }
 }
