@@ -64,21 +64,26 @@ struct Roots {
     std::size_t count;
 };
 
+// a^2 - b c to the last bits, however much it cancels: what the product b c loses is taken off, too.
+inline double square_minus_product(double a, double b, double c) {
+    const double product = b * c, lost = std::fma(b, c, -product);
+    return std::fma(a, a, -product) - lost;
+}
+
 // The roots of c0 z^2 + c1 z + c2, except those at the origin or at infinity.
 inline Roots roots(const Quadratic &q) {
     if (q.c0 == 0) {
         if (q.c1 == 0 || q.c2 == 0) return {{}, 0};
         return {{{{-q.c2 / q.c1, 0}, {}}}, 1};
     }
-    const double half = -0.5 * q.c1 / q.c0, product = q.c2 / q.c0;
-    const double discriminant = std::fma(half, half, -product);  // rounded once: it is small for roots close together
+    const double half = -0.5 * q.c1, discriminant = square_minus_product(half, q.c0, q.c2);
     if (!(discriminant >= 0)) {
-        const double imag = std::sqrt(-discriminant);
-        return {{{{half, imag}, {half, -imag}}}, 2};
+        const double real = half / q.c0, imag = std::sqrt(-discriminant) / std::abs(q.c0);
+        return {{{{real, imag}, {real, -imag}}}, 2};
     }
     const double larger = half + std::copysign(std::sqrt(discriminant), half);
     if (larger == 0) return {{}, 0};
-    return {{{{larger, 0}, {product / larger, 0}}}, product == 0 ? 1U : 2U};
+    return {{{{larger / q.c0, 0}, {q.c2 / larger, 0}}}, q.c2 == 0 ? 1U : 2U};
 }
 
 }  // namespace mensura::sos

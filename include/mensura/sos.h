@@ -256,7 +256,7 @@ MENSURA_EXPORT int mensura_sos_crossings(const double *sos, int sections, double
 
 /** The smallest and the largest gain from one frequency to another: the worst level of a pass band or a stop band.
  * @param from        0 .. to; to: at most rate / 2
- * @param lowest_db   the smallest gain in dB, minus infinity at a zero of H; may be null
+ * @param lowest_db   the smallest gain in dB, far down, or minus infinity, at a zero of H; may be null
  * @param highest_db  the largest gain in dB; may be null
  * @return 0 or a negative code */
 MENSURA_EXPORT int mensura_sos_extremes(const double *sos, int sections, double rate, double from, double to,
