@@ -67,7 +67,7 @@ def product(a, b):
 
 
 def papoulis(n):
-    """L_n(w^2) by ascending powers of w^2: the integral from -1 to 2 w^2 - 1 of a squared sum of Legendre polynomials."""
+    """L_n(w^2) by ascending powers of w^2: the integral of a squared sum of Legendre polynomials to 2 w^2 - 1."""
     k = (n - 1) // 2
     weighted = [[(2 * i + 1) * c for c in legendre(i)] for i in range(k + 1) if n % 2 or (i - k) % 2 == 0]
     total = [sum(p[i] for p in weighted if i < len(p)) for i in range(k + 1)]
@@ -340,7 +340,7 @@ class Ideal:
 
 
 def section_responses(rows, f):
-    """The response of each section: sums around z = 1 or z = -1, which are exact for doubles, so that nothing cancels."""
+    """The response of each section: by sums at z = 1 or z = -1, which are exact for doubles, so that nothing cancels."""
     f = np.asarray(f, LD)
     near = f <= LD(0.5)  # z = 1
     half = PI / 2 * np.where(near, f, 1 - f)

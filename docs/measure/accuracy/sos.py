@@ -1,4 +1,4 @@
-"""Designs of mensura/sos.h against their definitions, correctly rounded sections and SciPy; runs and orders against SciPy.
+"""Designs of mensura/sos.h against their definitions, rounded sections and SciPy; runs and orders against SciPy.
 
 By hand, more and random designs, for some minutes:
     cd docs/measure && /usr/bin/python3 -m accuracy.sos ../../build/release/libmensura.so [designs [seed]]
@@ -23,7 +23,8 @@ from .report import LD, noise
 
 MAX_SECTIONS, UNREACHABLE, PRECISION = 20, -18, -19
 HALF_POWER = 10 * math.log10(0.5)
-PASS_TYPES = {LOW_PASS: "low-pass", HIGH_PASS: "high-pass", BAND_PASS: "band-pass", NOTCH: "notch", ALL_PASS: "all-pass"}
+PASS_TYPES = {LOW_PASS: "low-pass", HIGH_PASS: "high-pass", BAND_PASS: "band-pass", NOTCH: "notch",
+              ALL_PASS: "all-pass"}
 FAMILIES = {BUTTERWORTH: "Butterworth", GAUSSIAN: "Gaussian", BESSEL: "Bessel", ADJUSTABLE: "Adjustable",
             CHEBYSHEV: "Chebyshev", INVERSE_CHEBYSHEV: "Inverse Chebyshev", PAPOULIS: "Papoulis", ELLIPTIC: "Elliptic"}
 MOST_POLES = {GAUSSIAN: 12, BESSEL: 12, INVERSE_CHEBYSHEV: 15, ELLIPTIC: 15}  # the others: 20
