@@ -1,84 +1,148 @@
 #include "cli/app/analysis.h"
 
 #include <fmt/format.h>
+#include <mensura/iir.h>
+#include <mensura/sos.h>
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
-#include <utility>
+#include <cstddef>
+#include <limits>
 
-#include "sos/measure.h"
+#include "cli/app/diagnostics.h"
 
 namespace cli {
 
 namespace {
 
-namespace sos = mensura::sos;
+const double kHalfPowerDb = 10 * std::log10(0.5);
+constexpr double kSettled = 0.02;                    // of the gain
+constexpr std::ptrdiff_t kMostSamples = 10'000'000;  // of a step response
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// The frequency at which the reference gain is measured: levels are relative to it.
-double reference_frequency(const IIRDesignSpec &spec, double rate) {
-    switch (spec.PassType) {
-        case ptHighPass: return 0.5 * rate;
-        case ptBandPass: return 0.5 * spec.NormCutoff * rate;
-        default: return 0;
-    }
+int checked(int code) {
+    if (code < 0) fail("{}", mensura_sos_message(code));
+    return code;
 }
 
-// Halfway to Nyquist when twice the cut-off lies beyond it.
-double octave_above(double cutoff, double nyquist) {
-    return 2 * cutoff < nyquist ? 2 * cutoff : 0.5 * (cutoff + nyquist);
+// The functions of mensura/sos.h on one filter.
+class Meter {
+  public:
+    Meter(const Sections &sections, double rate)
+        : sos_(sections.data()->data()), count_(static_cast<int>(sections.size())), rate_(rate) {}
+
+    double gain(double frequency) const {
+        double re = 0, im = 0;
+        checked(mensura_sos_response(sos_, count_, rate_, &frequency, &re, &im, 1));
+        return 20 * std::log10(std::hypot(re, im));
+    }
+    double delay(double frequency) const {  // s
+        double samples = 0;
+        checked(mensura_sos_group_delay(sos_, count_, rate_, &frequency, &samples, 1));
+        return samples / rate_;
+    }
+    std::vector<double> crossings(double level) const {
+        std::vector<double> found(
+            static_cast<std::size_t>(checked(mensura_sos_crossings(sos_, count_, rate_, level, nullptr, 0))));
+        checked(mensura_sos_crossings(sos_, count_, rate_, level, found.data(), static_cast<int>(found.size())));
+        return found;
+    }
+    Band extremes(double from, double to) const {
+        Band band{.from = from, .to = to};
+        checked(mensura_sos_extremes(sos_, count_, rate_, from, to, &band.lowest, &band.highest));
+        return band;
+    }
+
+  private:
+    const double *sos_;
+    int count_;
+    double rate_;
+};
+
+double reference_frequency(const Target &target) {
+    if (target.pass_type == ptHighPass) return 0.5 * target.rate;
+    return target.pass_type == ptBandPass ? target.centre : 0;
 }
 
-using Bands = std::vector<Band>;
+// Of bands whose levels are still absolute and of one pass.
+double largest_gain(const std::vector<Band> &bands) { return std::ranges::max(bands, {}, &Band::highest).highest; }
 
-// The pass bands and the stop bands.  Low-pass and high-pass: what lies an octave or more from the cut-off.  Band
-// types: a quarter of the bandwidth to either side of the centre (a notch: a twentieth), and what lies two bandwidths
-// or more from the centre.
-std::pair<Bands, Bands> band_edges(const IIRDesignSpec &spec, double rate) {
-    const double nyquist = 0.5 * rate, cutoff = spec.NormCutoff * nyquist, width = spec.NormBandwidth * nyquist;
-    const Band below{0, 0.5 * cutoff}, above{octave_above(cutoff, nyquist), nyquist};
-    const auto around = [cutoff, nyquist](double reach) {
-        return Band{std::max(cutoff - reach, 0.0), std::min(cutoff + reach, nyquist)};
-    };
-    Bands away;
-    if (cutoff - 2 * width > 0) away.push_back({0, cutoff - 2 * width});
-    if (cutoff + 2 * width < nyquist) away.push_back({cutoff + 2 * width, nyquist});
-    switch (spec.PassType) {
-        case ptLowPass: return {Bands{below}, Bands{above}};
-        case ptHighPass: return {Bands{above}, Bands{below}};
-        case ptBandPass: return {Bands{around(0.25 * width)}, away};
-        case ptNotch: return {away, Bands{around(0.05 * width)}};
-        default: return {Bands{{0, nyquist}}, Bands{}};
-    }
+void measure_levels(const Meter &meter, const Target &target, Achieved &achieved) {
+    for (const Band &band : target.pass) achieved.pass.push_back(meter.extremes(band.from, band.to));
+    for (const Band &band : target.stop) achieved.stop.push_back(meter.extremes(band.from, band.to));
+    const double once = meter.gain(reference_frequency(target));
+    const double reference = target.to_largest ? largest_gain(achieved.pass) : once;
+    const auto relative = [&](double gain) { return target.passes * (gain - reference); };
+    for (std::vector<Band> *const bands : {&achieved.pass, &achieved.stop})
+        for (Band &band : *bands) {
+            band.lowest = relative(band.lowest);
+            band.highest = relative(band.highest);
+        }
+    for (const double edge : target.edges) achieved.edges.push_back({edge, relative(meter.gain(edge))});
+    achieved.gain_db = target.passes * once;
+    achieved.reference_db = target.passes * reference;
+    achieved.half_power = meter.crossings(reference + kHalfPowerDb / target.passes);
+}
+
+void measure_step_of_one_pass(const Sections &sections, const Target &target, Achieved &achieved) {
+    const double gain = std::pow(10, target.gain_db / 20);
+    double overshoot = 0;
+    std::ptrdiff_t settling = 0;
+    if (mensura_sos_step_figures(sections.data()->data(), static_cast<int>(sections.size()), kSettled * gain,
+                                 kMostSamples, &overshoot, &settling) < 0)
+        return;
+    achieved.overshoot = overshoot / gain;
+    achieved.settling = static_cast<double>(settling) / target.rate;
+}
+
+// A step in the middle of a record, long enough that what is left of it at the ends does not show.
+void measure_step_of_both_passes(const Sections &sections, const Target &target, Achieved &achieved) {
+    constexpr double kGone = 1e-4;
+    const double *const sos = sections.data()->data();
+    const int count = static_cast<int>(sections.size());
+    std::ptrdiff_t reach = 0;
+    if (mensura_sos_step_figures(sos, count, kGone, kMostSamples / 4, nullptr, &reach) < 0) return;
+    const auto middle = static_cast<std::size_t>(2 * reach + 2);
+    std::vector<double> x(2 * middle), y(x.size());
+    std::fill(x.begin() + static_cast<std::ptrdiff_t>(middle), x.end(), 1.0);
+    if (mensura_sos_filtfilt(sos, count, MENSURA_SOS_ENDS_NONE, 0, x.data(), 1, y.data(), 1,
+                             static_cast<std::ptrdiff_t>(x.size()), nullptr) < 0)
+        return;
+    const double gain = std::pow(10, target.gain_db / 20), last = y.back();
+    const auto [lowest, highest] = std::ranges::minmax(y);
+    // A high-pass and a band-pass swing to both sides alike.
+    achieved.overshoot = std::max({0.0, highest - std::max(last, 0.0), std::abs(last) > 0 ? 0.0 : -lowest}) / gain;
+    std::size_t settled = y.size();
+    while (settled > middle && std::abs(y[settled - 1] - last) <= kSettled * gain) --settled;
+    achieved.settling = static_cast<double>(settled - middle) / target.rate;
 }
 
 }  // namespace
 
-Achieved analyse(const IIRCoeffs &c, const IIRDesignSpec &spec, double rate) {
-    const sos::RecordSections sections(c);
-    const sos::Cascade cascade = sections.cascade();
-    const std::vector<double> grid = sos::frequency_grid(cascade, rate);
-    const double cutoff = 0.5 * spec.NormCutoff * rate;
-    const double reference = sos::magnitude(cascade, reference_frequency(spec, rate), rate);
-    const auto level = [reference](double magnitude) { return sos::decibels(magnitude / reference); };
-
+Achieved soundness(const Sections &sections) {
     Achieved achieved;
-    achieved.asked_db = spec.GainDb;
-    achieved.reference_db = sos::decibels(reference);
-    achieved.at_cutoff_db = level(sos::magnitude(cascade, cutoff, rate));
-    achieved.half_power = sos::crossings(cascade, rate, sos::kHalfPower * reference, grid);
-    std::tie(achieved.pass, achieved.stop) = band_edges(spec, rate);
-    for (std::vector<Band> *const bands : {&achieved.pass, &achieved.stop})
-        for (Band &band : *bands) {
-            const auto [lowest, highest] = sos::extremes(cascade, rate, band.from, band.to, grid);
-            band.lowest = level(lowest);
-            band.highest = level(highest);
-        }
-    achieved.delay_at_dc = sos::group_delay(cascade, 0, rate);
-    achieved.pole_radius = sos::pole_radius(cascade);
-    for (const sos::Section &s : cascade) {
-        achieved.all_zero = achieved.all_zero || (s.b0 == 0 && s.b1 == 0 && s.b2 == 0);
-        for (const double x : {s.b0, s.b1, s.b2, s.a1, s.a2}) achieved.finite = achieved.finite && std::isfinite(x);
+    for (const Section &s : sections) {
+        achieved.all_zero = achieved.all_zero || (s[0] == 0 && s[1] == 0 && s[2] == 0);
+        achieved.finite = achieved.finite && std::ranges::all_of(s, [](double x) { return std::isfinite(x); });
+    }
+    achieved.pole_radius = kNaN;
+    if (achieved.finite)
+        checked(
+            mensura_sos_pole_radius(sections.data()->data(), static_cast<int>(sections.size()), &achieved.pole_radius));
+    return achieved;
+}
+
+Achieved measure(const Sections &sections, const Target &target) {
+    Achieved achieved = soundness(sections);
+    achieved.asked_db = target.gain_db;
+    if (!achieved.measurable()) return achieved;
+    const Meter meter(sections, target.rate);
+    measure_levels(meter, target, achieved);
+    if (target.passes == 1) {
+        achieved.delay = meter.delay(reference_frequency(target));
+        measure_step_of_one_pass(sections, target, achieved);
+    } else {
+        measure_step_of_both_passes(sections, target, achieved);
     }
     return achieved;
 }
@@ -93,12 +157,16 @@ std::vector<std::string> warnings_about(const Achieved &achieved) {
         if (band.highest > 0.01)  // dB: more than rounding
             warnings.push_back(fmt::format("unusable: gains up to {:.1f} dB in its stop band, {:.6g} Hz to {:.6g} Hz",
                                            band.highest, band.from, band.to));
-    if (!(std::abs(achieved.reference_db - achieved.asked_db) < 0.1))
+    if (!(std::abs(achieved.gain_db - achieved.asked_db) < 0.1))
         warnings.push_back(
             fmt::format("unusable: its gain is {:.3g} dB instead of {:.3g} dB; the coefficients have lost "
                         "their digits, as with a cut-off far below the sampling rate",
-                        achieved.reference_db, achieved.asked_db));
+                        achieved.gain_db, achieved.asked_db));
     return warnings;
+}
+
+double gain_at(const Sections &sections, double rate, double frequency) {
+    return Meter(sections, rate).gain(frequency);
 }
 
 }  // namespace cli

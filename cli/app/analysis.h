@@ -1,32 +1,62 @@
-// What a cascade achieves, measured from its coefficients.
+// What a filter achieves, measured from its sections.
 #pragma once
 
-#include <mensura/iir.h>
-
+#include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace cli {
+
+using Section = std::array<double, 6>;  // b0 b1 b2 1 a1 a2
+using Sections = std::vector<Section>;
 
 struct Band {
     double from = 0, to = 0;         // Hz
     double lowest = 0, highest = 0;  // dB, relative to the reference
 };
 
-struct Achieved {
-    double asked_db = 0;      // requested gain
-    double reference_db = 0;  // gain at DC (low-pass, notch, all-pass), Nyquist (high-pass), the centre (band-pass)
-    double at_cutoff_db = 0;  // relative to the reference
-    std::vector<double> half_power;  // Hz: where the gain passes -3.01 dB below the reference
-    std::vector<Band> pass, stop;
-    double delay_at_dc = 0;  // samples
-    double pole_radius = 0;  // the largest; 1 or more is unstable
-    bool all_zero = false, finite = true;
+struct Level {
+    double frequency, db;  // Hz, dB relative to the reference
 };
 
-Achieved analyse(const IIRCoeffs &cascade, const IIRDesignSpec &spec, double rate);
+// Where a filter is measured.
+struct Target {
+    int pass_type, passes;
+    double rate, gain_db;
+    double centre;              // Hz, of band types
+    std::vector<double> edges;  // Hz
+    std::vector<Band> pass, stop;
+    bool
+        to_largest;  // levels are relative to the largest gain of the pass bands, not to that at the reference frequency
+};
 
-// The reasons why the design should not be used; empty if there are none.
+// When the filter will run both ways, all is that of both passes together.
+struct Achieved {
+    double asked_db = 0;             // requested gain
+    double gain_db = 0;              // at DC, at Nyquist (high-pass), at the centre (band-pass)
+    double reference_db = 0;         // what levels are relative to
+    std::vector<Level> edges;        // none for an all-pass
+    std::vector<double> half_power;  // Hz: where the gain passes -3.01 dB below the reference
+    std::vector<Band> pass, stop;
+    std::optional<double> overshoot;  // of the step response, in units of the gain
+    std::optional<double> settling;   // s, to within 2 % of the gain
+    double delay = 0;                 // s: group delay where gain_db is measured
+    double pole_radius = 0;           // the largest; 1 or more is unstable
+    bool all_zero = false, finite = true;
+
+    bool measurable() const { return finite && !all_zero; }
+};
+
+Achieved measure(const Sections &sections, const Target &target);
+
+// Only whether the coefficients are finite, a section is all zero and the poles lie inside the unit circle.
+Achieved soundness(const Sections &sections);
+
+// The reasons why the filter should not be used; empty if there are none.
 std::vector<std::string> warnings_about(const Achieved &achieved);
+
+// Gain in dB of one pass.
+double gain_at(const Sections &sections, double rate, double frequency);
 
 }  // namespace cli

@@ -44,6 +44,11 @@ Option Command::add_option(const std::string &name, std::function<void(const std
     return Option(app_->add_option_function<std::string>(name, take, help));
 }
 
+Option Command::add_list(const std::string &name, std::function<void(const std::vector<std::string> &)> take,
+                         const std::string &help) const {
+    return Option(app_->add_option_function<std::vector<std::string>>(name, take, help)).one_at_a_time();
+}
+
 Option Command::add_flag(const std::string &name, bool &value, const std::string &help) const {
     return Option(app_->add_flag(name, value, help));
 }

@@ -39,6 +39,9 @@ class Command {
     Option add_option(const std::string &name, std::vector<std::string> &values, const std::string &help) const;
     Option add_option(const std::string &name, std::function<void(const std::string &)> take,
                       const std::string &help) const;
+    // May be repeated, with one value each; `take` gets them all.
+    Option add_list(const std::string &name, std::function<void(const std::vector<std::string> &)> take,
+                    const std::string &help) const;
     Option add_flag(const std::string &name, bool &value, const std::string &help) const;
     Option add_flag(const std::string &name, std::function<void()> take, const std::string &help) const;
     void callback(std::function<void()> run) const;

@@ -2,24 +2,49 @@
 #pragma once
 
 #include <mensura/iir.h>
+#include <mensura/sos.h>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/app/analysis.h"
 #include "cli/app/request.h"
 
 namespace cli {
 
-struct Design {
-    double rate, cutoff, bandwidth;  // Hz
+// What CalcIIRFilterCoeff was given, and what it made.
+struct LeadingSections {
     IIRDesignSpec spec;
     IIRCoeffs cascade;
+};
+
+struct Design {
+    double rate = 0;  // Hz
+    FilterRequest request;
+    mensura_sos_request made = {};           // what mensura_sos_design was given; with leading sections its counterpart
+    std::optional<LeadingSections> leading;  // with --leading-sections
+    Sections sections;
     Achieved achieved;
+    std::string summary;  // "lowpass, butterworth, 4 poles, zero phase, -3 dB at 6 Hz"
+
+    const double *sos() const { return sections.data()->data(); }
+    int count() const { return static_cast<int>(sections.size()); }
 };
 
 Design design_for(const FilterRequest &request, double rate);
 
-// Reports on stderr which settings were clamped, and why the design should not be used, after `prefix`.
+// Reports on stderr which settings were clamped (leading sections), and why the design should not be used, after
+// `prefix`.
 void remark_on(const Design &design, const std::string &prefix = "");
+
+// Ends the run for a design that should not be used, unless it is forced; then it is a remark.
+void refuse_unusable(const Design &design, bool force);
+
+// The sections of a record as IIRFilter runs them.
+Sections sections_of(const IIRCoeffs &cascade);
+
+// "-3", "-0.1"
+std::string short_level(double db);
 
 }  // namespace cli

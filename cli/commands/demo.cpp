@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/app/analysis.h"
 #include "cli/app/commands.h"
+#include "cli/app/design.h"
 #include "cli/app/diagnostics.h"
 #include "cli/commands/ecg_record.h"
 #include "cli/data/csv.h"
@@ -87,8 +87,7 @@ void print_row(Output &out, const char *label, const std::array<double, 3> &valu
     out.write("\n");
 }
 
-void print_table(Output &out, const Signals &signals, const IIRDesignSpec &spec, const IIRCoeffs &cascade,
-                 double rate) {
+void print_table(Output &out, const Signals &signals, double rate) {
     std::array<double, 3> hum{}, peak{}, delay{};
     for (std::size_t s = 0; s < signals.size(); ++s) {
         const std::vector<double> &x = signals[s].samples;
@@ -96,7 +95,8 @@ void print_table(Output &out, const Signals &signals, const IIRDesignSpec &spec,
         peak[s] = *std::ranges::max_element(x);
         delay[s] = 1e3 / rate * lag(signals[0].samples, x);
     }
-    const std::vector<double> half_power = analyse(cascade, spec, rate).half_power;
+    const std::vector<double> half_power =
+        design_for({.cutoff = kCutoff, .leading_sections = true}, rate).achieved.half_power;
     out.write(fmt::format(
         "An electrocardiogram of {:.0f} s, sampled at {} Hz; lowpass, asked for at {} Hz, -3 dB at {:.1f} Hz\n\n",
         static_cast<double>(signals[0].samples.size()) / rate, rate, kCutoff, half_power.at(0)));
@@ -144,7 +144,7 @@ void run(const Options &options) {
     initTIIRFilter(&design, ptLowPass, kCutoff, rate);
     const Signals signals = signals_of(record.channels.front().samples, design);
     Output out(data_file(options.plot, ""));
-    print_table(out, signals, design.Spec, design.Coeffs, rate);
+    print_table(out, signals, rate);
     out.flush();
     draw({.title = "An electrocardiogram freed from 60 Hz hum",
           .panels = {signals_panel(signals, rate), spectra_panel(signals, rate)}},

@@ -36,42 +36,55 @@ struct Options {
     PlotOptions plot;
 };
 
-Design design_at_rate(const FilterRequest &request) {
+double rate_of(const FilterRequest &request) {
     if (!request.rate) reject("--rate is required: the sampling rate in Hz, such as --rate 360Hz");
-    return design_for(request, *request.rate);
+    return *request.rate;
 }
 
+// Families for which the settings are refused are left out.
 std::vector<Design> design_families(FilterRequest request) {
     std::vector<Design> designs;
     for (const mensura::iir::Family &family : mensura::iir::kFamilies) {
-        request.prototype.Family = family.code;
-        designs.push_back(design_at_rate(request));
+        request.family = family.code;
+        try {
+            designs.push_back(design_for(request, rate_of(request)));
+        } catch (const Failure &failure) {
+            if (&family == &mensura::iir::kFamilies.back() && designs.empty()) throw;
+            remark("{} is left out: {}", family.word, failure.what());
+        }
     }
     return designs;
 }
 
+FamilyOrders orders_for(const FilterRequest &request) {
+    FamilyOrders orders;
+    if (request.by_requirement())
+        for (const mensura::iir::Family &family : mensura::iir::kFamilies)
+            orders.push_back({family.code, least_order(request, rate_of(request), family.code)});
+    return orders;
+}
+
 void print(Output &out, const Options &options, const std::vector<Design> &designs) {
-    if (options.all_families)
-        print_families(out, designs);
-    else if (options.json)
-        print_json(out, designs.front());
-    else if (options.response)
-        print_response(out, designs.front(), *options.response);
-    else
-        print_text(out, designs.front());
+    if (options.all_families) return print_families(out, designs);
+    const Design &design = designs.front();
+    if (options.json) return print_json(out, design, orders_for(options.request));
+    if (options.response) return print_response(out, design, *options.response);
+    print_text(out, design, orders_for(options.request));
 }
 
 void run(const Options &options) {
     if (options.response && (*options.response < 1 || *options.response > kMostFrequencies))
         reject("--response {}: from 1 to {} frequencies are possible", *options.response, kMostFrequencies);
-    const std::vector<Design> designs =
-        options.all_families ? design_families(options.request) : std::vector{design_at_rate(options.request)};
+    check_request(options.request);
+    const std::vector<Design> designs = options.all_families
+                                            ? design_families(options.request)
+                                            : std::vector{design_for(options.request, rate_of(options.request))};
     for (const Design &design : designs)
-        remark_on(design, options.all_families ? fmt::format("{}: ", family_name(design.spec.Proto.Family)) : "");
+        remark_on(design, options.all_families ? fmt::format("{}: ", family_name(design.made.family)) : "");
     Output out(data_file(options.plot, options.output));
     print(out, options, designs);
     out.commit();
-    if (options.plot.wanted()) draw(figure_of(designs), options.plot);
+    if (options.plot.wanted()) draw(response_figure(designs), options.plot);
 }
 
 }  // namespace
@@ -79,11 +92,12 @@ void run(const Options &options) {
 void add_design(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command("design", "design a filter and measure what it achieves", kExamples);
-    add_filter_request(app, options->request);
+    add_pass_type(app, options->request).required();
+    add_filter_options(app, options->request);
     app.add_flag("--json", options->json,
                  "print everything as JSON; null stands for minus infinity or for a value that is not defined");
     add_count(app, "--response", options->response,
-              "print the response at N frequencies from DC up: Hz, dB, degrees (CSV)")
+              "print the response at N frequencies from DC up: Hz, dB, degrees, s (CSV)")
         .type_name("N")
         .excludes({"--json"});
     app.add_flag("--all-families", options->all_families, "compare the families in one table and one picture")

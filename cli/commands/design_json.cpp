@@ -1,13 +1,9 @@
 // The JSON that mensura design --json prints.
-#include <mensura/iir.h>
-
 #include <nlohmann/json.hpp>
 #include <vector>
 
 #include "cli/app/request.h"
 #include "cli/commands/design_output.h"
-#include "iir/direct_form.h"
-#include "iir/proto/limits.h"
 
 namespace cli {
 
@@ -15,9 +11,63 @@ namespace {
 
 using nlohmann::ordered_json;
 
-ordered_json prototype_json(const ProtoSpec &spec) {
-    return {
-        {"poles", spec.NumPoles}, {"ripple_dB", spec.Ripple}, {"stopband_dB", spec.StopBandDb}, {"gamma", spec.Gamma}};
+template <class Value>
+void add(ordered_json &json, const char *name, const std::optional<Value> &value) {
+    if (value) json[name] = *value;
+}
+
+ordered_json corners_json(const std::vector<Corner> &corners) {
+    ordered_json list = ordered_json::array();
+    for (const Corner &corner : corners) list.push_back({{"at_Hz", corner.frequency}, {"loss_dB", corner.loss}});
+    return list;
+}
+
+// What was given on the command line, and no more.
+ordered_json asked_json(const Design &design) {
+    const FilterRequest &request = design.request;
+    ordered_json asked{{"type", pass_type_name(request.pass_type)}, {"rate_Hz", design.rate}};
+    add(asked, "cutoff_Hz", request.cutoff);
+    add(asked, "bandwidth_Hz", request.bandwidth);
+    add(asked, "from_Hz", request.from);
+    add(asked, "to_Hz", request.to);
+    add(asked, "at_dB", request.level);
+    if (request.by_requirement()) asked["pass"] = corners_json(request.pass);
+    if (request.by_requirement()) asked["stop"] = corners_json(request.stop);
+    if (request.family) asked["family"] = family_name(*request.family);
+    add(asked, "poles", request.poles);
+    add(asked, "ripple_dB", request.ripple);
+    add(asked, "stopband_dB", request.stop_band);
+    add(asked, "gamma", request.gamma);
+    add(asked, "gain_dB", request.gain);
+    asked["zero_phase"] = request.zero_phase;
+    asked["leading_sections"] = request.leading_sections;
+    return asked;
+}
+
+ordered_json designed_json(const mensura_sos_request &made) {
+    return {{"type", pass_type_name(made.pass_type)},
+            {"family", family_name(made.family)},
+            {"poles", made.poles},
+            {"passes", made.passes},
+            {"level_dB", made.level_db},
+            {"ripple_dB", made.ripple_db},
+            {"stopband_dB", made.stop_db},
+            {"gamma", made.gamma},
+            {"gain_dB", made.gain_db}};
+}
+
+ordered_json sections_json(const Sections &sections) {
+    ordered_json list = ordered_json::array();
+    for (const auto &[b0, b1, b2, a0, a1, a2] : sections)
+        list.push_back({{"b0", b0}, {"b1", b1}, {"b2", b2}, {"a0", a0}, {"a1", a1}, {"a2", a2}});
+    return list;
+}
+
+ordered_json orders_json(const FamilyOrders &orders) {
+    ordered_json list = ordered_json::array();
+    for (const auto &[family, poles] : orders)
+        list.push_back({{"family", family_name(family)}, {"poles", poles > 0 ? ordered_json(poles) : nullptr}});
+    return list;
 }
 
 ordered_json bands_json(const std::vector<Band> &bands) {
@@ -28,41 +78,32 @@ ordered_json bands_json(const std::vector<Band> &bands) {
     return list;
 }
 
-ordered_json sections_json(const IIRCoeffs &c) {
-    ordered_json list = ordered_json::array();
-    for (std::size_t k = 0; k < mensura::iir::sections_to_run(c); ++k)
-        list.push_back(
-            {{"a0", c.a0[k]}, {"a1", c.a1[k]}, {"a2", c.a2[k]}, {"b0", c.b0[k]}, {"b1", c.b1[k]}, {"b2", c.b2[k]}});
-    return list;
-}
-
-ordered_json asked_json(const Design &design) {
-    ordered_json asked{{"type", pass_type_name(design.spec.PassType)},
-                       {"cutoff_Hz", design.cutoff},
-                       {"bandwidth_Hz", design.bandwidth},
-                       {"rate_Hz", design.rate},
-                       {"family", family_name(design.spec.Proto.Family)}};
-    asked.update(prototype_json(design.spec.Proto));
-    asked["gain_dB"] = design.spec.GainDb;
-    return asked;
+ordered_json achieved_json(const Achieved &a) {
+    ordered_json edges = ordered_json::array();
+    for (const Level &edge : a.edges) edges.push_back({{"at_Hz", edge.frequency}, {"level_dB", edge.db}});
+    const auto number = [](const std::optional<double> &value) { return value ? ordered_json(*value) : nullptr; };
+    return {{"gain_dB", a.gain_db},
+            {"reference_dB", a.reference_db},
+            {"edges", edges},
+            {"half_power_Hz", a.half_power},
+            {"pass_band", bands_json(a.pass)},
+            {"stop_band", bands_json(a.stop)},
+            {"step_overshoot", number(a.overshoot)},
+            {"step_settling_s", number(a.settling)},
+            {"group_delay_s", a.delay},
+            {"largest_pole_radius", a.pole_radius}};
 }
 
 }  // namespace
 
-void print_json(Output &out, const Design &design) {
-    const Achieved &a = design.achieved;
-    const ordered_json document{{"asked", asked_json(design)},
-                                {"designed", prototype_json(mensura::iir::clamped(design.spec.Proto))},
-                                {"sections", sections_json(design.cascade)},
-                                {"achieved",
-                                 {{"reference_dB", a.reference_db},
-                                  {"level_at_cutoff_dB", a.at_cutoff_db},
-                                  {"half_power_Hz", a.half_power},
-                                  {"pass_band", bands_json(a.pass)},
-                                  {"stop_band", bands_json(a.stop)},
-                                  {"group_delay_at_dc_s", a.delay_at_dc / design.rate},
-                                  {"largest_pole_radius", a.pole_radius}}},
-                                {"warnings", warnings_about(a)}};
+void print_json(Output &out, const Design &design, const FamilyOrders &orders) {
+    ordered_json document{{"summary", design.summary},
+                          {"asked", asked_json(design)},
+                          {"designed", designed_json(design.made)},
+                          {"sections", sections_json(design.sections)},
+                          {"achieved", achieved_json(design.achieved)},
+                          {"warnings", warnings_about(design.achieved)}};
+    if (!orders.empty()) document["families"] = orders_json(orders);
     out.write(document.dump(2) + "\n");
 }
 

@@ -1,6 +1,7 @@
 // The forms in which mensura design gives its result.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "cli/app/design.h"
@@ -9,14 +10,29 @@
 
 namespace cli {
 
-void print_text(Output &out, const Design &design);
-void print_json(Output &out, const Design &design);
+// What a family needs to meet --pass and --stop; no poles: it cannot.
+struct FamilyOrder {
+    int family, poles;
+};
+using FamilyOrders = std::vector<FamilyOrder>;
+
+void print_text(Output &out, const Design &design, const FamilyOrders &orders);
+void print_json(Output &out, const Design &design, const FamilyOrders &orders);
 void print_families(Output &out, const std::vector<Design> &designs);  // a table, a line for each
 
-// The response at `points` frequencies from 0 up: Hz, dB, degrees (CSV).
+void export_sections(Output &out, const Design &design);  // CSV
+void export_c(Output &out, const Design &design);         // a header
+
+// The response at `points` frequencies from 0 up: Hz, dB, degrees, s (CSV).
 void print_response(Output &out, const Design &design, int points);
 
+// The response to a step or an impulse (CSV).
+enum class Input { Step, Impulse };
+void print_time_response(Output &out, const Design &design, Input input, int samples);
+
 // Gain over frequency, and the phase of a single design.
-Figure figure_of(const std::vector<Design> &designs);
+Figure response_figure(const std::vector<Design> &designs);
+Figure step_figure(const std::vector<Design> &designs);
+Figure root_figure(const Design &design);  // poles and zeros
 
 }  // namespace cli

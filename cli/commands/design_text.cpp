@@ -1,6 +1,5 @@
 // The text that mensura design prints.
 #include <fmt/format.h>
-#include <mensura/iir.h>
 
 #include <cmath>
 #include <string>
@@ -9,15 +8,11 @@
 
 #include "cli/app/request.h"
 #include "cli/commands/design_output.h"
-#include "iir/direct_form.h"
-#include "iir/pass_types.h"
 #include "iir/proto/limits.h"
 
 namespace cli {
 
 namespace {
-
-using mensura::iir::is_band_type;
 
 class Report {
   public:
@@ -35,54 +30,7 @@ class Report {
     bool first_ = true;
 };
 
-std::string clamped_text(double asked, double designed, const char *unit) {
-    const std::string text = fmt::format("{}{}", designed, unit);
-    return asked == designed ? text : fmt::format("{} (asked: {}{})", text, asked, unit);
-}
-
-void print_asked(Report &report, const Design &design) {
-    const IIRDesignSpec &spec = design.spec;
-    report.heading("Asked");
-    report.entry("type", pass_type_name(spec.PassType));
-    report.entry(is_band_type(spec.PassType) ? "centre" : "cut-off", fmt::format("{} Hz", design.cutoff));
-    if (is_band_type(spec.PassType)) report.entry("bandwidth", fmt::format("{} Hz", design.bandwidth));
-    report.entry("sampling rate", fmt::format("{} Hz", design.rate));
-    report.entry("family", family_name(spec.Proto.Family));
-    report.entry("poles", fmt::format("{}", spec.Proto.NumPoles));
-    report.entry("ripple", fmt::format("{} dB", spec.Proto.Ripple));
-    report.entry("stop band", fmt::format("{} dB", spec.Proto.StopBandDb));
-    report.entry("gamma", fmt::format("{}", spec.Proto.Gamma));
-    report.entry("gain", fmt::format("{} dB", spec.GainDb));
-}
-
-void print_designed(Report &report, const Design &design) {
-    const ProtoSpec &asked = design.spec.Proto, designed = mensura::iir::clamped(asked);
-    report.heading("Designed");
-    report.entry("poles", clamped_text(asked.NumPoles, designed.NumPoles, ""));
-    report.entry("ripple", clamped_text(asked.Ripple, designed.Ripple, " dB"));
-    report.entry("stop band", clamped_text(asked.StopBandDb, designed.StopBandDb, " dB"));
-    report.entry("gamma", clamped_text(asked.Gamma, designed.Gamma, ""));
-    report.entry("sections that run", fmt::format("{}", mensura::iir::sections_to_run(design.cascade)));
-}
-
-void print_sections(Report &report, Output &out, const IIRCoeffs &c) {
-    report.heading("Sections  y = a0 (b0 x + b1 x' + b2 x'') - a1 y' - a2 y''");
-    out.write(fmt::format("  {:<4}{:<4}{:<26}{:<26}{:<26}{:<26}{}\n", "", "a0", "a1", "a2", "b0", "b1", "b2"));
-    for (std::size_t k = 0; k < mensura::iir::sections_to_run(c); ++k)
-        out.write(fmt::format("  {:<4}{:<4}{:<26}{:<26}{:<26}{:<26}{}\n", k, c.a0[k], c.a1[k], c.a2[k], c.b0[k],
-                              c.b1[k], c.b2[k]));
-}
-
-// The name of the gain that all levels are relative to.
-const char *reference_name(int pass_type) {
-    return pass_type == ptHighPass ? "gain at Nyquist" : pass_type == ptBandPass ? "gain at the centre" : "gain at DC";
-}
-
-std::string joined(const std::vector<double> &frequencies) {
-    std::string text;
-    for (const double f : frequencies) text += fmt::format("{}{:.6g} Hz", text.empty() ? "" : ", ", f);
-    return text.empty() ? "none" : text;
-}
+std::string hertz(double frequency) { return fmt::format("{:.6g} Hz", frequency); }
 
 // No "-0.00"; what lies below -300 dB is rounding.
 std::string level(double decibel) {
@@ -91,25 +39,97 @@ std::string level(double decibel) {
     return fmt::format("{:.2f} dB", std::round(decibel / 0.01) * 0.01 + 0.0);
 }
 
+void print_asked(Report &report, const Design &design) {
+    const FilterRequest &r = design.request;
+    const bool band = is_band_type(r.pass_type);
+    report.heading("Asked");
+    report.entry("type", pass_type_name(r.pass_type));
+    if (r.cutoff) report.entry(band ? "centre" : "cut-off", hertz(*r.cutoff));
+    if (r.cutoff && band) report.entry("bandwidth", hertz(design.made.edge[1]));
+    if (r.from) report.entry("from", hertz(*r.from));
+    if (r.to) report.entry("to", hertz(*r.to));
+    if (!r.by_requirement() && !design.leading && r.pass_type != ptAllPass)
+        report.entry(band ? "level at the edges" : "level there", level(design.made.level_db));
+    for (const Corner &c : r.pass)
+        report.entry("pass", fmt::format("{}, loss at most {} dB", hertz(c.frequency), c.loss));
+    for (const Corner &c : r.stop)
+        report.entry("stop", fmt::format("{}, loss at least {} dB", hertz(c.frequency), c.loss));
+    report.entry("sampling rate", hertz(design.rate));
+    if (r.zero_phase) report.entry("runs", "forwards and backwards; all levels are those of both passes together");
+}
+
+std::string clamped_text(double asked, double designed, const char *unit) {
+    const std::string text = fmt::format("{}{}", designed, unit);
+    return asked == designed ? text : fmt::format("{} (asked: {}{})", text, asked, unit);
+}
+
+void print_designed(Report &report, const Design &design) {
+    const mensura_sos_request &made = design.made;
+    const ProtoSpec as_made{made.family, made.poles, made.ripple_db, made.stop_db, made.gamma};
+    const ProtoSpec &asked = design.leading ? design.leading->spec.Proto : as_made;
+    const auto depends = [&made](mensura::iir::Setting s) { return mensura::iir::depends_on(made.family, s); };
+    report.heading("Designed");
+    report.entry("family", family_name(made.family));
+    report.entry("poles", clamped_text(asked.NumPoles, made.poles, ""));
+    if (depends(mensura::iir::kRipple)) report.entry("ripple", clamped_text(asked.Ripple, made.ripple_db, " dB"));
+    if (depends(mensura::iir::kStopBand))
+        report.entry("stop band", clamped_text(asked.StopBandDb, made.stop_db, " dB"));
+    if (depends(mensura::iir::kGamma)) report.entry("gamma", clamped_text(asked.Gamma, made.gamma, ""));
+    report.entry("gain", fmt::format("{} dB", made.gain_db));
+    if (design.leading) report.entry("sections", "the leading ones, which IIRFilter runs");
+}
+
+void print_sections(Report &report, Output &out, const Sections &sections) {
+    report.heading("Sections  y = b0 x + b1 x' + b2 x'' - a1 y' - a2 y''");
+    out.write(fmt::format("  {:<4}{:<26}{:<26}{:<26}{:<4}{:<26}{}\n", "", "b0", "b1", "b2", "a0", "a1", "a2"));
+    for (std::size_t k = 0; k < sections.size(); ++k) {
+        const auto &[b0, b1, b2, a0, a1, a2] = sections[k];
+        out.write(fmt::format("  {:<4}{:<26}{:<26}{:<26}{:<4}{:<26}{}\n", k, b0, b1, b2, a0, a1, a2));
+    }
+}
+
+// Where the gain is measured.
+const char *place(int pass_type) {
+    return pass_type == ptHighPass ? "at Nyquist" : pass_type == ptBandPass ? "at the centre" : "at DC";
+}
+
+std::string joined(const std::vector<double> &frequencies) {
+    std::string text;
+    for (const double f : frequencies) text += (text.empty() ? "" : ", ") + hertz(f);
+    return text.empty() ? "none" : text;
+}
+
 void print_band(Report &report, const char *name, const Band &band) {
     report.entry(name, fmt::format("{} to {}, from {:.6g} to {:.6g} Hz", level(band.lowest), level(band.highest),
                                    band.from, band.to));
 }
 
+std::string duration(double seconds, double rate) {
+    if (!std::isfinite(seconds)) return "not defined";
+    return fmt::format("{:.6g} ms, {:.6g} samples", 1e3 * seconds, seconds * rate);
+}
+
 void print_achieved(Report &report, const Design &design) {
     const Achieved &a = design.achieved;
+    const char *const where = place(design.request.pass_type);
     report.heading("Achieved");
-    report.entry(reference_name(design.spec.PassType), level(a.reference_db));
-    report.entry(is_band_type(design.spec.PassType) ? "level at the centre" : "level at the cut-off",
-                 level(a.at_cutoff_db));
+    report.entry("largest pole radius", fmt::format("{:.6f}", a.pole_radius));
+    if (!a.measurable()) return;
+    report.entry(fmt::format("gain {}", where), level(a.gain_db));
+    for (const Level &edge : a.edges)
+        report.entry(fmt::format("level at {}", hertz(edge.frequency)), fmt::format("{:.4f} dB", edge.db));
     report.entry("-3 dB at", joined(a.half_power));
     for (const Band &band : a.pass) print_band(report, "pass band", band);
     for (const Band &band : a.stop) print_band(report, "stop band", band);
-    report.entry("group delay at DC",
-                 std::isfinite(a.delay_at_dc)
-                     ? fmt::format("{:.6g} samples, {:.6g} ms", a.delay_at_dc, 1e3 * a.delay_at_dc / design.rate)
-                     : "not defined");
-    report.entry("largest pole radius", fmt::format("{:.6f}", a.pole_radius));
+    report.entry("step overshoot", a.overshoot ? fmt::format("{:.2f} %", 100 * *a.overshoot) : "not defined");
+    report.entry("step settled (2 %)", a.settling ? duration(*a.settling, design.rate) : "not defined");
+    report.entry(fmt::format("group delay {}", where), duration(a.delay, design.rate));
+}
+
+void print_orders(Report &report, const FamilyOrders &orders) {
+    report.heading("Poles that each family needs");
+    for (const auto &[family, poles] : orders)
+        report.entry(family_name(family), poles > 0 ? fmt::format("{}", poles) : "none will do");
 }
 
 double highest(const std::vector<Band> &bands) {
@@ -120,22 +140,24 @@ double highest(const std::vector<Band> &bands) {
 
 }  // namespace
 
-void print_text(Output &out, const Design &design) {
+void print_text(Output &out, const Design &design, const FamilyOrders &orders) {
     Report report(out);
     print_asked(report, design);
+    if (!orders.empty()) print_orders(report, orders);
     print_designed(report, design);
-    print_sections(report, out, design.cascade);
+    print_sections(report, out, design.sections);
     print_achieved(report, design);
 }
 
 void print_families(Output &out, const std::vector<Design> &designs) {
-    out.write(fmt::format("{:<19}{:>15}{:>15}{:>13}{:>13}  {}\n", "family", "at cut-off", "stop band", "delay at DC",
-                          "pole radius", "-3 dB at"));
+    out.write(fmt::format("{:<19}{:>15}{:>11}{:>14}{:>14}{:>13}  {}\n", "family", "stop band", "overshoot",
+                          "settled (2 %)", "group delay", "pole radius", "-3 dB at"));
     for (const Design &design : designs) {
         const Achieved &a = design.achieved;
-        out.write(fmt::format("{:<19}{:>15}{:>15}{:>10.3f} ms{:>13.6f}  {}\n", family_name(design.spec.Proto.Family),
-                              level(a.at_cutoff_db), level(highest(a.stop)), 1e3 * a.delay_at_dc / design.rate,
-                              a.pole_radius, joined(a.half_power)));
+        out.write(fmt::format("{:<19}{:>15}{:>9.2f} %{:>11.3f} ms{:>11.3f} ms{:>13.6f}  {}\n",
+                              family_name(design.made.family), level(highest(a.stop)),
+                              100 * a.overshoot.value_or(std::nan("")), 1e3 * a.settling.value_or(std::nan("")),
+                              1e3 * a.delay, a.pole_radius, joined(a.half_power)));
     }
 }
 

@@ -35,21 +35,22 @@ constexpr std::size_t kLongTransform = 40000;  // samples: from here on the user
 struct Options {
     FilterRequest request;
     Files files;
-    bool zero_phase = false;
     std::optional<double> ratio;  // of the automatic cut-off
 };
 
 std::string title_of(const FilterRequest &request, const char *how) {
-    return fmt::format("{} {}, {:.6g} Hz{}", family_name(request.prototype.Family), pass_type_name(request.pass_type),
-                       request.cutoff.value_or(0), how);
+    return fmt::format("{} {}, {:.6g} Hz{}", family_name(request.family.value_or(kDefaultFamily)),
+                       pass_type_name(request.pass_type), request.cutoff.value_or(0), how);
 }
 
 TIIRFilter designed(const FilterRequest &request, double rate) {
-    const Design design = design_for(request, rate);
+    FilterRequest leading = request;
+    leading.leading_sections = true;
+    const Design design = design_for(leading, rate);
     remark_on(design);
     TIIRFilter filter = {};
-    filter.Spec = design.spec;
-    filter.Coeffs = design.cascade;
+    filter.Spec = design.leading->spec;
+    filter.Coeffs = design.leading->cascade;
     return filter;
 }
 
@@ -99,11 +100,12 @@ void run_automatically(const Options &options, Record &record) {
 void run_on_record(const Options &options, Record &record) {
     const TIIRFilter design = designed(options.request, rate_of(record));
     const Change change = [&design, &options](Channel &channel) {
-        if (options.zero_phase) return apply_zero_phase(design, channel.samples);
+        if (options.request.zero_phase) return apply_zero_phase(design, channel.samples);
         TIIRFilter filter = design;
         for (double &sample : channel.samples) sample = IIRFilter(&filter, sample);
     };
-    rewrite_record(record, options.files, change, title_of(options.request, options.zero_phase ? ", zero phase" : ""));
+    rewrite_record(record, options.files, change,
+                   title_of(options.request, options.request.zero_phase ? ", zero phase" : ""));
 }
 
 void run_as_stream(const Options &options, Source &source) {
@@ -123,6 +125,8 @@ void check(const Options &options) {
     if (options.ratio && options.request.pass_type != ptLowPass) reject("--auto is for lowpass");
     if (options.ratio && !(*options.ratio > 0 && *options.ratio < 1))
         reject("--auto {}: the ratio must lie above 0 and below 1", *options.ratio);
+    if (!options.ratio && !options.request.cutoff)
+        reject("--cutoff is required: the frequency in Hz, such as --cutoff 40Hz");
     if (!options.ratio) check_frequencies(options.request, options.request.rate.value_or(HUGE_VAL));
 }
 
@@ -130,7 +134,7 @@ void run(const Options &options) {
     check(options);
     Source source(options.files.input);
     const bool knows_rate = is_wav(source) || options.request.rate.has_value();
-    if (knows_rate && !options.zero_phase && !options.ratio) return run_as_stream(options, source);
+    if (knows_rate && !options.request.zero_phase && !options.ratio) return run_as_stream(options, source);
     Record record = read_record(source, options.files.columns, options.request.rate);
     if (options.ratio)
         run_automatically(options, record);
@@ -144,9 +148,8 @@ void add_filter(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app =
         program.add_command("filter", "filter the columns of a table or the channels of a WAV", kExamples);
-    add_filter_request(app, options->request);
-    app.add_flag("--zero-phase", options->zero_phase,
-                 "filter forwards and backwards: no delay, twice the attenuation and the gain in dB");
+    add_pass_type(app, options->request).required();
+    add_filter_options(app, options->request);
     add_quantity(app, "--auto", options->ratio, kPlain,
                  "zero-phase lowpass at a cut-off from the spectrum: what exceeds RATIO of its largest bin is signal")
         .type_name("RATIO")

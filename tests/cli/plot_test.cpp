@@ -8,9 +8,10 @@ const std::string kCurves =
 
 TEST_F(CommandLine, pictures_hold_every_curve) {
     write("x.csv", "a<b & 'c',note,\xB5V,none\n1,x,4,\n2,y,3,NaN\n0,z,1,\n");  // in Latin-1, with columns to leave out
-    for (const auto &[call, curves] : {std::pair{"design bandpass --cutoff 40 --rate 360 --plot=x.svg", 2},
-                                       {"design lowpass --cutoff 40 --rate 360 --poles 60 --plot=x.svg", 1},
-                                       {"filter lowpass --cutoff 40 --rate 360 x.csv --plot x.svg", 4}}) {
+    for (const auto &[call, curves] :
+         {std::pair{"design bandpass --leading-sections --cutoff 40 --rate 360 --plot=x.svg", 2},
+          {"design lowpass --leading-sections --cutoff 40 --rate 360 --poles 60 --plot=x.svg", 1},
+          {"filter lowpass --cutoff 40 --rate 360 x.csv --plot x.svg", 4}}) {
         EXPECT_EQ(run(call), 0) << err;
         EXPECT_NE(out, "");
         EXPECT_EQ(shell("xmllint --noout x.svg && " + kCurves + "x.svg"), 0) << err;
