@@ -340,7 +340,7 @@ class Ideal:
 
 
 def section_responses(rows, f):
-    """The response of each section: by sums at z = 1 or z = -1, which are exact for doubles, so that nothing cancels."""
+    """The response of each section: by sums at z = 1 or -1, which are exact for doubles, so that nothing cancels."""
     f = np.asarray(f, LD)
     near = f <= LD(0.5)  # z = 1
     half = PI / 2 * np.where(near, f, 1 - f)
