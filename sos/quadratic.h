@@ -18,9 +18,12 @@ inline Quadratic numerator(const double *section) { return {section[0], section[
 inline Quadratic denominator(const double *section) { return {section[3], section[4], section[5]}; }
 
 // Near z = 1 and z = -1, where the poles of low and high cut-offs lie, the terms of Q nearly cancel.  There these two
-// sums are exact in this order, because each subtraction is of numbers within a factor of two of each other.
-inline double at_plus_one(const Quadratic &q) { return q.c0 + q.c1 + q.c2; }
-inline double at_minus_one(const Quadratic &q) { return q.c0 - q.c1 + q.c2; }
+// sums are exact in this order, because each subtraction is of numbers within a factor of two of each other; the zeros
+// of an all-pass, which lie outside of the circle, have the larger number last.
+inline double at_plus_one(const Quadratic &q) {
+    return std::abs(q.c0) >= std::abs(q.c2) ? q.c0 + q.c1 + q.c2 : q.c2 + q.c1 + q.c0;
+}
+inline double at_minus_one(const Quadratic &q) { return at_plus_one({q.c0, -q.c1, q.c2}); }
 
 // The angle theta = 2 pi x at a frequency of x cycles a sample, 0 .. 1/2, by the sine and cosine of its half; exact at
 // both ends.  The smaller of the two is a sine, the other one at least sqrt(1/2).
