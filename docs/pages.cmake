@@ -4,15 +4,15 @@
 # Pages that need python3-scipy or python3-mpmath are left out of the check, which says so, where those are missing.
 find_program(MENSURA_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
 if(MENSURA_PYTHON AND BUILD_SHARED_LIBS)
-    add_library(mensura_sos_python MODULE EXCLUDE_FROM_ALL measure/ode_problems.cpp measure/root_errors.cpp
-        measure/sos_binding.cpp)
-    target_link_libraries(mensura_sos_python PRIVATE mensura_sos)
-    target_compile_options(mensura_sos_python PRIVATE -ffp-contract=off ${MENSURA_WARNINGS})
-    set_target_properties(mensura_sos_python PROPERTIES LIBRARY_OUTPUT_DIRECTORY $<TARGET_FILE_DIR:mensura>)
+    add_library(mensura_pages MODULE EXCLUDE_FROM_ALL measure/families.cpp measure/ode_problems.cpp
+        measure/root_errors.cpp)
+    target_link_libraries(mensura_pages PRIVATE mensura)
+    target_compile_options(mensura_pages PRIVATE -ffp-contract=off ${MENSURA_WARNINGS})
+    set_target_properties(mensura_pages PROPERTIES LIBRARY_OUTPUT_DIRECTORY $<TARGET_FILE_DIR:mensura>)
 
     function(mensura_add_pages target comment)
         add_custom_target(${target} COMMAND ${MENSURA_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/measure ${ARGN}
-            DEPENDS mensura mensura_sos_python USES_TERMINAL COMMENT ${comment} VERBATIM)
+            DEPENDS mensura mensura_pages USES_TERMINAL COMMENT ${comment} VERBATIM)
     endfunction()
     mensura_add_pages(pages "Making the pages of docs" $<TARGET_FILE:mensura>)
     mensura_add_pages(docs-check "Comparing the pages of docs with what is measured" --check $<TARGET_FILE:mensura>)

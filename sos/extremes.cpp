@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "checks.h"
+#include "arguments.h"
 #include "walk.h"
 
 namespace mensura::sos {

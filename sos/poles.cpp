@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "checks.h"
+#include "arguments.h"
 #include "quadratic.h"
 
 int mensura_sos_pole_radius(const double *sos, int sections, double *radius) {
@@ -12,7 +12,7 @@ int mensura_sos_pole_radius(const double *sos, int sections, double *radius) {
     if (const int code = check_sections(sos, sections)) return code;
     if (!radius) return MENSURA_SOS_NULL;
     double largest = 0;
-    for (const double *s = sos; s != sos + sections * kSectionLength; s += kSectionLength) {
+    for (const double *s = sos; s != end_of(sos, sections); s += kNumbers) {
         const Quadratic q = denominator(s);
         if (!std::isfinite(q.c1) || !std::isfinite(q.c2)) {
             *radius = std::numeric_limits<double>::quiet_NaN();

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "checks.h"
+#include "arguments.h"
 #include "quadratic.h"
 
 namespace mensura::sos {
@@ -31,7 +31,7 @@ struct Complex {
 // H, one section after the other, each as N conj(D) / |D|^2.
 Complex response(const double *sos, int sections, const Angle &theta) {
     Complex h{1, 0};
-    for (const double *s = sos; s != sos + sections * kSectionLength; s += kSectionLength) {
+    for (const double *s = sos; s != end_of(sos, sections); s += kNumbers) {
         const Turned n(numerator(s), theta), d(denominator(s), theta);
         const double re = (n.re * d.re + n.im * d.im) / d.norm(), im = (n.im * d.re - n.re * d.im) / d.norm();
         h = {h.re * re - h.im * im, h.re * im + h.im * re};
@@ -67,7 +67,7 @@ double zeros_delay(const Quadratic &q, const Angle &theta) {
 
 double group_delay(const double *sos, int sections, const Angle &theta) {
     double delay = 0;
-    for (const double *s = sos; s != sos + sections * kSectionLength; s += kSectionLength)
+    for (const double *s = sos; s != end_of(sos, sections); s += kNumbers)
         delay += zeros_delay(numerator(s), theta) - second_order_delay(denominator(s), theta);
     return delay;
 }

@@ -3,10 +3,13 @@
 
 #include <span>
 
-#include "cascade.h"
 #include "transform.h"
 
 namespace mensura::sos {
+
+struct Section {
+    double b0, b1, b2, a0, a1, a2;  // a0 is 1
+};
 
 // Rounds denominators first; numerators then get the gain that these leave.  `gain` is that of the cascade at the
 // reference frequency.

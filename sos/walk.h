@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <limits>
 
-#include "checks.h"
+#include "arguments.h"
 #include "quadratic.h"
 
 namespace mensura::sos {
@@ -18,12 +18,12 @@ namespace mensura::sos {
 // |H|.
 class Gain {
   public:
-    Gain(const double *sos, int sections) : begin_(sos), end_(sos + sections * kSectionLength) {}
+    Gain(const double *sos, int sections) : begin_(sos), end_(end_of(sos, sections)) {}
 
     double operator()(double cycles) const {
         const Angle theta(cycles);
         double gain = 1;
-        for (const double *s = begin_; s != end_; s += kSectionLength)
+        for (const double *s = begin_; s != end_; s += kNumbers)
             gain *= std::sqrt(Turned(numerator(s), theta).norm() / Turned(denominator(s), theta).norm());
         return gain;
     }
@@ -35,7 +35,7 @@ class Gain {
 // Calls f(root, is_pole) for the poles and zeros of a filter, one of each conjugate pair.
 template <typename Function>
 void visit_roots(const double *sos, int sections, Function f) {
-    for (const double *s = sos; s != sos + sections * kSectionLength; s += kSectionLength)
+    for (const double *s = sos; s != end_of(sos, sections); s += kNumbers)
         for (const bool is_pole : {false, true}) {
             const Roots found = roots(is_pole ? denominator(s) : numerator(s));
             for (std::size_t i = 0; i < found.count; ++i)

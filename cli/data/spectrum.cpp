@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "cli/data/transform.h"
-#include "sos/measure.h"
 
 namespace cli {
 
@@ -85,7 +84,7 @@ std::vector<double> amplitudes_at(const std::vector<double> &frequencies, double
 }
 
 double scaled(double amplitude, bool mirrored, Scale scale) {
-    if (scale == Scale::Decibel) return mensura::sos::decibels(amplitude);
+    if (scale == Scale::Decibel) return 20 * std::log10(amplitude);
     if (scale == Scale::Power) return amplitude * amplitude * (mirrored ? 0.5 : 1);
     return amplitude;
 }

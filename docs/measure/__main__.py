@@ -120,7 +120,7 @@ def differences(path, page, depends):
 def main():
     parser = argparse.ArgumentParser(description="Renders the pages of docs/.")
     parser.add_argument("--check", action="store_true", help="compare with the pages that are there, write nothing")
-    parser.add_argument("library", help="libmensura.so, libmensura_sos_python.so beside it")
+    parser.add_argument("library", help="libmensura.so, libmensura_pages.so beside it")
     parser.add_argument("pages", nargs="*", metavar="PAGE", help=f"of {', '.join(pages())}; all without")
     arguments = parser.parse_args()
     if unknown := set(arguments.pages) - set(pages()):

@@ -219,7 +219,7 @@ def load(path):
 
 def measuring(library):
     """The C++ of docs/measure, which the build puts beside the library."""
-    return ctypes.CDLL(str(pathlib.Path(library._name).resolve().parent / "libmensura_sos_python.so"))
+    return ctypes.CDLL(str(pathlib.Path(library._name).resolve().parent / "libmensura_pages.so"))
 
 
 def doubles(values):

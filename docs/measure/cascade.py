@@ -1,4 +1,4 @@
-"""Filters designed by the library and measured by the C++ of sos/measure.h (through sos_binding.cpp).
+"""Filters of the exported design functions, measured by mensura/sos.h.
 
 Frequencies are in the unit of `rate`; with its default of 2 they are fractions of the Nyquist frequency.
 """
@@ -7,23 +7,13 @@ import ctypes
 import math
 from typing import NamedTuple
 
-from binding import Double, Doubles, IIRCoeffs, IIRDesignSpec, Int, Pointer, ProtoSpec, declare, doubles, measuring
+from binding import Double, IIRDesignSpec, Int, Pointer, ProtoSpec, declare, doubles, measuring, sections_of
 
 LOW_PASS, HIGH_PASS, BAND_PASS, NOTCH, ALL_PASS = range(5)
 BUTTERWORTH, GAUSSIAN, BESSEL, ADJUSTABLE, CHEBYSHEV, INVERSE_CHEBYSHEV, PAPOULIS, ELLIPTIC = range(8)
 HALF_POWER = math.sqrt(0.5)
 
-_ROWS = (Doubles, Int)  # 6 values a section, sections
-_CALLS = (
-    (Int, "measure_sections", Pointer(IIRCoeffs), Doubles),
-    (None, "measure_magnitudes", *_ROWS, Double, Doubles, Int, Doubles),
-    (Double, "measure_group_delay", *_ROWS, Double, Double),
-    (Double, "measure_pole_radius", *_ROWS),
-    (Int, "measure_grid", *_ROWS, Double, Doubles, Int),
-    (None, "measure_band_around", *_ROWS, Double, Double, Double, Pointer(Double), Pointer(Double)),
-    (None, "measure_extremes", *_ROWS, Double, Double, Double, Pointer(Double), Pointer(Double)),
-    (ctypes.c_char_p, "measure_family", Int, Pointer(Int)),
-)
+_CALLS = ((ctypes.c_char_p, "measure_family", Int, Pointer(Int)),)
 
 
 class Family(NamedTuple):
@@ -39,14 +29,22 @@ def decibels(magnitude):
 class Cascade:
     """Second-order sections; made by Designer, or from the coefficients of a record."""
 
-    def __init__(self, sos, coeffs):
-        self._sos, self.coeffs, self._rows = sos, coeffs, doubles(6 * 50)
-        self.count = sos.measure_sections(coeffs, self._rows)
+    def __init__(self, library, coeffs):
+        self._library, self.coeffs = library, coeffs
+        rows = sections_of(coeffs)
+        self._sos = doubles([number for row in rows for number in row]), len(rows)
+
+    def _call(self, name, *arguments):
+        result = getattr(self._library, name)(*self._sos, *arguments)
+        if result < 0:
+            raise ValueError(self._library.mensura_sos_message(result).decode())
+        return result
 
     def magnitudes(self, frequencies, rate=2.0):
-        out = doubles(len(frequencies))
-        self._sos.measure_magnitudes(self._rows, self.count, rate, doubles(frequencies), len(out), out)
-        return out
+        n = len(frequencies)
+        re, im = doubles(n), doubles(n)
+        self._call("mensura_sos_response", rate, doubles(frequencies), re, im, n)
+        return doubles([math.hypot(*h) for h in zip(re, im)])
 
     def gain(self, frequency, rate=2.0):
         """The gain in dB."""
@@ -54,29 +52,32 @@ class Cascade:
 
     def delay(self, frequency, rate=2.0):
         """The group delay in samples."""
-        return self._sos.measure_group_delay(self._rows, self.count, rate, frequency)
+        delay = doubles(1)
+        self._call("mensura_sos_group_delay", rate, doubles([frequency]), delay, 1)
+        return delay[0]
 
     def pole_radius(self):
-        return self._sos.measure_pole_radius(self._rows, self.count)
+        radius = Double()
+        self._call("mensura_sos_pole_radius", radius)
+        return radius.value
 
     def grid(self, rate=2.0):
-        """Frequencies close enough that no peak or notch falls between two of them."""
-        count = self._sos.measure_grid(self._rows, self.count, rate, doubles(0), 0)
-        out = doubles(count)
-        self._sos.measure_grid(self._rows, self.count, rate, out, count)
-        return out
+        """Frequencies from 0 to rate / 2, close together."""
+        return doubles([0.5 * rate * i / 8000 for i in range(8001)])
 
     def highest(self, start, end, rate=2.0):
         """The highest gain in dB from one frequency to another."""
-        lowest, highest = Double(), Double()
-        self._sos.measure_extremes(self._rows, self.count, rate, start, end, lowest, highest)
-        return decibels(highest.value)
+        highest = Double()
+        self._call("mensura_sos_extremes", rate, start, end, None, highest)
+        return highest.value
 
     def band(self, frequency, rate=2.0, threshold=HALF_POWER):
         """Where the magnitude passes the threshold below and above a frequency; 0 and rate / 2 where it does not."""
-        low, high = Double(), Double()
-        self._sos.measure_band_around(self._rows, self.count, rate, threshold, frequency, low, high)
-        return low.value, high.value
+        found = doubles(100)
+        count = self._call("mensura_sos_crossings", rate, decibels(threshold), found, len(found))
+        crossings = found[:count]
+        low = max((f for f in crossings if f <= frequency), default=0.0)
+        return low, min((f for f in crossings if f > frequency), default=rate / 2)
 
     def half_power(self, start, end, rate=2.0, threshold=HALF_POWER):
         """The crossing nearest to `start` on the way to `end`, which is 0 or rate / 2; `end` where there is none."""
@@ -92,7 +93,7 @@ class Designer:
     """Designs by the library."""
 
     def __init__(self, library):
-        self._library, self._sos = library, declare(measuring(library), _CALLS)
+        self._library, self._table = library, declare(measuring(library), _CALLS)
 
     @property
     def families(self):
@@ -100,12 +101,12 @@ class Designer:
 
     def _families(self):
         code, max_poles = 0, Int()
-        while name := self._sos.measure_family(code, max_poles):
+        while name := self._table.measure_family(code, max_poles):
             yield Family(code, name.decode(), max_poles.value)
             code += 1
 
     def measured(self, coeffs):
-        return Cascade(self._sos, coeffs)
+        return Cascade(self._library, coeffs)
 
     def design(self, kind=LOW_PASS, cutoff=0.2, family=BUTTERWORTH, poles=6, bandwidth=0.1, gain=0.0, ripple=0.1,
                stop=60.0, gamma=0.0):

@@ -12,7 +12,6 @@
 
 #include "allocations.h"
 #include "designs.h"
-#include "sos/measure.h"
 #include "support/expect.h"
 #include "support/reference/iir.h"
 
@@ -58,13 +57,12 @@ static Complex requested(const IIRDesignSpec &spec, const LowPassProto &p, int k
 // value by that much of the largest term.  Fifty ulps of this condition is the worst seen in any family, order and
 // type: a band-pass, whose halves come from a root search.
 static double rounding(const IIRCoeffs &c, double f) {
-    const sos::RecordSections sections(c);
+    const auto condition_of = [z = std::polar(1.0, -f * std::numbers::pi)](double c0, double c1, double c2) {
+        return (std::fabs(c0) + std::fabs(c1) + std::fabs(c2)) / std::abs(c0 + z * (c1 + z * c2));
+    };
     double condition = 0;
-    for (const sos::Section &s : sections.cascade()) {
-        const sos::Section numerator[] = {{s.b0, s.b1, s.b2, 1, 0, 0}}, denominator[] = {{1, s.a1, s.a2, 1, 0, 0}};
-        condition += (std::fabs(s.b0) + std::fabs(s.b1) + std::fabs(s.b2)) / sos::magnitude(numerator, f, 2) +
-                     (1 + std::fabs(s.a1) + std::fabs(s.a2)) / sos::magnitude(denominator, f, 2);
-    }
+    for (int k = 0; k < c.NumSections; ++k)
+        condition += condition_of(c.b0[k], c.b1[k], c.b2[k]) + condition_of(1, c.a1[k], c.a2[k]);
     return 128 * DBL_EPSILON * condition;
 }
 
