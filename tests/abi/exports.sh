@@ -1,9 +1,9 @@
-# Compares what the library exports and what mensura.h declares with what the version script lists; checks the SONAME
-# and what the library needs.
-# Usage: exports.sh library exports.map include-directory cc nm readelf any-needed(yes|no)
+# Compares what the library exports and what mensura.h declares with what the version script lists, and the names of its
+# first version with those on record; checks the SONAME and what the library needs.
+# Usage: exports.sh library exports.map mensura_1.txt include-directory cc nm readelf any-needed(yes|no)
 set -eu
 export LC_ALL=C
-library=$1 map=$2 include=$3 cc=$4 nm=$5 readelf=$6 any_needed=$7
+library=$1 map=$2 first=$3 include=$4 cc=$5 nm=$6 readelf=$7 any_needed=$8
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
 cd "$tmp"
@@ -25,6 +25,14 @@ echo '#include <mensura/mensura.h>' | statements |
 
 diff -U0 listed exported || failed=1
 diff -U0 listed declared || failed=1
+
+# Programs ask for a name together with its version: none may move to another one.
+"$nm" -D --defined-only "$library" | sed -n 's/.* \(.*\)@@MENSURA_1$/\1/p' | sort | diff -U0 "$first" - || failed=1
+"$nm" -D --defined-only "$library" | grep '@@MENSURA_1\.1$' > second
+if grep -v ' T mensura_sos_' second; then
+    echo "is no function of mensura/sos.h and has version MENSURA_1.1"
+    failed=1
+fi
 
 "$readelf" -dW "$library" > dynamic
 grep -qF 'soname: [libmensura.so.1]' dynamic || { echo "wrong SONAME: $(grep SONAME dynamic)"; failed=1; }

@@ -39,6 +39,13 @@ HOLDS(AT4(MovingAverageOnline, Length, 0, Buffer, 8, Pos, 16008, Full, 16012));
 HOLDS(SIZE(MovingAverageBank, 160168) && AT2(MovingAverageBank, Filters, 0, Count, 160160));
 HOLDS(SIZE(LimitAverageOnline, 16040) && AT2(LimitAverageOnline, Limiter, 0, Average, 24));
 
+HOLDS(SIZE(mensura_sos_request, 88) && AT2(mensura_sos_request, size, 0, pass_type, 4));
+HOLDS(AT4(mensura_sos_request, family, 8, poles, 12, passes, 16, band, 20) && AT(mensura_sos_request, rate, 24));
+HOLDS(AT4(mensura_sos_request, edge, 32, level_db, 48, ripple_db, 56, stop_db, 64));
+HOLDS(AT2(mensura_sos_request, gamma, 72, gain_db, 80));
+HOLDS(SIZE(mensura_sos_requirement, 72) && AT4(mensura_sos_requirement, size, 0, pass_type, 4, passes, 8, rate, 16));
+HOLDS(AT4(mensura_sos_requirement, pass_edge, 24, stop_edge, 40, loss_db, 56, attenuation_db, 64));
+
 HOLDS(sizeof(in) == 120);
 HOLDS(RMATRIX_CAPACITY == 100 && MOVING_AVERAGE_CAPACITY == 2000 && MOVING_AVERAGE_CHANNELS == 10);
 HOLDS(MAX_IIR_SECTIONS == 50);
@@ -48,3 +55,13 @@ HOLDS(pfChebyshev == 4 && pfInverseChebyshev == 5 && pfPapoulis == 6 && pfEllipt
 HOLDS(wkNone == 0 && wkRectangle == 1 && wkKaiser == 2 && wkSinc == 3 && wkHanning == 4 && wkHamming == 5);
 HOLDS(wkBlackman == 6 && wkFlatTop == 7 && wkBlackmanHarris == 8 && wkBlackmanNuttall == 9 && wkNuttall == 10);
 HOLDS(wkKaiserBessel == 11 && wkTriangle == 12 && wkGauss == 13 && wkSine == 14);
+HOLDS(MENSURA_SOS_MAX_SECTIONS == 20 && MENSURA_SOS_TWO_EDGES == 0 && MENSURA_SOS_CENTRE == 1);
+HOLDS(MENSURA_SOS_ENDS_NONE == 0 && MENSURA_SOS_ENDS_ODD == 1 && MENSURA_SOS_ENDS_EVEN == 2);
+HOLDS(MENSURA_SOS_ENDS_CONSTANT == 3 && MENSURA_SOS_NULL == -1 && MENSURA_SOS_SIZE == -2 && MENSURA_SOS_TYPE == -3);
+HOLDS(MENSURA_SOS_FAMILY == -4 && MENSURA_SOS_POLES == -5 && MENSURA_SOS_PASSES == -6 && MENSURA_SOS_RATE == -7);
+HOLDS(MENSURA_SOS_FREQUENCY == -8 && MENSURA_SOS_EDGES == -9 && MENSURA_SOS_LEVEL == -10);
+HOLDS(MENSURA_SOS_RIPPLE == -11 && MENSURA_SOS_STOP_BAND == -12 && MENSURA_SOS_GAMMA == -13);
+HOLDS(MENSURA_SOS_GAIN == -14 && MENSURA_SOS_CAPACITY == -15 && MENSURA_SOS_COUNT == -16);
+HOLDS(MENSURA_SOS_SECTION == -17 && MENSURA_SOS_UNREACHABLE == -18 && MENSURA_SOS_PRECISION == -19);
+HOLDS(MENSURA_SOS_STEADY_STATE == -20 && MENSURA_SOS_ENDS == -21 && MENSURA_SOS_MEMORY == -22);
+HOLDS(MENSURA_SOS_UNSTABLE == -23 && MENSURA_SOS_UNSETTLED == -24);

@@ -30,7 +30,7 @@ version=$(sed -n 's/^project(mensura VERSION \([0-9.]*\).*/\1/p' "$source/CMakeL
 diff -u <(printf "%s_${version}_$arch.deb\n" libmensura-dev libmensura1 mensura) <(cd "$debs" && ls -- *.deb | LC_ALL=C sort)
 
 doc=usr/share/doc
-printf '%s\n' "$libdir"/libmensura.so.1{,.0.0} $doc/libmensura1/changelog.gz | unpack libmensura1
+printf '%s\n' "$libdir"/libmensura.so.1{,.1.0} $doc/libmensura1/changelog.gz | unpack libmensura1
 {
     (cd "$source" && printf 'usr/%s\n' include/mensura/*.h)
     printf "$libdir/%s\n" libmensura.so pkgconfig/mensura.pc \
