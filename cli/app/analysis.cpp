@@ -10,14 +10,13 @@
 #include <limits>
 
 #include "cli/app/diagnostics.h"
+#include "cli/app/time_response.h"
 
 namespace cli {
 
 namespace {
 
 const double kHalfPowerDb = 10 * std::log10(0.5);
-constexpr double kSettled = 0.02;                    // of the gain
-constexpr std::ptrdiff_t kMostSamples = 10'000'000;  // of a step response
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 int checked(int code) {
@@ -28,8 +27,7 @@ int checked(int code) {
 // The functions of mensura/sos.h on one filter.
 class Meter {
   public:
-    Meter(const Sections &sections, double rate)
-        : sos_(sections.data()->data()), count_(static_cast<int>(sections.size())), rate_(rate) {}
+    Meter(const Sections &sections, double rate) : sos_(data_of(sections)), count_(count_of(sections)), rate_(rate) {}
 
     double gain(double frequency) const {
         double re = 0, im = 0;
@@ -84,37 +82,12 @@ void measure_levels(const Meter &meter, const Target &target, Achieved &achieved
     achieved.half_power = meter.crossings(reference + kHalfPowerDb / target.passes);
 }
 
-void measure_step_of_one_pass(const Sections &sections, const Target &target, Achieved &achieved) {
+void measure_step(const Sections &sections, const Target &target, Achieved &achieved) {
     const double gain = std::pow(10, target.gain_db / 20);
-    double overshoot = 0;
-    std::ptrdiff_t settling = 0;
-    if (mensura_sos_step_figures(sections.data()->data(), static_cast<int>(sections.size()), kSettled * gain,
-                                 kMostSamples, &overshoot, &settling) < 0)
-        return;
-    achieved.overshoot = overshoot / gain;
-    achieved.settling = static_cast<double>(settling) / target.rate;
-}
-
-// A step in the middle of a record, long enough that what is left of it at the ends does not show.
-void measure_step_of_both_passes(const Sections &sections, const Target &target, Achieved &achieved) {
-    constexpr double kGone = 1e-4;
-    const double *const sos = sections.data()->data();
-    const int count = static_cast<int>(sections.size());
-    std::ptrdiff_t reach = 0;
-    if (mensura_sos_step_figures(sos, count, kGone, kMostSamples / 4, nullptr, &reach) < 0) return;
-    const auto middle = static_cast<std::size_t>(2 * reach + 2);
-    std::vector<double> x(2 * middle), y(x.size());
-    std::fill(x.begin() + static_cast<std::ptrdiff_t>(middle), x.end(), 1.0);
-    if (mensura_sos_filtfilt(sos, count, MENSURA_SOS_ENDS_NONE, 0, x.data(), 1, y.data(), 1,
-                             static_cast<std::ptrdiff_t>(x.size()), nullptr) < 0)
-        return;
-    const double gain = std::pow(10, target.gain_db / 20), last = y.back();
-    const auto [lowest, highest] = std::ranges::minmax(y);
-    // A high-pass and a band-pass swing to both sides alike.
-    achieved.overshoot = std::max({0.0, highest - std::max(last, 0.0), std::abs(last) > 0 ? 0.0 : -lowest}) / gain;
-    std::size_t settled = y.size();
-    while (settled > middle && std::abs(y[settled - 1] - last) <= kSettled * gain) --settled;
-    achieved.settling = static_cast<double>(settled - middle) / target.rate;
+    const std::optional<StepFigures> figures = step_figures(sections, target.passes, gain);
+    if (!figures) return;
+    achieved.overshoot = figures->overshoot;
+    achieved.settling = figures->settling / target.rate;
 }
 
 }  // namespace
@@ -126,9 +99,7 @@ Achieved soundness(const Sections &sections) {
         achieved.finite = achieved.finite && std::ranges::all_of(s, [](double x) { return std::isfinite(x); });
     }
     achieved.pole_radius = kNaN;
-    if (achieved.finite)
-        checked(
-            mensura_sos_pole_radius(sections.data()->data(), static_cast<int>(sections.size()), &achieved.pole_radius));
+    if (achieved.finite) checked(mensura_sos_pole_radius(data_of(sections), count_of(sections), &achieved.pole_radius));
     return achieved;
 }
 
@@ -138,12 +109,8 @@ Achieved measure(const Sections &sections, const Target &target) {
     if (!achieved.measurable()) return achieved;
     const Meter meter(sections, target.rate);
     measure_levels(meter, target, achieved);
-    if (target.passes == 1) {
-        achieved.delay = meter.delay(reference_frequency(target));
-        measure_step_of_one_pass(sections, target, achieved);
-    } else {
-        measure_step_of_both_passes(sections, target, achieved);
-    }
+    if (target.passes == 1) achieved.delay = meter.delay(reference_frequency(target));
+    measure_step(sections, target, achieved);
     return achieved;
 }
 
@@ -163,10 +130,6 @@ std::vector<std::string> warnings_about(const Achieved &achieved) {
                         "their digits, as with a cut-off far below the sampling rate",
                         achieved.gain_db, achieved.asked_db));
     return warnings;
-}
-
-double gain_at(const Sections &sections, double rate, double frequency) {
-    return Meter(sections, rate).gain(frequency);
 }
 
 }  // namespace cli

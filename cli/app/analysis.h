@@ -1,15 +1,13 @@
 // What a filter achieves, measured from its sections.
 #pragma once
 
-#include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace cli {
+#include "cli/app/sections.h"
 
-using Section = std::array<double, 6>;  // b0 b1 b2 1 a1 a2
-using Sections = std::vector<Section>;
+namespace cli {
 
 struct Band {
     double from = 0, to = 0;         // Hz
@@ -55,8 +53,5 @@ Achieved soundness(const Sections &sections);
 
 // The reasons why the filter should not be used; empty if there are none.
 std::vector<std::string> warnings_about(const Achieved &achieved);
-
-// Gain in dB of one pass.
-double gain_at(const Sections &sections, double rate, double frequency);
 
 }  // namespace cli

@@ -163,18 +163,20 @@ std::string joined_frequencies(const std::vector<double> &frequencies) {
 
 std::string summary_of(const Design &design) {
     const mensura_sos_request &made = design.made;
-    std::string text = fmt::format("{}, {}, {} pole{}", pass_type_name(made.pass_type), family_name(made.family),
-                                   made.poles, made.poles == 1 ? "" : "s");
-    if (design.leading) text += ", leading sections";
-    if (made.passes == 2) text += ", zero phase";
-    if (made.pass_type == ptAllPass) return fmt::format("{}, edge at {:.6g} Hz", text, made.edge[0]);
-    std::vector<double> edges = design.achieved.half_power;
-    if (!design.leading) {
-        edges.clear();
-        for (const Level &edge : design.achieved.edges) edges.push_back(edge.frequency);
-    }
-    if (edges.empty()) return text + ", without a half-power point";
-    return fmt::format("{}, {} dB at {}", text, short_level(made.level_db), joined_frequencies(edges));
+    return fmt::format("{}, {}, {} pole{}, {}{}{}", pass_type_name(made.pass_type), family_name(made.family),
+                       made.poles, made.poles == 1 ? "" : "s", design.leading ? "leading sections, " : "",
+                       made.passes == 2 ? "zero phase, " : "", edges_text(design));
+}
+
+// A setting on which the family does not depend would be lost in silence.
+void refuse_unused(const FilterRequest &request, int family) {
+    using mensura::iir::depends_on;
+    const auto check = [family](const char *option, bool given, mensura::iir::Setting setting) {
+        if (given && !depends_on(family, setting)) reject("{} has no effect on {}", option, family_name(family));
+    };
+    check("--ripple", request.ripple.has_value(), mensura::iir::kRipple);
+    check("--stopband", request.stop_band.has_value(), mensura::iir::kStopBand);
+    if (!request.by_requirement()) check("--gamma", request.gamma.has_value(), mensura::iir::kGamma);
 }
 
 void remark_on_clamps(const ProtoSpec &asked) {
@@ -198,7 +200,17 @@ Sections sections_of(const IIRCoeffs &c) {
     return sections;
 }
 
-std::string short_level(double db) { return fmt::format("{:.6g}", std::abs(db + 3.0103) < 0.02 ? -3 : db); }
+std::string edges_text(const Design &design) {
+    constexpr double kHalfPower = -3.0103;  // dB
+    const mensura_sos_request &made = design.made;
+    if (made.pass_type == ptAllPass) return fmt::format("edge at {:.6g} Hz", made.edge[0]);
+    std::vector<double> edges;
+    for (const Level &edge : design.achieved.edges) edges.push_back(edge.frequency);
+    if (design.leading) edges = design.achieved.half_power;
+    if (edges.empty()) return "without a half-power point";
+    const double level = std::abs(made.level_db - kHalfPower) < 1e-3 ? -3 : made.level_db;
+    return fmt::format("{:.6g} dB at {}", level, joined_frequencies(edges));
+}
 
 Design design_for(const FilterRequest &request, double rate) {
     check_request(request);
@@ -210,6 +222,7 @@ Design design_for(const FilterRequest &request, double rate) {
         design.made = counterpart(spec, request, rate);
         design.sections = sections_of(design.leading->cascade);
     } else {
+        refuse_unused(request, request.family.value_or(kDefaultFamily));
         design.made = sos_request(request, rate);
         design.sections = designed(design.made);
     }

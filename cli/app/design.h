@@ -28,8 +28,8 @@ struct Design {
     Achieved achieved;
     std::string summary;  // "lowpass, butterworth, 4 poles, zero phase, -3 dB at 6 Hz"
 
-    const double *sos() const { return sections.data()->data(); }
-    int count() const { return static_cast<int>(sections.size()); }
+    const double *sos() const { return data_of(sections); }
+    int count() const { return count_of(sections); }
 };
 
 Design design_for(const FilterRequest &request, double rate);
@@ -44,7 +44,7 @@ void refuse_unusable(const Design &design, bool force);
 // The sections of a record as IIRFilter runs them.
 Sections sections_of(const IIRCoeffs &cascade);
 
-// "-3", "-0.1"
-std::string short_level(double db);
+// "-3 dB at 6 Hz"
+std::string edges_text(const Design &design);
 
 }  // namespace cli

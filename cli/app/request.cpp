@@ -149,7 +149,6 @@ void check_edges(const FilterRequest &r) {
 void check_settings(const FilterRequest &r) {
     if (r.level && !(*r.level < 0 && *r.level > -200))
         reject("--at {} dB: must lie below 0 and above -200 dB", *r.level);
-    if (r.level && r.pass_type == ptAllPass) remark("--at: the level of the low-pass whose poles the allpass has");
 }
 
 void refuse_outside(const char *option, std::optional<double> frequency, double rate) {
@@ -187,7 +186,7 @@ mensura_sos_requirement requirement_of(const FilterRequest &request, double rate
 
 [[noreturn]] void reject_requirement(int code, const FilterRequest &request) {
     if (code == MENSURA_SOS_UNREACHABLE)
-        reject("--pass and --stop: {}; a wider gap between the edges or a smaller loss is needed",
+        reject("--pass and --stop: {}; the edges must lie farther apart, or the stop band lose less",
                request.family ? fmt::format("no number of poles of {} will do", family_name(*request.family))
                               : "no family will do");
     if (code == MENSURA_SOS_EDGES)
@@ -291,8 +290,8 @@ void reject_request(int code, const mensura_sos_request &request) {
         case MENSURA_SOS_POLES:
             reject("--poles {}: {} has 1 to {}", request.poles, family, mensura::iir::max_poles(request.family));
         case MENSURA_SOS_LEVEL:
-            reject("--at {} dB: must lie below 0, above -200 dB, and for {} not below -{} dB, its stop band",
-                   request.level_db, family, request.stop_db);
+            if (!mensura::iir::depends_on(request.family, mensura::iir::kStopBand)) break;
+            reject("--at {} dB: not below -{} dB, the stop band of {}", request.level_db, request.stop_db, family);
         case MENSURA_SOS_RIPPLE: reject("--ripple {} dB: from 0.0001 to 10 dB", request.ripple_db);
         case MENSURA_SOS_STOP_BAND:
             reject("--stopband {} dB: from 10 to 200 dB, and above the ripple", request.stop_db);
@@ -304,10 +303,9 @@ void reject_request(int code, const mensura_sos_request &request) {
                 "--cutoff {} Hz --bandwidth {} Hz: an edge does not lie above 0 and below {} Hz, half the sampling "
                 "rate",
                 request.edge[0], request.edge[1], 0.5 * request.rate);
-        default:
-            reject("this {} {} cannot be made: {}", family, pass_type_name(request.pass_type),
-                   mensura_sos_message(code));
+        default: break;
     }
+    reject("this {} {} cannot be made: {}", family, pass_type_name(request.pass_type), mensura_sos_message(code));
 }
 
 }  // namespace cli

@@ -7,6 +7,7 @@
 #include "cli/app/commands.h"
 #include "cli/app/design.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/names.h"
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
 #include "cli/app/request.h"
@@ -21,18 +22,37 @@ namespace {
 
 constexpr const char *kExamples =
     "  mensura design lowpass --cutoff 40Hz --rate 360Hz\n"
-    "  mensura design bandpass --cutoff 1kHz --bandwidth 100Hz --rate 8kHz --family papoulis --poles 4 --json\n"
-    "  mensura design lowpass --cutoff 40Hz --rate 360Hz --plot=response.svg\n"
-    "  mensura design lowpass --cutoff 40Hz --rate 360Hz --all-families --plot=families.svg\n"
-    "  mensura design highpass --cutoff 0.5Hz --rate 360Hz --response 1000 > response.csv\n";
+    "  mensura design lowpass --cutoff 6Hz --poles 4 --zero-phase --rate 200Hz\n"
+    "  mensura design bandpass --from 0.5Hz --to 40Hz --rate 360Hz --family papoulis --json\n"
+    "  mensura design lowpass --pass 40Hz:1dB --stop 60Hz:50dB --rate 360Hz\n"
+    "  mensura design lowpass --cutoff 40Hz --rate 360Hz --export c > filter.h\n"
+    "  mensura design lowpass --cutoff 40Hz --rate 360Hz --all-families --show step --plot=steps.svg\n";
 
-constexpr int kMostFrequencies = 10'000'000;
+constexpr int kMostRows = 10'000'000;
+
+enum class Form { Text, Json, Sections, C, Response, Step, Impulse, Families };
+enum class Picture { Response, Step, Roots };
+
+struct ExportName {
+    const char *word;
+    Form form;
+};
+constexpr ExportName kExports[] = {{"sos", Form::Sections}, {"c", Form::C}, {"json", Form::Json}};
+
+struct PictureName {
+    const char *word;
+    Picture picture;
+};
+constexpr PictureName kPictures[] = {
+    {"response", Picture::Response}, {"step", Picture::Step}, {"poles", Picture::Roots}};
 
 struct Options {
     FilterRequest request;
-    bool json = false, all_families = false;
-    std::optional<int> response;
+    Form form = Form::Text;
+    bool exported = false;
+    int rows = 0;  // of a response
     std::string output;
+    Picture picture = Picture::Response;
     PlotOptions plot;
 };
 
@@ -41,50 +61,118 @@ double rate_of(const FilterRequest &request) {
     return *request.rate;
 }
 
-// Families for which the settings are refused are left out.
-std::vector<Design> design_families(FilterRequest request) {
+// The request for one of the families, without the settings that it does not have.
+FilterRequest for_family(FilterRequest request, const mensura::iir::Family &family) {
+    request.family = family.code;
+    if ((family.settings & mensura::iir::kRipple) == 0) request.ripple.reset();
+    if ((family.settings & mensura::iir::kStopBand) == 0) request.stop_band.reset();
+    if ((family.settings & mensura::iir::kGamma) == 0) request.gamma.reset();
+    return request;
+}
+
+// Families that cannot be made as requested are left out.
+std::vector<Design> design_families(const FilterRequest &request) {
     std::vector<Design> designs;
-    for (const mensura::iir::Family &family : mensura::iir::kFamilies) {
-        request.family = family.code;
-        try {
-            designs.push_back(design_for(request, rate_of(request)));
+    const double rate = rate_of(request);
+    check_frequencies(request, rate);
+    for (const mensura::iir::Family &family : mensura::iir::kFamilies) try {
+            designs.push_back(design_for(for_family(request, family), rate));
         } catch (const Failure &failure) {
-            if (&family == &mensura::iir::kFamilies.back() && designs.empty()) throw;
             remark("{} is left out: {}", family.word, failure.what());
         }
-    }
+    if (designs.empty()) reject("no family can be made as requested");
     return designs;
 }
 
 FamilyOrders orders_for(const FilterRequest &request) {
     FamilyOrders orders;
-    if (request.by_requirement())
-        for (const mensura::iir::Family &family : mensura::iir::kFamilies)
-            orders.push_back({family.code, least_order(request, rate_of(request), family.code)});
+    if (!request.by_requirement()) return orders;
+    for (const mensura::iir::Family &family : mensura::iir::kFamilies)
+        orders.push_back({family.code, least_order(request, rate_of(request), family.code)});
     return orders;
 }
 
+std::vector<Design> designs_for(const Options &options) {
+    check_request(options.request);
+    if (options.form == Form::Families) return design_families(options.request);
+    return {design_for(options.request, rate_of(options.request))};
+}
+
+// Other programs get no filter that should not be used.
+void comment_on(const Options &options, const std::vector<Design> &designs) {
+    if (options.exported) return refuse_unusable(designs.front(), options.request.force);
+    for (const Design &design : designs)
+        remark_on(design, designs.size() > 1 ? fmt::format("{}: ", family_name(design.made.family)) : "");
+}
+
 void print(Output &out, const Options &options, const std::vector<Design> &designs) {
-    if (options.all_families) return print_families(out, designs);
     const Design &design = designs.front();
-    if (options.json) return print_json(out, design, orders_for(options.request));
-    if (options.response) return print_response(out, design, *options.response);
-    print_text(out, design, orders_for(options.request));
+    switch (options.form) {
+        case Form::Text: return print_text(out, design, orders_for(options.request));
+        case Form::Json: return print_json(out, design, orders_for(options.request));
+        case Form::Sections: return export_sections(out, design);
+        case Form::C: return export_c(out, design);
+        case Form::Response: return print_response(out, design, options.rows);
+        case Form::Step: return print_time_response(out, design, Input::Step, options.rows);
+        case Form::Impulse: return print_time_response(out, design, Input::Impulse, options.rows);
+        case Form::Families: return print_families(out, designs);
+    }
+}
+
+Figure figure_of(Picture picture, const std::vector<Design> &designs) {
+    switch (picture) {
+        case Picture::Step: return step_figure(designs);
+        case Picture::Roots: return root_figure(designs.front());
+        default: return response_figure(designs);
+    }
 }
 
 void run(const Options &options) {
-    if (options.response && (*options.response < 1 || *options.response > kMostFrequencies))
-        reject("--response {}: from 1 to {} frequencies are possible", *options.response, kMostFrequencies);
-    check_request(options.request);
-    const std::vector<Design> designs = options.all_families
-                                            ? design_families(options.request)
-                                            : std::vector{design_for(options.request, rate_of(options.request))};
-    for (const Design &design : designs)
-        remark_on(design, options.all_families ? fmt::format("{}: ", family_name(design.made.family)) : "");
+    if (options.picture == Picture::Roots && options.form == Form::Families)
+        reject("--show poles is for one family, not for --all-families");
+    const std::vector<Design> designs = designs_for(options);
+    comment_on(options, designs);
     Output out(data_file(options.plot, options.output));
     print(out, options, designs);
     out.commit();
-    if (options.plot.wanted()) draw(response_figure(designs), options.plot);
+    if (options.plot.wanted()) draw(figure_of(options.picture, designs), options.plot);
+}
+
+// An option that chooses what is printed in so many rows.
+Option add_rows(const Command &app, const std::string &name, Options &options, Form form, const std::string &help) {
+    const auto take = [name, form, &options](int rows) {
+        if (rows < 1 || rows > kMostRows) reject("{} {}: from 1 to {} are possible", name, rows, kMostRows);
+        options.form = form;
+        options.rows = rows;
+    };
+    return add_count(app, name, std::function<void(int)>(take), help);
+}
+
+void add_forms(const Command &app, Options &options) {
+    app.add_flag(
+        "--json", [&options] { options.form = Form::Json; },
+        "print everything as JSON; null stands for minus infinity or for a value that is not defined");
+    const auto take_export = [&options](const std::string &text) {
+        options.form = row_named("--export", text, kExports, &ExportName::word).form;
+        options.exported = true;
+    };
+    app.add_option("--export", take_export,
+                   "print the sections for other programs: sos, lines b0,b1,b2,a0,a1,a2 for SciPy and MATLAB; c, a "
+                   "header with a C function; json")
+        .type_name("FORM")
+        .excludes({"--json"});
+    add_rows(app, "--response", options, Form::Response,
+             "print the response at N frequencies from DC up: Hz, dB, degrees, group delay in s (CSV)")
+        .excludes({"--json", "--export"});
+    add_rows(app, "--step", options, Form::Step,
+             "print N samples of the response to a step (CSV); with --zero-phase around the step")
+        .excludes({"--json", "--export", "--response"});
+    add_rows(app, "--impulse", options, Form::Impulse, "print N samples of the response to an impulse (CSV)")
+        .excludes({"--json", "--export", "--response", "--step"});
+    app.add_flag(
+           "--all-families", [&options] { options.form = Form::Families; },
+           "compare the families in one table and one picture")
+        .excludes({"--family", "--json", "--export", "--response", "--step", "--impulse"});
 }
 
 }  // namespace
@@ -94,16 +182,16 @@ void add_design(const Command &program) {
     const Command app = program.add_command("design", "design a filter and measure what it achieves", kExamples);
     add_pass_type(app, options->request).required();
     add_filter_options(app, options->request);
-    app.add_flag("--json", options->json,
-                 "print everything as JSON; null stands for minus infinity or for a value that is not defined");
-    add_count(app, "--response", options->response,
-              "print the response at N frequencies from DC up: Hz, dB, degrees, s (CSV)")
-        .type_name("N")
-        .excludes({"--json"});
-    app.add_flag("--all-families", options->all_families, "compare the families in one table and one picture")
-        .excludes({"--family", "--json", "--response"});
+    add_forms(app, *options);
     add_output(app, options->output);
     add_plot_options(app, options->plot);
+    const auto take_picture = [options](const std::string &text) {
+        options->picture = row_named("--show", text, kPictures, &PictureName::word).picture;
+    };
+    app.add_option(
+           "--show", take_picture,
+           fmt::format("what --plot draws: {}; default response", joined(kPictures, &PictureName::word, " or ")))
+        .type_name("WHAT");
     app.callback([options] { run(*options); });
 }
 

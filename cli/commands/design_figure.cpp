@@ -1,10 +1,14 @@
 // The pictures of mensura design.
+#include <fmt/format.h>
 #include <mensura/sos.h>
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
+#include <cstddef>
 #include <numbers>
 
+#include "cli/app/diagnostics.h"
 #include "cli/commands/design_output.h"
 
 namespace cli {
@@ -12,58 +16,196 @@ namespace cli {
 namespace {
 
 constexpr double kDegrees = 180 / std::numbers::pi;  // in a radian
+constexpr double kDepth = 100;                       // dB: what lies deeper is drawn there
+constexpr int kPoints = 1000;                        // of a curve
 
-// From a hundredth of the lowest edge up; gains below -100 dB are drawn at -100 dB.
-double lowest_frequency(const Design &design) { return 0.01 * design.made.edge[0]; }
+// "lowpass, butterworth, 6 poles, -3 dB at 40 Hz"; of several families without the one and, where they differ, the
+// other.
+std::string title_of(const std::vector<Design> &designs) {
+    const Design &first = designs.front();
+    const mensura_sos_request &made = first.made;
+    const std::string rate = fmt::format(", sampled at {:.6g} Hz", first.rate);
+    if (designs.size() == 1) return first.summary + rate;
+    std::string text = pass_type_name(made.pass_type);
+    if (!first.request.by_requirement()) text += fmt::format(", {} poles", made.poles);
+    if (first.leading) return fmt::format("{}, leading sections, asked for at {:.6g} Hz{}", text, made.edge[0], rate);
+    if (made.passes == 2) text += ", zero phase";
+    return fmt::format("{}, {}{}", text, edges_text(first), rate);
+}
 
-void add_response(const Design &design, Curve &gain, Curve &phase) {
-    constexpr int kPoints = 1000;
-    constexpr double kDepth = 100;  // dB
-    const double nyquist = 0.5 * design.rate, lowest = lowest_frequency(design);
-    for (int i = 0; i <= kPoints; ++i) {
-        const double f = std::min(lowest * std::pow(nyquist / lowest, static_cast<double>(i) / kPoints), nyquist);
-        double re = 0, im = 0;
-        mensura_sos_response(design.sos(), design.count(), design.rate, &f, &re, &im, 1);
-        const double magnitude = std::hypot(re, im);
-        const double degrees = magnitude < 1e-15 ? std::nan("") : std::atan2(im, re) * kDegrees;
-        if (i > 0 && std::abs(degrees - phase.y.back()) > 180) {  // no line where the phase jumps by 360 degrees
-            phase.x.push_back(f);
-            phase.y.push_back(std::nan(""));
-        }
-        gain.x.push_back(f);
-        const double level = design.made.passes * 20 * std::log10(magnitude);
-        const double shown = std::max(level, design.made.gain_db - kDepth);
-        gain.y.push_back(std::round(1e9 * shown) / 1e9);  // so that an all-pass does not show its rounding errors
-        phase.x.push_back(f);
-        phase.y.push_back(design.made.passes == 2 ? 0 : degrees);
+std::vector<double> edges_of(const Design &design) {
+    std::vector<double> edges;
+    for (const Level &edge : design.achieved.edges) edges.push_back(edge.frequency);
+    return edges;
+}
+
+// ---- Over frequency ------------------------------------------------------------------------------------------------
+
+struct Axis {
+    double from, to;  // Hz
+    bool logarithmic;
+
+    double at(int i) const {
+        const double part = static_cast<double>(i) / kPoints;
+        return std::min(logarithmic ? from * std::pow(to / from, part) : from + part * (to - from), to);
     }
+};
+
+// From a hundredth of the edge up to Nyquist; around narrow bands four widths to either side.
+Axis axis_of(const Design &design) {
+    const double nyquist = 0.5 * design.rate;
+    const std::vector<double> edges = edges_of(design);
+    if (edges.size() < 2) return {0.01 * design.made.edge[0], nyquist, true};
+    const double width = edges[1] - edges[0], centre = 0.5 * (edges[0] + edges[1]);
+    if (4 * width > centre) return {0.01 * edges[0], nyquist, true};
+    return {centre - 4 * width, std::min(centre + 4 * width, nyquist), false};
+}
+
+std::complex<double> response_at(const Design &design, double frequency) {
+    double re = 0, im = 0;
+    mensura_sos_response(design.sos(), design.count(), design.rate, &frequency, &re, &im, 1);
+    return {re, im};
+}
+
+Curve gain_curve(const Design &design, const Axis &axis) {
+    Curve curve{.title = family_name(design.made.family)};
+    for (int i = 0; i <= kPoints; ++i) {
+        const double level = design.made.passes * 20 * std::log10(std::abs(response_at(design, axis.at(i))));
+        const double shown = std::max(level, design.made.gain_db - kDepth);
+        curve.x.push_back(axis.at(i));
+        curve.y.push_back(std::round(1e9 * shown) / 1e9);  // so that an all-pass does not show its rounding errors
+    }
+    return curve;
+}
+
+Curve phase_curve(const Design &design, const Axis &axis) {
+    Curve curve;
+    for (int i = 0; i <= kPoints; ++i) {
+        const std::complex<double> h = response_at(design, axis.at(i));
+        const double degrees = std::abs(h) < 1e-15 ? std::nan("") : std::arg(h) * kDegrees;
+        if (i > 0 && std::abs(degrees - curve.y.back()) > 180) {  // no line where the phase jumps by 360 degrees
+            curve.x.push_back(axis.at(i));
+            curve.y.push_back(std::nan(""));
+        }
+        curve.x.push_back(axis.at(i));
+        curve.y.push_back(degrees);
+    }
+    return curve;
+}
+
+Panel frequency_panel(const Design &design, const Axis &axis, const char *label) {
+    return {.x_label = "frequency [Hz]",
+            .y_label = label,
+            .marks = edges_of(design),
+            .logarithmic = axis.logarithmic,
+            .key_below = true,
+            .x_lowest = axis.from,
+            .x_highest = axis.to};
+}
+
+// An octave around the edges, and some decibels around their level.
+Panel edge_panel(const std::vector<Design> &designs) {
+    const Design &first = designs.front();
+    const std::vector<double> edges = edges_of(first);
+    const double nyquist = 0.5 * first.rate, margin = edges.back() > edges.front() ? edges.back() - edges.front() : 0;
+    const Axis axis{margin > 0 ? std::max(edges.front() - 0.5 * margin, 0.0) : 0.5 * edges.front(),
+                    std::min(margin > 0 ? edges.back() + 0.5 * margin : 2 * edges.back(), nyquist), false};
+    const double level = first.achieved.reference_db + first.made.level_db;
+    Panel panel = frequency_panel(first, axis, "gain [dB]");
+    panel.levels = {level};
+    panel.y_lowest = first.achieved.reference_db + 5 * first.made.level_db;
+    panel.y_highest = first.achieved.reference_db - 0.5 * first.made.level_db;
+    for (const Design &design : designs) panel.curves.push_back(gain_curve(design, axis));
+    return panel;
+}
+
+// ---- Poles and zeros -----------------------------------------------------------------------------------------------
+
+using Root = std::complex<double>;
+
+// The roots of c0 z^2 + c1 z + c2; of c0 z + c1 where c2 is not there.
+void add_roots(double c0, double c1, double c2, bool second_order, Curve &curve) {
+    const auto add = [&curve](Root root) {
+        curve.x.push_back(root.real());
+        curve.y.push_back(root.imag());
+    };
+    if (!second_order) {
+        if (c0 != 0) add(-c1 / c0);
+    } else if (c0 != 0) {
+        const Root half = -0.5 * c1 / c0, spread = std::sqrt(half * half - c2 / c0);
+        add(half + spread);
+        add(half - spread);
+    }
+}
+
+Curve unit_circle() {
+    Curve circle{.title = "unit circle"};
+    for (int degree = 0; degree <= 360; ++degree) {
+        circle.x.push_back(std::cos(degree / kDegrees));
+        circle.y.push_back(std::sin(degree / kDegrees));
+    }
+    return circle;
+}
+
+// ---- Over time -----------------------------------------------------------------------------------------------------
+
+constexpr std::size_t kMostSteps = 1'000'000;  // samples of a picture
+
+// Samples that show how the slowest design settles.
+std::size_t samples_to_show(const std::vector<Design> &designs) {
+    double longest = 0;  // s
+    for (const Design &design : designs) longest = std::max(longest, design.achieved.settling.value_or(0));
+    const double both = designs.front().made.passes == 2 ? 2 : 1;
+    return static_cast<std::size_t>(std::min(1.5 * both * longest * designs.front().rate + 10, 1.0 * kMostSteps));
 }
 
 }  // namespace
 
 Figure response_figure(const std::vector<Design> &designs) {
     const Design &first = designs.front();
-    std::vector<double> marks;
-    for (const Level &edge : first.achieved.edges) marks.push_back(edge.frequency);
-    const auto panel = [&](const char *label) {
-        return Panel{.x_label = "frequency [Hz]",
-                     .y_label = label,
-                     .marks = marks,
-                     .logarithmic = true,
-                     .key_below = true,
-                     .x_lowest = lowest_frequency(first),
-                     .x_highest = 0.5 * first.rate};
-    };
-    Figure figure{.title = first.summary, .panels = {panel("gain [dB]")}};
-    if (designs.size() == 1) figure.panels.push_back(panel("phase [degrees]"));
-    for (const Design &design : designs) {
-        const std::string name = family_name(design.made.family);
-        Curve gain{.title = name}, phase{.title = name};
-        add_response(design, gain, phase);
-        figure.panels[0].curves.push_back(gain);
-        if (designs.size() == 1) figure.panels[1].curves.push_back(phase);
+    const Axis axis = axis_of(first);
+    Figure figure{.title = title_of(designs), .panels = {frequency_panel(first, axis, "gain [dB]")}};
+    for (const Design &design : designs) figure.panels[0].curves.push_back(gain_curve(design, axis));
+    if (designs.size() > 1 && !first.achieved.edges.empty()) {
+        figure.panels.push_back(edge_panel(designs));
+    } else if (designs.size() == 1 && first.made.passes == 1) {
+        figure.panels.push_back(frequency_panel(first, axis, "phase [degrees]"));
+        figure.panels[1].curves = {phase_curve(first, axis)};
     }
+    if (figure.panels.size() == 1) figure.panels[0].title = figure.title;
     return figure;
+}
+
+Figure step_figure(const std::vector<Design> &designs) {
+    Panel panel{.title = title_of(designs), .x_label = "time [ms]", .y_label = "response to a step of 1"};
+    const std::size_t samples = samples_to_show(designs), stride = std::max<std::size_t>(1, samples / 4000);
+    for (const Design &design : designs) {
+        const auto response = time_response(design.sections, design.made.passes, Input::Step, samples);
+        if (!response) continue;
+        Curve curve{.title = family_name(design.made.family)};
+        for (std::size_t i = 0; i < response->y.size(); i += stride) {
+            const auto index = response->first + static_cast<std::ptrdiff_t>(i);
+            curve.x.push_back(1e3 * static_cast<double>(index) / design.rate);
+            curve.y.push_back(response->y[i]);
+        }
+        panel.curves.push_back(curve);
+    }
+    return {.panels = {panel}};
+}
+
+Figure root_figure(const Design &design) {
+    Curve zeros{.title = "zeros", .points = true}, poles{.title = "poles", .crosses = true};
+    for (const auto &[b0, b1, b2, a0, a1, a2] : design.sections) {
+        const bool second_order = b2 != 0 || a2 != 0;
+        add_roots(b0, b1, b2, second_order, zeros);
+        add_roots(a0, a1, a2, second_order, poles);
+    }
+    const Panel panel{.title = title_of({design}),
+                      .x_label = "real part",
+                      .y_label = "imaginary part",
+                      .curves = {unit_circle(), poles, zeros},
+                      .square = true};
+    return {.panels = {panel}};
 }
 
 }  // namespace cli

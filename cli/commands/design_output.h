@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/app/design.h"
+#include "cli/app/time_response.h"
 #include "cli/files/output.h"
 #include "cli/plot/figure.h"
 
@@ -26,11 +27,10 @@ void export_c(Output &out, const Design &design);         // a header
 // The response at `points` frequencies from 0 up: Hz, dB, degrees, s (CSV).
 void print_response(Output &out, const Design &design, int points);
 
-// The response to a step or an impulse (CSV).
-enum class Input { Step, Impulse };
+// The response to a step or an impulse: s, value (CSV).
 void print_time_response(Output &out, const Design &design, Input input, int samples);
 
-// Gain over frequency, and the phase of a single design.
+// Gain over frequency; of a single design its phase too, of several the surroundings of the edges.
 Figure response_figure(const std::vector<Design> &designs);
 Figure step_figure(const std::vector<Design> &designs);
 Figure root_figure(const Design &design);  // poles and zeros

@@ -34,4 +34,13 @@ void print_response(Output &out, const Design &design, int points) {
     }
 }
 
+void print_time_response(Output &out, const Design &design, Input input, int samples) {
+    const auto response = time_response(design.sections, design.made.passes, input, static_cast<std::size_t>(samples));
+    if (!response) fail("the filter does not come to rest");
+    out.write("time_s,value\n");
+    for (std::size_t i = 0; i < response->y.size(); ++i)
+        write_row({static_cast<double>(response->first + static_cast<std::ptrdiff_t>(i)) / design.rate, response->y[i]},
+                  out);
+}
+
 }  // namespace cli

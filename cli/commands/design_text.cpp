@@ -22,7 +22,7 @@ class Report {
         first_ = false;
     }
     void entry(std::string_view name, const std::string &value) {
-        out_.write(fmt::format("  {:<22}{}\n", name, value));
+        out_.write(fmt::format("  {:<26}{}\n", name, value));
     }
 
   private:
@@ -150,12 +150,12 @@ void print_text(Output &out, const Design &design, const FamilyOrders &orders) {
 }
 
 void print_families(Output &out, const std::vector<Design> &designs) {
-    out.write(fmt::format("{:<19}{:>15}{:>11}{:>14}{:>14}{:>13}  {}\n", "family", "stop band", "overshoot",
-                          "settled (2 %)", "group delay", "pole radius", "-3 dB at"));
+    out.write(fmt::format("{:<19}{:>5}{:>15}{:>11}{:>14}{:>14}{:>13}  {}\n", "family", "poles", "stop band",
+                          "overshoot", "settled (2 %)", "group delay", "pole radius", "-3 dB at"));
     for (const Design &design : designs) {
         const Achieved &a = design.achieved;
-        out.write(fmt::format("{:<19}{:>15}{:>9.2f} %{:>11.3f} ms{:>11.3f} ms{:>13.6f}  {}\n",
-                              family_name(design.made.family), level(highest(a.stop)),
+        out.write(fmt::format("{:<19}{:>5}{:>15}{:>9.2f} %{:>11.3f} ms{:>11.3f} ms{:>13.6f}  {}\n",
+                              family_name(design.made.family), design.made.poles, level(highest(a.stop)),
                               100 * a.overshoot.value_or(std::nan("")), 1e3 * a.settling.value_or(std::nan("")),
                               1e3 * a.delay, a.pole_radius, joined(a.half_power)));
     }

@@ -11,17 +11,19 @@ namespace cli {
 struct Curve {
     std::string title = {};
     std::vector<double> x = {}, y = {};
-    bool points = false;  // dots instead of a line
+    bool points = false;   // circles instead of a line
+    bool crosses = false;  // crosses instead of a line
 };
 
 struct Panel {
     std::string title = {}, x_label = {}, y_label = {};
     std::vector<Curve> curves = {};
-    std::vector<double> marks = {};  // dashed vertical lines at these x
-    bool logarithmic = false;        // the x axis
-    bool key_below = false;          // the key at the bottom left instead of the top right
-    bool square = false;             // one unit has the same length on both axes
-    std::optional<double> y_lowest = {}, x_lowest = {}, x_highest = {};
+    std::vector<double> marks = {};   // dashed vertical lines at these x
+    std::vector<double> levels = {};  // dashed horizontal lines at these y
+    bool logarithmic = false;         // the x axis
+    bool key_below = false;           // the key at the bottom left instead of the top right
+    bool square = false;              // one unit has the same length on both axes
+    std::optional<double> y_lowest = {}, y_highest = {}, x_lowest = {}, x_highest = {};
 };
 
 inline constexpr std::size_t kMostPanels = 6;  // more would be too small to read

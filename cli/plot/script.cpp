@@ -45,6 +45,11 @@ void append_data(std::string &script, const std::string &name, const Curve &curv
 
 std::string limit(std::optional<double> value) { return value ? coordinate(*value) : "*"; }
 
+const char *style_of(const Curve &curve) {
+    if (curve.crosses) return "points pointtype 2";
+    return curve.points ? "points pointtype 6" : "lines";
+}
+
 void append_panel(std::string &script, const Panel &panel, std::size_t number) {
     auto out = std::back_inserter(script);
     fmt::format_to(out, "set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
@@ -55,18 +60,22 @@ void append_panel(std::string &script, const Panel &panel, std::size_t number) {
                                            : "on above right horizontal");
     fmt::format_to(out, "set {}logscale x\nset size {}\nunset arrow\n", panel.logarithmic ? "" : "no",
                    panel.square ? "ratio -1" : "noratio");
-    fmt::format_to(out, "set xrange [{}:{}] noextend\nset yrange [{}:*]\n", limit(panel.x_lowest),
-                   limit(panel.x_highest), limit(panel.y_lowest));
+    fmt::format_to(out, "set xrange [{}:{}] noextend\nset yrange [{}:{}]\n", limit(panel.x_lowest),
+                   limit(panel.x_highest), limit(panel.y_lowest), limit(panel.y_highest));
     for (const double x : panel.marks)
         fmt::format_to(out, "set arrow from {0}, graph 0 to {0}, graph 1 nohead dashtype 2 linecolor rgb '#666666'\n",
                        coordinate(x));
+    for (const double y : panel.levels)
+        fmt::format_to(
+            out, "set arrow from graph 0, first {0} to graph 1, first {0} nohead dashtype 2 linecolor rgb '#666666'\n",
+            coordinate(y));
     script += "plot ";
     for (std::size_t i = 0; i < panel.curves.size(); ++i) {
         const Curve &curve = panel.curves[i];
         const std::size_t colour = panel.curves.size() == 1 ? 1 : i % kColours.size();
         fmt::format_to(out, "{}$panel{}curve{} with {} linecolor rgb '{}' linewidth 1.5 title {} noenhanced",
-                       i > 0 ? ", \\\n     " : "", number, i, curve.points ? "points pointtype 6" : "lines",
-                       kColours[colour], gnuplot_string(curve.title));
+                       i > 0 ? ", \\\n     " : "", number, i, style_of(curve), kColours[colour],
+                       gnuplot_string(curve.title));
     }
     script += '\n';
 }

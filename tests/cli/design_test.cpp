@@ -79,7 +79,7 @@ TEST_F(Design, clamped_ripple_is_reported_in_every_form) {
     const std::string call =
         "lowpass --leading-sections --cutoff 40Hz --rate 360Hz --family chebyshev --poles 20 --ripple ";
     ASSERT_EQ(run("design " + call + "1dB"), 0);
-    EXPECT_HAS(out, "  ripple                0.1 dB (asked: 1 dB)\n");
+    EXPECT_HAS(out, "  ripple                    0.1 dB (asked: 1 dB)\n");
     EXPECT_EQ(err, "mensura: --ripple 1 is outside the range of chebyshev: its prototype is made with 0.1\n");
     const json clamped = design(call + "1dB"), same = design(call + "0.1dB");
     EXPECT_EQ(clamped["asked"]["ripple_dB"], 1);

@@ -1,0 +1,15 @@
+// A filter as mensura/sos.h takes it.
+#pragma once
+
+#include <array>
+#include <vector>
+
+namespace cli {
+
+using Section = std::array<double, 6>;  // b0 b1 b2 1 a1 a2
+using Sections = std::vector<Section>;
+
+inline const double *data_of(const Sections &sections) { return sections.data()->data(); }
+inline int count_of(const Sections &sections) { return static_cast<int>(sections.size()); }
+
+}  // namespace cli
