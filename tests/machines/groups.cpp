@@ -212,6 +212,62 @@ void iir_response(Results &results) {
     add_all(results, re, im);
 }
 
+// ---- Filters as requested ----
+
+constexpr double kSections[] = {0.1, 0.19, 0.1, 1, -1.25, 0.5, 0.3, 0.1, 0, 1, -0.75, 0, 1, -0.5, 0.25, 1, -0.5, 0.5};
+
+void sos_runs(Results &results) {
+    constexpr int kChannels = 7, kSamples = 300;
+    auto x = noise(kChannels * kSamples, 17);
+    std::array<double, 12 * kChannels> state{};
+    mensura_sos_steady_state(kSections, 3, x[0], state.data());
+    mensura_sos_filter(kSections, 3, state.data(), x.data(), 1, x.data(), 1, 1000);
+    mensura_sos_filter_channels(kSections, 3, state.data(), kChannels, x.data(), kChannels, 1, x.data(), kChannels, 1,
+                                kSamples);
+    for (int ends = MENSURA_SOS_ENDS_NONE; ends <= MENSURA_SOS_ENDS_CONSTANT; ++ends)
+        mensura_sos_filtfilt(kSections, 3, ends, -1, x.data(), 1, x.data(), 1, 500, nullptr);
+    std::array<double, 100> step{}, impulse{};
+    mensura_sos_step_response(kSections, 3, step.data(), 100);
+    mensura_sos_impulse_response(kSections, 3, impulse.data(), 100);
+    double overshoot = 0;
+    ptrdiff_t settling = 0;
+    mensura_sos_step_figures(kSections, 1, 0.01, 1000, &overshoot, &settling);
+    add_all(results, x, state, step, impulse, overshoot, settling, mensura_sos_extension(kSections, 3));
+}
+
+void sos_designs(Results &results) {
+    mensura_sos_request request;
+    mensura_sos_default_request(&request, sizeof request);
+    request.rate = 1;
+    std::array<double, MENSURA_SOS_MAX_SECTIONS * 6> sos{};
+    for (int pass = ptLowPass; pass <= ptAllPass; ++pass)
+        for (int family = pfButterworth; family <= pfElliptic; ++family)
+            for (int poles = 1; poles <= 10; poles += 3) {
+                request.pass_type = pass;
+                request.family = family;
+                request.poles = poles;
+                request.edge[0] = 0.1;
+                request.edge[1] = 0.15;
+                const int n = mensura_sos_design(&request, sos.data(), MENSURA_SOS_MAX_SECTIONS);
+                add_all(results, n, *mensura_sos_message(n) != 0, first(n < 0 ? 0 : 6 * n, sos.data()));
+            }
+    const mensura_sos_requirement band = {sizeof band, ptBandPass, 2, 0, 1, {0.1, 0.15}, {0.08, 0.2}, 1, 60};
+    for (int family = -1; family <= pfElliptic; ++family)
+        add_all(results, mensura_sos_order(&band, family, 0, &request, sizeof request), request.edge, request.level_db);
+}
+
+void sos_measures(Results &results) {
+    auto f = noise(200, 18);
+    for (double &frequency : f) frequency = 0.25 + 0.25 * frequency;
+    std::vector<double> re(f.size()), im(f.size()), delay(f.size()), crossings(10), extremes(2);
+    mensura_sos_response(kSections, 3, 1, f.data(), re.data(), im.data(), 200);
+    mensura_sos_group_delay(kSections, 3, 1, f.data(), delay.data(), 200);
+    add(results, mensura_sos_crossings(kSections, 3, 1, 2, crossings.data(), 10));
+    mensura_sos_extremes(kSections, 3, 1, 0, 0.3, &extremes[0], &extremes[1]);
+    mensura_sos_pole_radius(kSections, 3, &results.emplace_back());
+    add_all(results, re, im, delay, crossings, extremes);
+}
+
 // ---- Spectra ----
 
 void spectral_butterflies(Results &results) {
@@ -413,6 +469,9 @@ constexpr Group kGroups[] = {
     {"iir.designs", kRoots, iir_designs},
     {"iir.prototypes", kRoots, iir_prototypes},
     {"iir.response", kLibm, iir_response},
+    {"sos.runs", kExact, sos_runs},
+    {"sos.designs", kLibm, sos_designs},
+    {"sos.measures", kLibm, sos_measures},
     {"spectral.butterflies", kExact, spectral_butterflies},
     {"spectral.transforms", kLibm, spectral_transforms},
     {"spectral.single_frequencies", kLibm, spectral_single_frequencies},
