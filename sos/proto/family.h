@@ -48,5 +48,9 @@ Real butterworth(const Specification &spec, Prototype &prototype);
 Real chebyshev(const Specification &spec, Prototype &prototype);
 Real inverse_chebyshev(const Specification &spec, Prototype &prototype);
 Real elliptic(const Specification &spec, Prototype &prototype);
+Real bessel(const Specification &spec, Prototype &prototype);
+Real gaussian(const Specification &spec, Prototype &prototype);
+Real adjustable(const Specification &spec, Prototype &prototype);
+Real papoulis(const Specification &spec, Prototype &prototype);
 
 }  // namespace mensura::sos

@@ -19,8 +19,12 @@ Specification of_one_pass(const mensura_sos_request &request, Real level) {
 Real family_edge(int family, const Specification &spec, Prototype &prototype) {
     switch (family) {
         case pfButterworth: return butterworth(spec, prototype);
+        case pfGaussian: return gaussian(spec, prototype);
+        case pfBessel: return bessel(spec, prototype);
+        case pfAdjustable: return adjustable(spec, prototype);
         case pfChebyshev: return chebyshev(spec, prototype);
         case pfInverseChebyshev: return inverse_chebyshev(spec, prototype);
+        case pfPapoulis: return papoulis(spec, prototype);
         case pfElliptic: return elliptic(spec, prototype);
         default: return 0;
     }
