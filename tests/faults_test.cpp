@@ -70,6 +70,13 @@ TEST(Memory, without_it_data_stay_as_they_were) {
                                   [](auto x, auto, int m) { dataZeroPhaseFilter(x, m, 0.01, 0.5, 0); });
     }
     testing::internal::GetCapturedStdout();
+    expect_whole_or_untouched("mensura_sos_filtfilt", 500, 1, [](auto x, auto, int m) {
+        constexpr double kSections[] = {0.1, 0.2, 0.1, 1, -1.2, 0.5};
+        const int left = granted;
+        const int code = mensura_sos_filtfilt(kSections, 1, MENSURA_SOS_ENDS_ODD, -1, x, 1, x, 1, m, nullptr);
+        granted = INT_MAX;
+        EXPECT_EQ(code, left > 0 ? 0 : MENSURA_SOS_MEMORY);
+    });
 }
 
 // Both of two matrices are made, or neither.
