@@ -2,6 +2,7 @@
 
 #include "prototype.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "family.h"
@@ -30,6 +31,12 @@ Real family_edge(int family, const Specification &spec, Prototype &prototype) {
     }
 }
 
+// False for NaN as well, and where a transition is so narrow that rounding has moved a pole.
+bool is_stable(const Prototype &prototype) {
+    const auto end = prototype.poles.begin() + static_cast<std::ptrdiff_t>(prototype.pole_count);
+    return std::all_of(prototype.poles.begin(), end, [](Complex pole) { return pole.re < 0; });
+}
+
 void move_edge_to_one(Prototype &prototype, Real edge) {
     const Real scale = 1 / edge;
     for (std::size_t i = 0; i < prototype.pole_count; ++i) prototype.poles[i] = scale * prototype.poles[i];
@@ -41,7 +48,7 @@ void move_edge_to_one(Prototype &prototype, Real edge) {
 bool make_prototype(const mensura_sos_request &request, Real level, Prototype &prototype) {
     prototype = {};
     const Real edge = family_edge(request.family, of_one_pass(request, level), prototype);
-    if (!std::isfinite(edge) || edge <= 0) return false;
+    if (!std::isfinite(edge) || edge <= 0 || !is_stable(prototype)) return false;
     move_edge_to_one(prototype, edge);
     return true;
 }
