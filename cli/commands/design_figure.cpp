@@ -16,7 +16,7 @@ namespace cli {
 namespace {
 
 constexpr double kDegrees = 180 / std::numbers::pi;  // in a radian
-constexpr double kDepth = 100;                       // dB: what lies deeper is drawn there
+constexpr double kDepth = 100;                       // dB: what lies deeper is not shown
 constexpr int kPoints = 1000;                        // of a curve
 
 // "lowpass, butterworth, 6 poles, -3 dB at 40 Hz"; of several families without the one and, where they differ, the
@@ -51,13 +51,13 @@ struct Axis {
     }
 };
 
-// From a hundredth of the edge up to Nyquist; around narrow bands four widths to either side.
+// From a hundredth of the edge up to Nyquist; band types a decade to either side, narrow ones four widths.
 Axis axis_of(const Design &design) {
     const double nyquist = 0.5 * design.rate;
     const std::vector<double> edges = edges_of(design);
     if (edges.size() < 2) return {0.01 * design.made.edge[0], nyquist, true};
     const double width = edges[1] - edges[0], centre = 0.5 * (edges[0] + edges[1]);
-    if (4 * width > centre) return {0.01 * edges[0], nyquist, true};
+    if (4 * width > centre) return {0.1 * edges[0], std::min(10 * edges[1], nyquist), true};
     return {centre - 4 * width, std::min(centre + 4 * width, nyquist), false};
 }
 
@@ -67,13 +67,14 @@ std::complex<double> response_at(const Design &design, double frequency) {
     return {re, im};
 }
 
-Curve gain_curve(const Design &design, const Axis &axis) {
-    Curve curve{.title = family_name(design.made.family)};
+Curve gain_curve(const Design &design, const Axis &axis, const std::string &title) {
+    constexpr double kZero = 1e-20;  // the picture ends above it
+    Curve curve{.title = title};
     for (int i = 0; i <= kPoints; ++i) {
-        const double level = design.made.passes * 20 * std::log10(std::abs(response_at(design, axis.at(i))));
-        const double shown = std::max(level, design.made.gain_db - kDepth);
+        const double magnitude = std::max(std::abs(response_at(design, axis.at(i))), kZero);
+        const double level = design.made.passes * 20 * std::log10(magnitude);
         curve.x.push_back(axis.at(i));
-        curve.y.push_back(std::round(1e9 * shown) / 1e9);  // so that an all-pass does not show its rounding errors
+        curve.y.push_back(std::round(1e9 * level) / 1e9);  // so that an all-pass does not show its rounding errors
     }
     return curve;
 }
@@ -103,19 +104,30 @@ Panel frequency_panel(const Design &design, const Axis &axis, const char *label)
             .x_highest = axis.to};
 }
 
-// An octave around the edges, and some decibels around their level.
+// Down to 100 dB below the requested gain.
+Panel gain_panel(const std::vector<Design> &designs, const Axis &axis) {
+    Panel panel = frequency_panel(designs.front(), axis, "gain [dB]");
+    const double floor = designs.front().made.gain_db - kDepth;
+    for (const Design &design : designs) {
+        panel.curves.push_back(gain_curve(design, axis, family_name(design.made.family)));
+        const auto [lowest, highest] = std::ranges::minmax(panel.curves.back().y);
+        if (lowest < floor && highest > floor) panel.y_lowest = floor;
+    }
+    return panel;
+}
+
+// The surroundings of the edges and of their level; the colours are those of the panel above.
 Panel edge_panel(const std::vector<Design> &designs) {
     const Design &first = designs.front();
     const std::vector<double> edges = edges_of(first);
-    const double nyquist = 0.5 * first.rate, margin = edges.back() > edges.front() ? edges.back() - edges.front() : 0;
-    const Axis axis{margin > 0 ? std::max(edges.front() - 0.5 * margin, 0.0) : 0.5 * edges.front(),
-                    std::min(margin > 0 ? edges.back() + 0.5 * margin : 2 * edges.back(), nyquist), false};
-    const double level = first.achieved.reference_db + first.made.level_db;
+    const double lower = edges.front(), upper = edges.back(), nyquist = 0.5 * first.rate;
+    const double margin = edges.size() == 1 ? lower : upper - lower;
+    const Axis axis{std::max(lower - margin, 0.0), std::min(upper + margin, nyquist), false};
     Panel panel = frequency_panel(first, axis, "gain [dB]");
-    panel.levels = {level};
+    panel.levels = {first.achieved.reference_db + first.made.level_db};
     panel.y_lowest = first.achieved.reference_db + 5 * first.made.level_db;
     panel.y_highest = first.achieved.reference_db - 0.5 * first.made.level_db;
-    for (const Design &design : designs) panel.curves.push_back(gain_curve(design, axis));
+    for (const Design &design : designs) panel.curves.push_back(gain_curve(design, axis, ""));
     return panel;
 }
 
@@ -164,13 +176,13 @@ std::size_t samples_to_show(const std::vector<Design> &designs) {
 Figure response_figure(const std::vector<Design> &designs) {
     const Design &first = designs.front();
     const Axis axis = axis_of(first);
-    Figure figure{.title = title_of(designs), .panels = {frequency_panel(first, axis, "gain [dB]")}};
-    for (const Design &design : designs) figure.panels[0].curves.push_back(gain_curve(design, axis));
+    Figure figure{.title = title_of(designs), .panels = {gain_panel(designs, axis)}};
     if (designs.size() > 1 && !first.achieved.edges.empty()) {
         figure.panels.push_back(edge_panel(designs));
     } else if (designs.size() == 1 && first.made.passes == 1) {
         figure.panels.push_back(frequency_panel(first, axis, "phase [degrees]"));
         figure.panels[1].curves = {phase_curve(first, axis)};
+        figure.panels[1].y_step = 90;
     }
     if (figure.panels.size() == 1) figure.panels[0].title = figure.title;
     return figure;
@@ -194,6 +206,7 @@ Figure step_figure(const std::vector<Design> &designs) {
 }
 
 Figure root_figure(const Design &design) {
+    constexpr double kFrame = 1.2;
     Curve zeros{.title = "zeros", .points = true}, poles{.title = "poles", .crosses = true};
     for (const auto &[b0, b1, b2, a0, a1, a2] : design.sections) {
         const bool second_order = b2 != 0 || a2 != 0;
@@ -204,7 +217,11 @@ Figure root_figure(const Design &design) {
                       .x_label = "real part",
                       .y_label = "imaginary part",
                       .curves = {unit_circle(), poles, zeros},
-                      .square = true};
+                      .square = true,
+                      .y_lowest = -kFrame,
+                      .y_highest = kFrame,
+                      .x_lowest = -kFrame,
+                      .x_highest = kFrame};
     return {.panels = {panel}};
 }
 

@@ -49,7 +49,7 @@ void print_asked(Report &report, const Design &design) {
     if (r.from) report.entry("from", hertz(*r.from));
     if (r.to) report.entry("to", hertz(*r.to));
     if (!r.by_requirement() && !design.leading && r.pass_type != ptAllPass)
-        report.entry(band ? "level at the edges" : "level there", level(design.made.level_db));
+        report.entry(band ? "level at the edges" : "level at the cut-off", level(design.made.level_db));
     for (const Corner &c : r.pass)
         report.entry("pass", fmt::format("{}, loss at most {} dB", hertz(c.frequency), c.loss));
     for (const Corner &c : r.stop)
@@ -109,6 +109,8 @@ std::string duration(double seconds, double rate) {
     return fmt::format("{:.6g} ms, {:.6g} samples", 1e3 * seconds, seconds * rate);
 }
 
+constexpr const char *kUnsettled = "not measured: it does not settle, or too slowly";
+
 void print_achieved(Report &report, const Design &design) {
     const Achieved &a = design.achieved;
     const char *const where = place(design.request.pass_type);
@@ -121,8 +123,8 @@ void print_achieved(Report &report, const Design &design) {
     report.entry("-3 dB at", joined(a.half_power));
     for (const Band &band : a.pass) print_band(report, "pass band", band);
     for (const Band &band : a.stop) print_band(report, "stop band", band);
-    report.entry("step overshoot", a.overshoot ? fmt::format("{:.2f} %", 100 * *a.overshoot) : "not defined");
-    report.entry("step settled (2 %)", a.settling ? duration(*a.settling, design.rate) : "not defined");
+    report.entry("step overshoot", a.overshoot ? fmt::format("{:.2f} %", 100 * *a.overshoot) : kUnsettled);
+    report.entry("step settled (2 %)", a.settling ? duration(*a.settling, design.rate) : kUnsettled);
     report.entry(fmt::format("group delay {}", where), duration(a.delay, design.rate));
 }
 

@@ -24,6 +24,7 @@ struct Panel {
     bool key_below = false;           // the key at the bottom left instead of the top right
     bool square = false;              // one unit has the same length on both axes
     std::optional<double> y_lowest = {}, y_highest = {}, x_lowest = {}, x_highest = {};
+    std::optional<double> y_step = {};  // between two labels
 };
 
 inline constexpr std::size_t kMostPanels = 6;  // more would be too small to read

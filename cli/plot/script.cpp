@@ -62,6 +62,7 @@ void append_panel(std::string &script, const Panel &panel, std::size_t number) {
                    panel.square ? "ratio -1" : "noratio");
     fmt::format_to(out, "set xrange [{}:{}] noextend\nset yrange [{}:{}]\n", limit(panel.x_lowest),
                    limit(panel.x_highest), limit(panel.y_lowest), limit(panel.y_highest));
+    fmt::format_to(out, "set ytics {}\n", panel.y_step ? coordinate(*panel.y_step) : "autofreq");
     for (const double x : panel.marks)
         fmt::format_to(out, "set arrow from {0}, graph 0 to {0}, graph 1 nohead dashtype 2 linecolor rgb '#666666'\n",
                        coordinate(x));

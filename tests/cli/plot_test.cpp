@@ -9,7 +9,9 @@ const std::string kCurves =
 TEST_F(CommandLine, pictures_hold_every_curve) {
     write("x.csv", "a<b & 'c',note,\xB5V,none\n1,x,4,\n2,y,3,NaN\n0,z,1,\n");  // in Latin-1, with columns to leave out
     for (const auto &[call, curves] :
-         {std::pair{"design bandpass --leading-sections --cutoff 40 --rate 360 --plot=x.svg", 2},
+         {std::pair{"design bandpass --from 20 --to 40 --rate 360 --plot=x.svg", 2},
+          {"design lowpass --cutoff 40 --rate 360 --all-families --plot=x.svg", 16},
+          {"design lowpass --cutoff 40 --rate 360 --all-families --show step --plot=x.svg", 8},
           {"design lowpass --leading-sections --cutoff 40 --rate 360 --poles 60 --plot=x.svg", 1},
           {"filter lowpass --cutoff 40 --rate 360 x.csv --plot x.svg", 4}}) {
         EXPECT_EQ(run(call), 0) << err;
@@ -17,6 +19,8 @@ TEST_F(CommandLine, pictures_hold_every_curve) {
         EXPECT_EQ(shell("xmllint --noout x.svg && " + kCurves + "x.svg"), 0) << err;
         EXPECT_GE(std::strtol(out.c_str(), nullptr, 10), curves) << call;
     }
+    EXPECT_EQ(run("design lowpass --cutoff 40 --rate 360 --show poles --plot-script"), 0) << err;
+    EXPECT_HAS(out, "points pointtype 2");
     EXPECT_EQ(run(kLowpass + "x.csv --column=1 -o y.csv --plot=x.png"), 0) << err;
     EXPECT_TRUE(read("x.png").starts_with("\x89PNG\r\n\x1A\n"));
     EXPECT_EQ(run(kLowpass + "x.csv --column=1 --plot=x.PDF"), 0) << err;
