@@ -217,6 +217,21 @@ def load(path):
     return declare(library, CALLS)
 
 
+class Refused(ValueError):
+    """A call of mensura/sos.h that returned a negative code."""
+
+    def __init__(self, code, message):
+        super().__init__(message)
+        self.code = code
+
+
+def checked(library, result):
+    """The result of a call of mensura/sos.h."""
+    if result < 0:
+        raise Refused(result, library.mensura_sos_message(result).decode())
+    return result
+
+
 def measuring(library):
     """The C++ of docs/measure, which the build puts beside the library."""
     return ctypes.CDLL(str(pathlib.Path(library._name).resolve().parent / "libmensura_pages.so"))

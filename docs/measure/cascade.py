@@ -7,7 +7,7 @@ import ctypes
 import math
 from typing import NamedTuple
 
-from binding import Double, IIRDesignSpec, Int, Pointer, ProtoSpec, declare, doubles, measuring, sections_of
+from binding import Double, IIRDesignSpec, Int, Pointer, ProtoSpec, checked, declare, doubles, measuring, sections_of
 
 LOW_PASS, HIGH_PASS, BAND_PASS, NOTCH, ALL_PASS = range(5)
 BUTTERWORTH, GAUSSIAN, BESSEL, ADJUSTABLE, CHEBYSHEV, INVERSE_CHEBYSHEV, PAPOULIS, ELLIPTIC = range(8)
@@ -27,18 +27,14 @@ def decibels(magnitude):
 
 
 class Cascade:
-    """Second-order sections; made by Designer, or from the coefficients of a record."""
+    """Second-order sections, a row of six numbers after the other; made by Designer and by Requests."""
 
-    def __init__(self, library, coeffs):
-        self._library, self.coeffs = library, coeffs
-        rows = sections_of(coeffs)
-        self._sos = doubles([number for row in rows for number in row]), len(rows)
+    def __init__(self, library, rows, coeffs=None):
+        self._library, self.rows, self.coeffs = library, rows, coeffs
+        self.count = len(rows) // 6
 
     def _call(self, name, *arguments):
-        result = getattr(self._library, name)(*self._sos, *arguments)
-        if result < 0:
-            raise ValueError(self._library.mensura_sos_message(result).decode())
-        return result
+        return checked(self._library, getattr(self._library, name)(self.rows, self.count, *arguments))
 
     def magnitudes(self, frequencies, rate=2.0):
         n = len(frequencies)
@@ -65,17 +61,23 @@ class Cascade:
         """Frequencies from 0 to rate / 2, close together."""
         return doubles([0.5 * rate * i / 8000 for i in range(8001)])
 
+    def extremes(self, start, end, rate=2.0):
+        """The lowest and the highest gain in dB from one frequency to another."""
+        lowest, highest = Double(), Double()
+        self._call("mensura_sos_extremes", rate, start, end, lowest, highest)
+        return lowest.value, highest.value
+
     def highest(self, start, end, rate=2.0):
-        """The highest gain in dB from one frequency to another."""
-        highest = Double()
-        self._call("mensura_sos_extremes", rate, start, end, None, highest)
-        return highest.value
+        return self.extremes(start, end, rate)[1]
+
+    def crossings(self, level, rate=2.0):
+        """The frequencies at which the gain passes a level in dB."""
+        found = doubles(100)
+        return list(found[: self._call("mensura_sos_crossings", rate, level, found, len(found))])
 
     def band(self, frequency, rate=2.0, threshold=HALF_POWER):
         """Where the magnitude passes the threshold below and above a frequency; 0 and rate / 2 where it does not."""
-        found = doubles(100)
-        count = self._call("mensura_sos_crossings", rate, decibels(threshold), found, len(found))
-        crossings = found[:count]
+        crossings = self.crossings(decibels(threshold), rate)
         low = max((f for f in crossings if f <= frequency), default=0.0)
         return low, min((f for f in crossings if f > frequency), default=rate / 2)
 
@@ -106,7 +108,7 @@ class Designer:
             code += 1
 
     def measured(self, coeffs):
-        return Cascade(self._library, coeffs)
+        return Cascade(self._library, doubles([number for row in sections_of(coeffs) for number in row]), coeffs)
 
     def design(self, kind=LOW_PASS, cutoff=0.2, family=BUTTERWORTH, poles=6, bandwidth=0.1, gain=0.0, ripple=0.1,
                stop=60.0, gamma=0.0):

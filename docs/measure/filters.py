@@ -1,117 +1,166 @@
-"""docs/filters.md: from a requirement to a filter, by the example of 40 Hz at 360 samples a second."""
+"""docs/filters.md: what the filters of the layer do, each as its page asks for it."""
 
+import itertools
 import math
-import statistics
 
-from binding import doubles
-from cascade import BAND_PASS, BUTTERWORTH, HALF_POWER, INVERSE_CHEBYSHEV, LOW_PASS, NOTCH, Designer
-from figures import fixed, require
+from binding import Refused
+from cascade import (ALL_PASS, BAND_PASS, BESSEL, BUTTERWORTH, ELLIPTIC, GAUSSIAN, LOW_PASS, NOTCH, Designer)
+from figures import below, fixed, require, scientific
+from requested import ENDS_CONSTANT, ENDS_EVEN, ENDS_NONE, ENDS_ODD, HALF_POWER_DB, Requests
 
-RATE, CUTOFF, BEYOND, STOP = 360.0, 40.0, 60.0, 80.0  # Hz
-HALF_POWER_BOTH_WAYS = math.sqrt(HALF_POWER)  # each way takes half of the 3 dB
-SETTLED = 1000  # samples after which a step response no longer changes
+RATE, EDGE, BEYOND, STOP = 360.0, 40.0, 60.0, 80.0  # Hz
+KNEE_RATE, KNEE_EDGE = 200.0, 6.0  # Hz
+CENTRE = 1  # mensura_sos_band
+PRECISION = -19  # mensura_sos_code
+LOW_EDGES, LOW_ORDERS = (1e-4, 1e-5, 1e-6, 1e-7, 1e-8), (1, 2, 4, 6, 8, 12)
+NARROW_RATES, NARROW_WIDTHS, NARROW_POLES = (1000, 8000, 48000, 192000), (10.0, 1.0, 0.1, 0.01), (1, 2, 3, 4, 6)
+FLAT = 1e-9  # dB
+LEAST_ERROR = 1e-7  # dB; smaller ones are not shown
+CODES = ("NULL SIZE TYPE FAMILY POLES PASSES RATE FREQUENCY EDGES LEVEL RIPPLE STOP_BAND GAMMA GAIN CAPACITY COUNT "
+         "SECTION UNREACHABLE PRECISION STEADY_STATE ENDS MEMORY UNSTABLE UNSETTLED").split()
 
 
 class Examples:
     def __init__(self, library):
-        self._library, self._designer = library, Designer(library)
-        self.families = self._designer.families
+        self._library, self._requests = library, Requests(library)
+        self.families = Designer(library).families
+        self.design, self.order = self._requests.design, self._requests.order
 
-    def low_pass(self, cutoff, family=BUTTERWORTH):
-        """6 poles, all else as initTIIRFilter sets it; the cut-off in Hz."""
-        return self._designer.design(LOW_PASS, 2 * cutoff / RATE, family)
+    def low_pass(self, family=BUTTERWORTH, poles=6, **settings):
+        return self.design(LOW_PASS, EDGE, rate=RATE, family=family, poles=poles, **settings)
 
-    def edge(self, design, threshold=HALF_POWER):
-        return design.half_power(0, RATE / 2, RATE, threshold)
+    def notch(self, centre, width, poles=2, rate=RATE):
+        return self.design(NOTCH, centre, width, rate=rate, poles=poles, band=CENTRE)
 
-    def request_for(self, wanted, family=BUTTERWORTH, threshold=HALF_POWER):
-        """The cut-off to request for a wanted -3 dB point."""
-        measured = self.edge(self.low_pass(wanted, family), threshold)
-        warped = [math.tan(math.pi * f / RATE) for f in (wanted, measured)]
-        return RATE / math.pi * math.atan(warped[0] ** 2 / warped[1])
+    # ---- Order ----
 
-    def overshoot(self, design):
-        """The overshoot of the step response from rest, as a fraction of the step."""
-        step, out = doubles([1.0] * SETTLED), doubles(SETTLED)
-        self._library.FilterWithIIR(step, out, SETTLED, design.coeffs)
-        return max(out) / out[-1] - 1
+    def orders(self):
+        """A row a family: the poles that three requirements take."""
+        wishes = ((LOW_PASS, EDGE, BEYOND, 1), (LOW_PASS, EDGE, BEYOND, 2), (BAND_PASS, (8.0, 12.0), (6.0, 16.0), 1))
+        for family in self.families:
+            yield [family.name, *(self._least(family.code, *wish) for wish in wishes)]
+
+    def _least(self, family, kind, passed, stopped, passes):
+        try:
+            request = self.order(kind, passed, stopped, 1.0, 60.0, RATE, family, passes)
+        except Refused:
+            return "none"
+        made = self._requests.made(request)
+        edge, first = (passed, stopped) if kind == BAND_PASS else ((0.0, passed), (None, stopped))
+        lowest, largest = made.extremes(*edge)
+        highest = max(made.highest(first[1]), made.highest(0.0, first[0]) if first[0] else -math.inf)
+        require(passes * (lowest - largest) > -1 - 1e-6 and passes * (highest - largest) < -60 + 1e-6, f"family {family} meets the requirement")
+        return request.poles
+
+    # ---- Both ways ----
+
+    def both_ways(self):
+        return self.design(LOW_PASS, KNEE_EDGE, rate=KNEE_RATE, poles=2, passes=2)
+
+    def ends(self):
+        """A row a kind of ends: the error of the first or last sample, the larger one, as a fraction of the amplitude."""
+        n, filter = 1000, self.both_ways()
+        turn = 2 * math.pi / KNEE_RATE
+        signals = ([2 * i / (n - 1) - 1 for i in range(n)],
+                   [math.sin(turn * i) for i in range(n)], [math.cos(turn * i) for i in range(n)], [1.0] * n)
+        kept = 10 ** (2 * filter.gain(1.0) / 20)  # of the amplitude of a sine of 1 Hz
+        for name, ends in (("odd", ENDS_ODD), ("even", ENDS_EVEN), ("constant", ENDS_CONSTANT), ("none", ENDS_NONE)):
+            errors = []
+            for x, factor in zip(signals, (1, kept, kept, 1)):
+                y = filter.both_ways(x, ends)
+                errors.append(max(abs(y[i] - factor * x[i]) for i in (0, n - 1)))
+            yield [name, *(fixed(error, 4) if error > 1e-9 else "0" for error in errors)]
+
+    # ---- Families ----
 
     def comparison(self):
         for family in self.families:
-            asked = self.low_pass(CUTOFF, family.code)
-            request = self.request_for(CUTOFF, family.code)
-            corrected = self.low_pass(request, family.code)
-            yield [family.name, fixed(asked.gain(CUTOFF, RATE), 1), fixed(self.edge(asked), 1),
-                   fixed(self.edge(asked, HALF_POWER_BOTH_WAYS), 1), fixed(request, 1),
-                   f"{fixed(corrected.gain(BEYOND, RATE), 1)} dB", f"{fixed(corrected.highest(STOP, RATE / 2, RATE), 1)} dB",
-                   f"{fixed(1000 * corrected.delay(0, RATE) / RATE, 1)} ms", f"{fixed(100 * self.overshoot(corrected), 1)} %"]
+            made = self.low_pass(family.code)
+            require(abs(made.loss(EDGE) - HALF_POWER_DB) < 1e-6, f"{family.name}: -3 dB at the edge")
+            overshoot, settling = made.step()
+            delays = [made.delay(EDGE * i / 1000) for i in range(1001)]
+            yield [family.name, f"{fixed(made.gain(BEYOND), 1)} dB", f"{fixed(made.highest(STOP), 1)} dB",
+                   f"{fixed(1000 * delays[0], 1)} ms", f"{fixed(1000 * max(delays), 1)} ms",
+                   f"{fixed(100 * overshoot, 1)} %", f"{fixed(1000 * settling)} ms"]
 
-    def band(self, poles, centre=50.0, width=4.0, rate=RATE, kind=BAND_PASS):
-        return self._designer.design(kind, 2 * centre / rate, BUTTERWORTH, poles, 2 * width / rate)
+    # ---- Single figures ----
 
-    def band_widths(self, rates, widths, centre=50.0):
-        """A row for each width in Hz: the -3 dB width in Hz by sampling rate."""
-        for width in widths:
-            found = [{fixed(self.band(poles, centre, width, rate, kind).width(centre, rate), 2)
-                      for poles in (1, 2, 3) for kind in (BAND_PASS, NOTCH)} for rate in rates]
-            if any(len(texts) > 1 for texts in found):
-                raise ValueError(f"band types of order 1 to 3 differ in width: {found}")
-            yield [f"{width:g} Hz", *(f"{text} Hz" for texts in found for text in texts)]
+    def depth(self, filter, centre, around):
+        return filter.highest(centre - around, centre + around)
 
-    # ---- Requests at the edge ----
+    def until_gone(self, notch):
+        """Seconds until less than a hundredth of a hum of 60 Hz is left that begins at rest."""
+        y = notch.run([math.sin(2 * math.pi * 60 * i / RATE) for i in range(10 * int(RATE))])
+        return max(i for i, value in enumerate(y) if abs(value) > 0.01) / RATE
 
-    def radius(self, cutoff):
-        return self._designer.design(LOW_PASS, cutoff).pole_radius()
+    def overshoots(self):
+        for family in (f for f in self.families if f.code in (GAUSSIAN, BESSEL, BUTTERWORTH)):
+            low, high = (self.design(LOW_PASS, edge, rate=RATE, family=family.code, poles=4) for edge in (10.0, EDGE))
+            yield [family.name, *(f"{fixed(100 * made.step()[0], 1)} %" for made in (low, high)), f"{fixed(high.gain(STOP), 1)} dB"]
 
-    def error_at_dc(self, cutoff):
-        """Typical error of the gain of the default low-pass, which should be 1; cut-offs near a fraction of fs."""
-        designs = (self._designer.design(LOW_PASS, 2 * f) for f in around(cutoff))
-        return statistics.median(abs(c.magnitudes([0.0])[0] - 1) for c in designs)
+    def all_pass(self):
+        made, low = (self.design(kind, 10.0, rate=RATE, family=BESSEL, poles=2) for kind in (ALL_PASS, LOW_PASS))
+        require(max(map(abs, made.extremes(0.0, RATE / 2))) < FLAT, "an all-pass is flat")
+        require(all(abs(made.delay(f) - 2 * low.delay(f)) < 1e-9 for f in (0.0, 10.0, 100.0)), "its delay is twice the low-pass's")
+        return made
 
-    def error_at_centre(self, centre):
-        """Typical error of the gain, which should be 1, of band-passes of 6 poles; centres near a fraction of Nyquist."""
-        return statistics.median(abs(c.magnitudes([f])[0] - 1) for f, c in self._narrow(centre))
+    def decimation(self):
+        request = self.order(LOW_PASS, 100.0, 125.0, 0.1, 80.0, 1000.0)
+        made = self._requests.made(request)
+        name = next(family.name for family in self.families if family.code == request.family)
+        return {"name": f"the {name.lower()} family", "poles": request.poles,
+                "kept": made.extremes(0.0, 100.0)[0] - made.highest(0.0, 100.0), "left": made.highest(125.0)}
 
-    def unstable(self, centre):
-        return any(c.pole_radius() > 1 for _, c in self._narrow(centre))
+    # ---- Limits ----
 
-    def _narrow(self, centre):
-        return ((f, self._designer.design(BAND_PASS, f, bandwidth=f / 5)) for f in around(centre))
+    def low_edges(self):
+        for edge in LOW_EDGES:
+            yield [scientific(edge), *(self._error_at(edge, poles) for poles in LOW_ORDERS)]
 
-    def inverse_chebyshev_stop(self, poles):
-        return self._designer.design(LOW_PASS, 0.2, INVERSE_CHEBYSHEV, poles).highest(0.4, 1.0)
+    def _error_at(self, edge, poles):
+        try:
+            made = self.design(LOW_PASS, edge, rate=2.0, poles=poles)
+        except Refused as refused:
+            require(refused.code == PRECISION, f"{poles} poles at {edge}: {refused}")
+            return "refused"
+        require(made.pole_radius() < 1, f"{poles} poles at {edge} are stable")
+        error = abs(made.gain(edge) - HALF_POWER_DB)
+        return below(error) if error > LEAST_ERROR else f"below {scientific(LEAST_ERROR)}"
 
+    def narrow(self):
+        """Bands around 50 Hz: the largest error of the distance between the half-power points in Hz, as a fraction of the
+        distance requested; the highest gain in dB at the centre of the notches; the largest error of that of the others."""
+        widths, depths, gains = [], [], []
+        for kind, rate, width, poles in itertools.product((NOTCH, BAND_PASS), NARROW_RATES, NARROW_WIDTHS, NARROW_POLES):
+            made = self.design(kind, 50.0, width, rate=float(rate), poles=poles, band=CENTRE)
+            low, high = made.crossings()
+            widths.append(abs((high - low) / width - 1))
+            (depths if kind == NOTCH else gains).append(made.gain(50.0))
+        return {"width": max(widths), "depth": max(depths), "gain": max(map(abs, gains))}
 
-def around(frequency):
-    """Frequencies within 5 %: where rounding decides, one design says little."""
-    return (frequency * (0.95 + i / 10000) for i in range(1001))
-
-
-def require_words(designer):
-    """Checks what the table of requests says without a number."""
-    everywhere = (0.1, 0.5, 0.9)
-    gains = lambda **request: designer.design(**request).magnitudes(everywhere)
-    require(math.isnan(designer.design(cutoff=0.0).magnitudes([0.0])[0]), "cut-off 0: NaN at DC")
-    require(all(abs(g - 1) < 1e-9 for g in gains(cutoff=1.0)), "cut-off of Nyquist: passes everything")
-    require(all(map(math.isnan, gains(kind=BAND_PASS, bandwidth=0.0))), "bandwidth 0: NaN")
-    require(not any(gains(kind=9)) and not any(gains(family=9)), "unknown type or family: zeros")
+    def codes(self):
+        for i, name in enumerate(CODES):
+            yield [f"`MENSURA_SOS_{name}`", -1 - i, self._library.mensura_sos_message(-1 - i).decode()]
 
 
 def names(library):
-    require_words(Designer(library))
     m = Examples(library)
-    both_ways = m.request_for(CUTOFF, threshold=HALF_POWER_BOTH_WAYS)
-    high = m.request_for(120.0)
-    band = m.band(1)
-    below, above = band.half_power(50.0, 0.0, RATE), band.half_power(50.0, RATE / 2, RATE)
+    elliptic = m.low_pass(ELLIPTIC, ripple_db=0.5)
+    extension = library.mensura_sos_extension(m.both_ways().rows, 1)
     return {
         "m": m,
-        "rates": (200, 360, 1000, 48000),
-        "measured": m.edge(m.low_pass(CUTOFF)),
-        "request": m.request_for(CUTOFF),
-        "high_request": high,
-        "high_reached": m.edge(m.low_pass(high)),
-        "both_ways_request": both_ways,
-        "both_ways_stop": 2 * m.low_pass(both_ways).gain(STOP, RATE),
-        "band_edges": (below, above),
+        "low_pass": m.low_pass(),
+        "level": m.low_pass(level_db=-0.1),
+        "both_ways": m.both_ways(),
+        "extension": extension,
+        "band": m.design(BAND_PASS, 0.5, 40.0, rate=RATE, poles=2),
+        "notch": m.notch(60.0, 4.0),
+        "narrow_notch": m.notch(60.0, 1.0),
+        "elliptic": elliptic,
+        "stop_begins": elliptic.crossings(elliptic.highest(0.0) - 60.0 + 1e-6)[0],
+        "all_pass": m.all_pass(), "flat": FLAT,
+        "decimation": m.decimation(),
+        "low_orders": LOW_ORDERS,
+        "narrow": m.narrow(),
+        "narrow_rates": NARROW_RATES, "narrow_widths": NARROW_WIDTHS, "narrow_poles": NARROW_POLES,
     }

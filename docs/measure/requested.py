@@ -6,8 +6,8 @@ Frequencies are in Hz, as the rate is; levels in dB, delays in seconds.
 import math
 from ctypes import sizeof
 
-from binding import Double, Size, SosRequest, SosRequirement, doubles
-from cascade import BUTTERWORTH, LOW_PASS
+from binding import Double, Size, SosRequest, SosRequirement, checked, doubles
+from cascade import BUTTERWORTH, LOW_PASS, Cascade
 
 MAX_SECTIONS = 20
 HALF_POWER_DB = -10 * math.log10(2)
@@ -15,55 +15,32 @@ ENDS_NONE, ENDS_ODD, ENDS_EVEN, ENDS_CONSTANT = range(4)
 SETTLING_SAMPLES = 100_000_000  # a step response runs at most so long
 
 
-class Refused(Exception):
-    """A call that returned a negative code."""
-
-    def __init__(self, code, message):
-        super().__init__(message)
-        self.code = code
-
-
-class Filter:
-    """Sections, made by Requests."""
+class Filter(Cascade):
+    """A filter at its rate; made by Requests."""
 
     def __init__(self, library, rows, rate, request=None):
-        self._library, self.rows, self.rate, self.request = library, rows, rate, request
-        self.count = len(rows) // 6
-        self._sos = rows, self.count
-
-    def _call(self, name, *arguments):
-        return checked(self._library, getattr(self._library, name)(*self._sos, *arguments))
+        super().__init__(library, rows)
+        self.rate, self.request = rate, request
 
     def gain(self, frequency):
         """The gain in dB, of one pass."""
-        re, im = doubles(1), doubles(1)
-        self._call("mensura_sos_response", self.rate, doubles([frequency]), re, im, 1)
-        magnitude = math.hypot(re[0], im[0])
-        return 20 * math.log10(magnitude) if magnitude else -math.inf
+        return super().gain(frequency, self.rate)
+
+    def loss(self, frequency):
+        """The gain in dB relative to the largest one."""
+        return self.gain(frequency) - self.highest(0.0)
 
     def delay(self, frequency=0.0):
-        """The group delay in seconds."""
-        out = doubles(1)
-        self._call("mensura_sos_group_delay", self.rate, doubles([frequency]), out, 1)
-        return out[0] / self.rate
+        return super().delay(frequency, self.rate) / self.rate
 
     def crossings(self, level=HALF_POWER_DB):
-        out = doubles(100)
-        return list(out[: self._call("mensura_sos_crossings", self.rate, level, out, len(out))])
+        return super().crossings(level, self.rate)
 
     def extremes(self, start, end):
-        """The lowest and the highest gain in dB."""
-        lowest, highest = Double(), Double()
-        self._call("mensura_sos_extremes", self.rate, start, end, lowest, highest)
-        return lowest.value, highest.value
+        return super().extremes(start, end, self.rate)
 
     def highest(self, start, end=None):
         return self.extremes(start, self.rate / 2 if end is None else end)[1]
-
-    def pole_radius(self):
-        radius = Double()
-        self._call("mensura_sos_pole_radius", radius)
-        return radius.value
 
     def step(self, tolerance=0.02):
         """Overshoot as a fraction of the step, and settling time in seconds."""
@@ -86,12 +63,6 @@ class Filter:
         y = doubles(len(x))
         self._call("mensura_sos_filtfilt", ends, extension, doubles(x), 1, y, 1, len(x), None)
         return y
-
-
-def checked(library, code):
-    if code < 0:
-        raise Refused(code, library.mensura_sos_message(code).decode())
-    return code
 
 
 class Requests:

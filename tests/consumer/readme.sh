@@ -24,7 +24,7 @@ prints_as_told() {
 }
 
 block c 'int main' program.c
-block text root expected
+block text roots: expected
 block sh -Lbuild/release in_place.sh
 block sh "pkg-config --cflags" installed.sh
 block cmake find_package found.cmake
@@ -60,7 +60,7 @@ include(FetchContent)
 FetchContent_Declare(mensura SOURCE_DIR "$source")
 FetchContent_MakeAvailable(mensura)
 add_executable(program program.c)
-target_link_libraries(program PRIVATE mensura::mensura m)
+target_link_libraries(program PRIVATE mensura::mensura)
 install(FILES program.c DESTINATION share)
 END
 configure -S container -B contained

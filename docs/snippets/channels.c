@@ -1,0 +1,32 @@
+// docs/filters.md: many channels at once.
+#include <math.h>
+#include <mensura/sos.h>
+
+#include "check.h"
+
+int main(void) {
+    mensura_sos_request request;
+    CHECK(mensura_sos_default_request(&request, sizeof request) == 0);
+    request.rate = 360;
+    request.edge[0] = 40;
+    double sos[6 * MENSURA_SOS_MAX_SECTIONS];
+    const int sections = mensura_sos_design(&request, sos, MENSURA_SOS_MAX_SECTIONS);
+    CHECK(sections == 3);
+
+    // [shown]
+    enum { CHANNELS = 8, FRAMES = 500 };
+    static double frames[FRAMES][CHANNELS]; /* interleaved: a row holds one sample of each channel */
+    static double state[CHANNELS * 4 * MENSURA_SOS_MAX_SECTIONS]; /* 4 sections doubles for each in turn */
+    // [end]
+    for (int i = 0; i < FRAMES; ++i)
+        for (int c = 0; c < CHANNELS; ++c) frames[i][c] = sin(0.01 * (c + 1) * i);
+    double one[FRAMES], rest[4 * MENSURA_SOS_MAX_SECTIONS] = {0};
+    CHECK(mensura_sos_filter(sos, sections, rest, &frames[0][5], CHANNELS, one, 1, FRAMES) == 0);
+    // [call]
+    /* From one sample of a channel to its next: CHANNELS doubles; from one channel to the next: 1. */
+    mensura_sos_filter_channels(sos, sections, state, CHANNELS, &frames[0][0], CHANNELS, 1, &frames[0][0], CHANNELS, 1,
+                                FRAMES);
+    // [end]
+    for (int i = 0; i < FRAMES; ++i) CHECK(frames[i][5] == one[i]);
+    return 0;
+}

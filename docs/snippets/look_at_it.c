@@ -1,0 +1,27 @@
+// docs/filters.md: what a filter does, measured.
+#include <math.h>
+#include <mensura/sos.h>
+
+#include "check.h"
+
+int main(void) {
+    mensura_sos_request request;
+    CHECK(mensura_sos_default_request(&request, sizeof request) == 0);
+    request.rate = 360;
+    request.edge[0] = 40;
+    double sos[6 * MENSURA_SOS_MAX_SECTIONS];
+    const int sections = mensura_sos_design(&request, sos, MENSURA_SOS_MAX_SECTIONS);
+    CHECK(sections == 3);
+    // [shown]
+    double lowest, highest, radius, overshoot, edge[2];
+    ptrdiff_t settling;
+    mensura_sos_extremes(sos, sections, 360, 0, 40, &lowest, NULL);               /* dB: the worst of the pass band */
+    mensura_sos_extremes(sos, sections, 360, 80, 180, NULL, &highest);            /* dB: the worst of the stop band */
+    mensura_sos_crossings(sos, sections, 360, -3.0103, edge, 2);                  /* Hz: where the gain is -3.0103 dB */
+    mensura_sos_pole_radius(sos, sections, &radius);                              /* stable below 1 */
+    mensura_sos_step_figures(sos, sections, 0.02, 100000, &overshoot, &settling); /* of the step; samples */
+    // [end]
+    CHECK(fabs(lowest + 3.0103) < 1e-4 && highest < -43 && fabs(edge[0] - 40) < 1e-4);
+    CHECK(radius < 1 && overshoot > 0.1 && overshoot < 0.2 && settling > 10 && settling < 100);
+    return 0;
+}
