@@ -1,7 +1,6 @@
 // Filters designed as requested: checked, prototype, transformed, rounded, verified.
 #include <mensura/sos.h>
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <span>
@@ -10,25 +9,16 @@
 #include "request.h"
 #include "sections.h"
 #include "transform.h"
+#include "tuning.h"
 
 namespace mensura::sos {
 
 namespace {
 
-// A shift of 0.01 dB at an edge, as a ratio of powers: 10^-0.001 and 10^0.001.
-constexpr Real kLeastPower = 0.99770006382255331719L;
-constexpr Real kMostPower = 1.00230523807789967192L;
-constexpr Real kMostShift = 1 - kLeastPower;
+constexpr Real kMostShift = 2.3e-3L;  // of a denominator on the unit circle or of its damping
 
 // A level in dB as a ratio of amplitudes, for one of the passes.
 Real amplitude(double db, int passes) { return std::pow(Real{10}, static_cast<Real>(db) / (20 * passes)); }
-
-bool have_level(std::span<const Section> sections, const Edges &edges, Real level) {
-    return std::ranges::all_of(std::span(edges.at).first(edges.count), [=](Real edge) {
-        const Real ratio = power_gain(sections, HalfAngle::at(edge)) / (level * level);
-        return ratio > kLeastPower && ratio < kMostPower;
-    });
-}
 
 // False where the rounding to doubles has spoilt the filter.
 bool make_sections(const mensura_sos_request &request, const Prototype &prototype, Real level,
@@ -40,8 +30,9 @@ bool make_sections(const mensura_sos_request &request, const Prototype &prototyp
         round_all_pass(ideal, gain, sections);
         return are_stable(sections) && largest_shift(ideal, sections) <= kMostShift;
     }
-    round_sections(ideal, reference_frequency(request.pass_type, edges), gain, sections);
-    return are_stable(sections) && have_level(sections, edges, gain * level * prototype.peak);
+    const Target target{edges, gain * level * prototype.peak, reference_frequency(request.pass_type, edges), gain};
+    round_sections(ideal, target.reference, target.gain, sections);
+    return settle_edges(ideal, target, sections) && are_stable(sections);
 }
 
 int sections_of(const mensura_sos_request &request) {

@@ -6,6 +6,7 @@
 #include <limits>
 #include <span>
 
+#include "arguments.h"
 #include "request.h"
 
 namespace mensura::sos {
@@ -33,7 +34,7 @@ bool edges_in_order(const mensura_sos_requirement &r) {
 }
 
 int checked_edges(const mensura_sos_requirement &r) {
-    if (!is_rate(r.rate)) return MENSURA_SOS_RATE;
+    if (const int code = check_rate(r.rate); code != 0) return code;
     const std::size_t count = iir::is_band_type(r.pass_type) ? 2 : 1;
     const auto is_frequency = [&r](double f) { return is_between_zero_and_nyquist(f, r.rate); };
     if (!std::ranges::all_of(std::span(r.pass_edge).first(count), is_frequency)) return MENSURA_SOS_FREQUENCY;

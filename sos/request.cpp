@@ -1,5 +1,7 @@
 #include "request.h"
 
+#include "arguments.h"
+
 namespace mensura::sos {
 
 namespace {
@@ -16,7 +18,7 @@ int checked_kind(const mensura_sos_request &r) {
 int checked_edges(const mensura_sos_request &r) {
     const bool band_type = iir::is_band_type(r.pass_type);
     if (band_type && r.band != MENSURA_SOS_TWO_EDGES && r.band != MENSURA_SOS_CENTRE) return MENSURA_SOS_EDGES;
-    if (!is_rate(r.rate)) return MENSURA_SOS_RATE;
+    if (const int code = check_rate(r.rate); code != 0) return code;
     if (!is_between_zero_and_nyquist(r.edge[0], r.rate)) return MENSURA_SOS_FREQUENCY;
     if (band_type && !is_between_zero_and_nyquist(r.edge[1], r.rate)) return MENSURA_SOS_FREQUENCY;
     if (has_two_edges(r) && r.edge[0] >= r.edge[1]) return MENSURA_SOS_EDGES;

@@ -3,8 +3,6 @@
 
 #include <mensura/sos.h>
 
-#include <limits>
-
 #include "../iir/pass_types.h"
 #include "limits.h"
 
@@ -14,8 +12,6 @@ namespace mensura::sos {
 constexpr bool is_between_zero_and_nyquist(double frequency, double rate) {
     return frequency > 0 && frequency < 0.5 * rate;
 }
-
-constexpr bool is_rate(double rate) { return rate > 0 && rate <= std::numeric_limits<double>::max(); }
 
 // Both edges are given; otherwise the centre and the width, or a single edge.
 constexpr bool has_two_edges(const mensura_sos_request &r) {
