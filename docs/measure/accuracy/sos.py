@@ -139,19 +139,15 @@ def refused(errors):
 
 ORDERS = range(1, 13)
 EDGES = (1e-6, 1e-5, 1e-4, 1e-3, 0.01, 0.1, 0.5, 0.9, 0.99)
-WIDTHS = {0.001: "0.001", 0.01: "0.01", 0.1: "0.1", 1.0: "1", 10: "a decade", 1000: "three decades"}
+CENTRES, WIDTHS = (1e-4, 0.01, 0.3), (0.001, 0.01, 0.1, 1.0)
+BANDS = {f"{width:g} of {centre:g}": (centre * (1 - width / 2), centre * (1 + width / 2))
+         for centre in CENTRES for width in WIDTHS}
+BANDS |= {f"{low:g} to {high:g}": (low, high) for low, high in ((9e-4, 9e-3), (0.09, 0.9), (9e-4, 0.9))}
 
 
 def peer_level(family):
     """The level that SciPy's edges have; half power where it has no such family."""
     return {CHEBYSHEV: -0.1, ELLIPTIC: -0.1, INVERSE_CHEBYSHEV: -60.0}.get(family, HALF_POWER)
-
-
-def band_edges(centre, width):
-    """Two edges: so many times the centre apart, or above 1 in this ratio."""
-    if width > 1:
-        return centre, centre * width
-    return centre * (1 - width / 2), centre * (1 + width / 2)
 
 
 @functools.lru_cache(None)
@@ -163,58 +159,46 @@ def edge_sweep(lib):
 
 
 @functools.lru_cache(None)
-def width_sweep(lib):
-    """The same of the band types by width: around 0.01 and 0.3 of Nyquist; decades up from 0.0009 and 0.09."""
-    found = {}
-    for family in FAMILIES:
-        for kind in (BAND_PASS, NOTCH):
-            for width in WIDTHS:
-                starts = (0.01, 0.3) if width <= 1 else (9e-4, 0.09) if width == 10 else (9e-4,)
-                requests = [request_of(lib, family, kind, n, band_edges(start, width), level_db=peer_level(family))
-                            for start in starts for n in ORDERS]
-                found[family, kind, width] = [Errors(lib, r) for r in requests]
-    return found
+def band_sweep(lib):
+    """The same by band."""
+    return {(family, kind, name): [Errors(lib, request_of(lib, family, kind, n, band, level_db=peer_level(family)))
+                                   for n in ORDERS]
+            for family in FAMILIES for kind in (BAND_PASS, NOTCH) for name, band in BANDS.items()}
 
 
-def matching(sweep, **wanted):
-    names = ("family", "kind", "place")
-    return [e for key, errors in sweep.items() for e in errors
-            if all(dict(zip(names, key))[name] in values for name, values in wanted.items())]
+def at_places(sweep, kinds, places, families=FAMILIES):
+    return [e for family in families for kind in kinds for place in places for e in sweep[family, kind, place]]
 
 
 def families(lib):
-    middle = [edge for edge in EDGES if edge >= 0.01]
     for family, name in FAMILIES.items():
-        single = [matching(edge_sweep(lib), family=[family], kind=[kind], place=middle)
-                  for kind in (LOW_PASS, HIGH_PASS, ALL_PASS)]
-        bands = [matching(width_sweep(lib), family=[family], kind=[kind]) for kind in (BAND_PASS, NOTCH)]
+        middle = [edge for edge in EDGES if edge >= 0.01], [name for name in BANDS if "0.3" in name or "0.09" in name]
+        single = [at_places(edge_sweep(lib), [kind], middle[0], [family]) for kind in (LOW_PASS, HIGH_PASS, ALL_PASS)]
+        bands = [at_places(band_sweep(lib), [kind], middle[1], [family]) for kind in (BAND_PASS, NOTCH)]
         low, high, all_pass, band, notch = (cells(errors, "ours")[0] for errors in single + bands)
         every = [e for errors in single + bands for e in errors]
         yield [name, low, high, band, notch, all_pass, *cells(every, "rounded", "peer", "level")]
 
 
+def by_place(sweep, kinds, places):
+    for place in places:
+        row = [place if isinstance(place, str) else f"{place:g}"]
+        for kind in kinds:
+            row += cells(at_places(sweep, [kind], [place]), "ours", "rounded", "peer")
+        both = at_places(sweep, kinds, [place])
+        yield [*row, *cells(both, "level"), refused(both)]
+
+
 def by_edge(lib):
-    for edge in EDGES:
-        row = [f"{edge:g}"]
-        for kind in (LOW_PASS, HIGH_PASS):
-            errors = matching(edge_sweep(lib), kind=[kind], place=[edge])
-            row += cells(errors, "ours", "rounded", "peer")
-        both = matching(edge_sweep(lib), place=[edge])
-        yield [*row, *cells(both, "level"), refused(both)]
+    return by_place(edge_sweep(lib), (LOW_PASS, HIGH_PASS), EDGES)
 
 
-def by_width(lib):
-    for width, name in WIDTHS.items():
-        row = [name]
-        for kind in (BAND_PASS, NOTCH):
-            errors = matching(width_sweep(lib), kind=[kind], place=[width])
-            row += cells(errors, "ours", "rounded", "peer")
-        both = matching(width_sweep(lib), place=[width])
-        yield [*row, *cells(both, "level"), refused(both)]
+def by_band(lib):
+    return by_place(band_sweep(lib), (BAND_PASS, NOTCH), BANDS)
 
 
 def worst_cases(lib):
-    every = [e for sweep in (edge_sweep(lib), width_sweep(lib)) for errors in sweep.values() for e in errors]
+    every = [e for sweep in (edge_sweep(lib), band_sweep(lib)) for errors in sweep.values() for e in errors]
     held = [e for e in every if e.rounded < 1e-11 and not e.code]
     for title, errors, name in (
         ("rounded sections within 1e-11: error", held, "ours"),
