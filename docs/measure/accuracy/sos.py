@@ -197,19 +197,26 @@ def by_band(lib):
     return by_place(band_sweep(lib), (BAND_PASS, NOTCH), BANDS)
 
 
+def mean_ratio(errors, name):
+    """The geometric mean of our errors over others, where these show."""
+    ratios = [e.ours / getattr(e, name) for e in errors if not e.code and getattr(e, name) > 1e-13]
+    return f"{np.exp(np.mean(np.log(ratios))):.2f}" if ratios else ""
+
+
+def ratios(lib):
+    for kind, name in PASS_TYPES.items():
+        sweep = band_sweep(lib) if kind in (BAND_PASS, NOTCH) else edge_sweep(lib)
+        errors = at_places(sweep, [kind], BANDS if kind in (BAND_PASS, NOTCH) else EDGES)
+        yield [name, sum(e.rounded > 1e-13 for e in errors), mean_ratio(errors, "rounded"), mean_ratio(errors, "peer")]
+
+
 def worst_cases(lib):
-    every = [e for sweep in (edge_sweep(lib), band_sweep(lib)) for errors in sweep.values() for e in errors]
-    held = [e for e in every if e.rounded < 1e-11 and not e.code]
-    for title, errors, name in (
-        ("rounded sections within 1e-11: error", held, "ours"),
-        ("rounded sections within 1e-11: level at an edge, dB", held, "level"),
-        ("all: error", [e for e in every if not e.code], "ours"),
-        ("all: level at an edge, dB", [e for e in every if not e.code], "level"),
-    ):
-        at = max(errors, key=lambda e: getattr(e, name))
-        rounded = at.rounded if name == "ours" else at.rounded_level
-        yield [title, getattr(at, name), rounded, at.peer if name == "ours" and not math.isnan(at.peer) else "",
-               told(at.request)]
+    every = [e for sweep in (edge_sweep(lib), band_sweep(lib)) for errors in sweep.values() for e in errors
+             if not e.code]
+    for title, errors in (("1e-10 at least", [e for e in every if e.rounded <= 1e-10]), ("any", every)):
+        for what, ours, rounded in (("error", "ours", "rounded"), ("level, dB", "level", "rounded_level")):
+            at = max(errors, key=lambda e: getattr(e, ours))
+            yield [title, len(errors), what, getattr(at, ours), getattr(at, rounded), told(at.request)]
 
 
 # ---- Runs ----
