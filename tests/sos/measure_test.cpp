@@ -1,4 +1,4 @@
-// Filters measured, against closed forms, against the library's own response, and point by point.
+// Filters measured, against closed forms and point by point.
 
 #include <gtest/gtest.h>
 #include <mensura/mensura.h>
@@ -13,9 +13,6 @@
 #include <string>
 #include <vector>
 
-#include "iir/direct_form.h"
-#include "iir/pass_types.h"
-#include "iir/proto/limits.h"
 #include "support/expect.h"
 #include "support/noise.h"
 
@@ -24,23 +21,10 @@ using std::numbers::pi;
 
 namespace {
 
-constexpr double kRate = 1000, kCutoff = 150;  // Hz
-constexpr double kInfinite = HUGE_VAL;
+constexpr double kRate = 1000;  // Hz
 
 const double *rows(const Sections &s) { return s.front().data(); }
 int count(const Sections &s) { return static_cast<int>(s.size()); }
-
-// The sections that IIRFilter runs, with a gain of 3 dB; the band types are 50 Hz wide.
-IIRCoeffs record(int pass_type, int family, int poles) {
-    return CalcIIRFilterCoeff({pass_type, 2 * kCutoff / kRate, 0.1, 3, {family, poles, 0.5, 60, 0.5}});
-}
-
-Sections sections_of(const IIRCoeffs &c) {
-    Sections s;
-    for (std::size_t k = 0; k < mensura::iir::sections_to_run(c); ++k)
-        s.push_back({c.a0[k] * c.b0[k], c.a0[k] * c.b1[k], c.a0[k] * c.b2[k], 1, c.a1[k], c.a2[k]});
-    return s;
-}
 
 std::complex<double> response(const Sections &s, double f) {
     double re = NAN, im = NAN;
@@ -81,26 +65,6 @@ const Sections kSlow = {{1, 0, 0, 1, -2 * kR, kR *kR}};
 Sections resonance(double r, double theta) { return {{1, 0, 0, 1, -2 * r * std::cos(theta), r * r}}; }
 
 }  // namespace
-
-TEST(Measure, ResponseIsThatOfIIRFreqResponseAndDelayItsSlope) {
-    constexpr int kPoints = 200;
-    constexpr double kStep = 1e-4;  // Hz
-    std::array<double, kPoints> re, im;
-    for (const auto &type : mensura::iir::kPassTypes)
-        for (const auto &family : mensura::iir::kFamilies) {
-            SCOPED_TRACE(std::string(type.name) + " " + family.name);
-            const IIRCoeffs c = record(type.code, family.code, 5);
-            const Sections s = sections_of(c);
-            IIRFreqResponse(c, c.NumSections, re.data(), im.data(), kPoints);
-            for (std::size_t i = 0; i < kPoints; ++i)
-                EXPECT_CLOSE(response(s, static_cast<double>(i) * (0.5 * kRate / kPoints)),
-                             std::complex<double>(re[i], im[i]), 1e-11);
-            for (const double f : {20.0, 120.0, 151.0, 170.0}) {
-                const double turn = -std::arg(response(s, f + kStep) / response(s, f - kStep));
-                EXPECT_NEAR(group_delay(s, f), turn / (2 * kStep) * kRate / (2 * pi), 1e-5) << f;
-            }
-        }
-}
 
 TEST(Measure, KeepsItsDigitsAtLowAndHighFrequencies) {
     const Sections high = {{1, 0, 0, 1, 2 * kR, kR * kR}};  // the same with its poles at -r
@@ -144,16 +108,14 @@ TEST(Measure, PoleRadius) {
                                            {-2 * half, product, half + root, 1e-12},
                                            {0, 0, 0.5, 0},
                                            {0, -4, 2, 0},
-                                           {-2 * kR, kR * kR, kR, 0}};
-    const auto radius_with = [](double a1, double a2) {
+                                           {-2 * kR, kR * kR, kR, 0},
+                                           {0, HUGE_VAL, NAN, 0}};
+    for (const auto &[a1, a2, expected, tolerance] : cases) {
         const Sections s = {{1, 0, 0, 1, 0.5, 0}, {1, 0, 0, 1, a1, a2}};
         double radius = -1;
-        EXPECT_EQ(mensura_sos_pole_radius(rows(s), count(s), &radius), 0);
-        return radius;
-    };
-    for (const auto &[a1, a2, radius, tolerance] : cases) EXPECT_NEAR(radius_with(a1, a2), radius, tolerance) << a1;
-    EXPECT_TRUE(std::isnan(radius_with(NAN, 0)));
-    EXPECT_TRUE(std::isnan(radius_with(0, kInfinite)));
+        EXPECT_EQ(mensura_sos_pole_radius(rows(s), 2, &radius), 0);
+        EXPECT_TRUE(std::abs(radius - expected) <= tolerance || std::isnan(expected + radius)) << a1 << ' ' << radius;
+    }
 }
 
 TEST(Measure, ExtremesOfANarrowPeakAndOfNotches) {
@@ -172,6 +134,21 @@ TEST(Measure, ExtremesOfANarrowPeakAndOfNotches) {
     for (const double at : {0.001 - 1e-6, 0.001 + 1e-6}) lobe.push_back({1, -2 * std::cos(at), 1, 1, 0, 0});
     const double first = (0.001 - 1e-6) * kRate / (2 * pi), last = (0.001 + 1e-6) * kRate / (2 * pi);
     EXPECT_NEAR(extremes(lobe, first, last).highest, 20 * std::log10(1e-12 * 4e-6), 1e-2);
+}
+
+// H, and the delay, that of Q = c0 + c1 z^-1 + c2 z^-2 being the real part of (c1 z^-1 + 2 c2 z^-2) / Q.
+static void expect_response_and_delay(const Sections &s, double f) {
+    const auto w = std::polar(1.0L, -2 * std::numbers::pi_v<long double> * f / kRate), w2 = w * w;
+    std::complex<long double> h = 1, delay = 0;
+    for (const std::array<double, 6> &row : s) {
+        std::array<long double, 6> c;
+        std::ranges::copy(row, c.begin());
+        const auto numerator = c[0] + c[1] * w + c[2] * w2, denominator = c[3] + c[4] * w + c[5] * w2;
+        h *= numerator / denominator;
+        delay += (c[1] * w + 2 * c[2] * w2) / numerator - (c[4] * w + 2 * c[5] * w2) / denominator;
+    }
+    EXPECT_CLOSE(response(s, f), std::complex<double>(h), 1e-9 * static_cast<double>(std::abs(h)) + 1e-15) << f;
+    EXPECT_NEAR(group_delay(s, f), static_cast<double>(delay.real()), 1e-7 * (1 + std::fabs(group_delay(s, f)))) << f;
 }
 
 // Cascades with poles and zeros anywhere near the circle, seen at evenly spaced points and near each of the roots.
@@ -209,6 +186,7 @@ TEST(Measure, ExtremesAndCrossingsMissNothing) {
             EXPECT_TRUE(here >= whole.lowest - 1e-7 && here <= whole.highest + 1e-9) << trial << ' ' << points[i];
             const bool inside = points[i] >= from && points[i] <= to;
             EXPECT_TRUE(!inside || (here >= part.lowest - 1e-7 && here <= part.highest + 1e-9)) << trial;
+            if (i % 10 == 0) expect_response_and_delay(s, points[i]);
             changes += i > 0 && (here >= middle) != (level(s, points[i - 1]) >= middle);
         }
         EXPECT_GE(found.size(), changes) << trial;
@@ -230,22 +208,20 @@ TEST(Measure, CrossingsAreCountedAndThoseThatFitAreWritten) {
     const double top = extremes(peaks, 200, 500).highest;
     EXPECT_EQ(crossings(peaks, top - 1e-9).size(), 4U);
     EXPECT_EQ(crossings(peaks, top + 1e-9).size(), 2U);
-    EXPECT_TRUE(crossings(sections_of(record(ptAllPass, pfBessel, 5)), 0).empty());  // it has 3 dB everywhere
+    EXPECT_TRUE(crossings({{0.5, -1.2, 1, 1, -1.2, 0.5}}, 1).empty());  // an all-pass
 }
 
-TEST(Measure, BadArgumentsAreRefusedAndHostileNumbersEndSoon) {
+TEST(Measure, BadArgumentsAreRefused) {
     double out[3] = {7, 7, 7};
     const double f[] = {1, 500, 501}, tilted[] = {1, 0, 0, 2, 0, 0}, one[] = {1, 0, 0, 1, 0, 0};
-    const auto delay = [&](const double *sos, int sections, double rate, const double *at, double *to, ptrdiff_t n) {
-        return mensura_sos_group_delay(sos, sections, rate, at, to, n);
-    };
+    const auto delay = mensura_sos_group_delay;
     EXPECT_EQ(delay(nullptr, 1, kRate, f, out, 1), MENSURA_SOS_NULL);
     EXPECT_EQ(delay(one, 1, kRate, nullptr, out, 1), MENSURA_SOS_NULL);
     EXPECT_EQ(delay(one, 1, kRate, nullptr, nullptr, 0), 0);
     EXPECT_EQ(delay(one, 0, kRate, f, out, 1), MENSURA_SOS_COUNT);
     EXPECT_EQ(delay(one, 1, kRate, f, out, -1), MENSURA_SOS_COUNT);
     EXPECT_EQ(delay(tilted, 1, kRate, f, out, 1), MENSURA_SOS_SECTION);
-    EXPECT_EQ(delay(one, 1, kInfinite, f, out, 1), MENSURA_SOS_RATE);
+    EXPECT_EQ(delay(one, 1, HUGE_VAL, f, out, 1), MENSURA_SOS_RATE);
     EXPECT_EQ(delay(one, 1, kRate, f, out, 3), MENSURA_SOS_FREQUENCY);
     EXPECT_EQ(mensura_sos_response(one, 1, kRate, f, out, nullptr, 1), MENSURA_SOS_NULL);
     EXPECT_EQ(mensura_sos_crossings(one, 1, kRate, NAN, out, 3), MENSURA_SOS_LEVEL);
@@ -253,14 +229,6 @@ TEST(Measure, BadArgumentsAreRefusedAndHostileNumbersEndSoon) {
     EXPECT_EQ(mensura_sos_extremes(one, 1, kRate, NAN, 1, out, out), MENSURA_SOS_FREQUENCY);
     EXPECT_EQ(mensura_sos_extremes(one, 1, kRate, 2, 1, out, out), MENSURA_SOS_EDGES);
     EXPECT_SAME_BITS(out, (std::array{7.0, 7.0, 7.0}));
-    for (const double odd : {double(NAN), kInfinite, 1e300, 1e-320, 1.0, -2.0, 2.0, 1 - 1e-16})
-        for (const std::size_t at : {0U, 1U, 2U, 4U, 5U}) {
-            Sections s = resonance(0.5, 1);
-            s[0][at] = odd;
-            s.resize(25, s[0]);
-            EXPECT_GE(mensura_sos_crossings(rows(s), count(s), kRate, -3, out, 3), 0);
-            EXPECT_TRUE(std::isfinite(odd) || !std::isfinite(extremes(s).highest)) << odd << ' ' << at;
-        }
 }
 
 TEST(Measure, EachCodeHasASentence) {
