@@ -1,21 +1,25 @@
+// What the codes mean, in the order of their numbers.
 #include <mensura/sos.h>
 
 #include <cstddef>
 #include <iterator>
+
+#include "limits.h"
 
 namespace {
 
 constexpr const char *kMessages[] = {
     "no error",
     "a pointer is null",
-    "the size of a record is not one that this library knows: set it to sizeof of the record",
+    "the size of a record is not one that this library knows (its sizeof), or its reserved field is not 0",
     "the pass type is not an IIRPassType code, or not one that fits here",
     "the family is not a ProtoFamily code",
-    "the number of poles is below 1 or above the largest order of the family",
+    "the number of poles is below 1 or above the largest order of the family: 12 for Gaussian and Bessel, 15 for "
+    "inverse Chebyshev and elliptic, 20 for the others",
     "passes is neither 1 nor 2",
     "the rate is not above 0, or not finite",
     "a frequency is out of range: an edge lies above 0 and below half the rate, other frequencies from 0 to half of it",
-    "the edges are equal or in the wrong order: the lower one comes first, and a width is above 0",
+    "the edges are equal or in the wrong order (the lower one comes first), or band is not a mensura_sos_band code",
     "a level is out of range: it lies below 0 and above -200 dB, in a stop band not below minus its attenuation; a "
     "loss "
     "is above 0 and below the attenuation, which is at most 200 dB",
@@ -34,6 +38,8 @@ constexpr const char *kMessages[] = {
     "the filter is unstable: a pole lies on or outside the unit circle",
     "the step response has not settled within the samples allowed",
 };
+static_assert(mensura::iir::max_poles(pfGaussian) == 12 && mensura::iir::max_poles(pfBessel) == 12 &&
+              mensura::iir::max_poles(pfInverseChebyshev) == 15 && mensura::iir::max_poles(pfElliptic) == 15);
 static_assert(std::size(kMessages) == 1 - MENSURA_SOS_UNSETTLED);
 
 }  // namespace

@@ -53,14 +53,16 @@ enum {
 /** What a negative result means. */
 enum mensura_sos_code {
     MENSURA_SOS_NULL = -1,         /**< a pointer is null */
-    MENSURA_SOS_SIZE = -2,         /**< the size of a record is not one that this library knows */
-    MENSURA_SOS_TYPE = -3,         /**< pass_type is not an IIRPassType code */
+    MENSURA_SOS_SIZE = -2,         /**< the size of a record is not one that this library knows, or reserved is not 0 */
+    MENSURA_SOS_TYPE = -3,         /**< pass_type is not an IIRPassType code, or all-pass where that has no meaning */
     MENSURA_SOS_FAMILY = -4,       /**< family is not a ProtoFamily code */
-    MENSURA_SOS_POLES = -5,        /**< poles is below 1 or above the largest order of the family */
+    MENSURA_SOS_POLES = -5,        /**< poles is below 1 or above the largest order of the family: 12 for Gaussian and
+                                        Bessel, 15 for inverse Chebyshev and elliptic, 20 for the others */
     MENSURA_SOS_PASSES = -6,       /**< passes is neither 1 nor 2 */
     MENSURA_SOS_RATE = -7,         /**< the rate is not above 0, or not finite */
-    MENSURA_SOS_FREQUENCY = -8,    /**< a frequency does not lie above 0 and below half the rate */
-    MENSURA_SOS_EDGES = -9,        /**< edges are equal or in the wrong order */
+    MENSURA_SOS_FREQUENCY = -8,    /**< an edge does not lie above 0 and below half the rate, or a frequency to measure
+                                        at not from 0 to half the rate */
+    MENSURA_SOS_EDGES = -9,        /**< edges are equal or in the wrong order, or band is not a mensura_sos_band code */
     MENSURA_SOS_LEVEL = -10,       /**< a level, loss or attenuation lies outside its range */
     MENSURA_SOS_RIPPLE = -11,      /**< the ripple lies outside its range */
     MENSURA_SOS_STOP_BAND = -12,   /**< the stop-band attenuation lies outside its range */
