@@ -8,8 +8,8 @@ from pathlib import Path
 from doxygen import cell, description, escaped, show, without_empty_paragraphs
 
 # The headers in the order of the navigation, and what their codes, types and records are called together.
-HEADERS = {"iir": "Codes and records", "spectral": "", "smooth": "", "online": "Records", "kalman": "Records",
-           "matrix": "Records", "ode": "Types and data", "roots": "", "complex": "Records"}
+HEADERS = {"sos": "Codes and records", "iir": "Codes and records", "spectral": "", "smooth": "", "online": "Records",
+           "kalman": "Records", "matrix": "Records", "ode": "Types and data", "roots": "", "complex": "Records"}
 
 
 @dataclass

@@ -179,8 +179,10 @@ MENSURA_EXPORT int mensura_sos_order(const mensura_sos_requirement *requirement,
  * @param sos       the sections
  * @param sections  their number, 1 or more
  * @param state     4 doubles a section
- * @param x         n samples, x_stride doubles apart
- * @param y         room for n samples, y_stride doubles apart
+ * @param x         n samples
+ * @param x_stride  doubles from a sample to the next one
+ * @param y         room for n samples
+ * @param y_stride  doubles from a sample to the next one
  * @param n         number of samples, 0 or more
  * @return 0 or a negative code */
 MENSURA_EXPORT int mensura_sos_filter(const double *sos, int sections, double *state, const double *x,
@@ -188,9 +190,17 @@ MENSURA_EXPORT int mensura_sos_filter(const double *sos, int sections, double *s
 
 /** Filters n samples of each of several channels, side by side; each gets the bits of mensura_sos_filter.
  * Interleaved channels have a stride of `channels` and a distance of 1; planar ones a stride of 1 and a distance of n.
+ * @param sos         the sections, the same for all channels
+ * @param sections    their number, 1 or more
  * @param state       4 doubles a section for channel 0, then for channel 1, and so on
  * @param channels    number of channels, 1 or more
- * @param x_distance  doubles from a channel to the next one in x; y_distance: in y
+ * @param x           n samples a channel
+ * @param x_stride    doubles from a sample of a channel to its next one
+ * @param x_distance  doubles from a channel to the next one
+ * @param y           room for n samples a channel
+ * @param y_stride    doubles from a sample of a channel to its next one
+ * @param y_distance  doubles from a channel to the next one
+ * @param n           number of samples, 0 or more
  * @return 0 or a negative code */
 MENSURA_EXPORT int mensura_sos_filter_channels(const double *sos, int sections, double *state, int channels,
                                                const double *x, ptrdiff_t x_stride, ptrdiff_t x_distance, double *y,
@@ -217,9 +227,14 @@ MENSURA_EXPORT int mensura_sos_extension(const double *sos, int sections);
 /** Filters a record forwards and backwards: no phase shift (zero phase), and every dB counts twice.
  * The record is extended at both ends; each pass starts in the steady state of the first sample it sees; the extensions
  * are dropped.
+ * @param sos        the sections
+ * @param sections   their number, 1 or more
  * @param ends       a mensura_sos_ends code
  * @param extension  samples of the extension, less than n; -1: mensura_sos_extension
- * @param x          n samples; y: room for n samples; both as for mensura_sos_filter
+ * @param x          n samples
+ * @param x_stride   doubles from a sample to the next one
+ * @param y          room for n samples
+ * @param y_stride   doubles from a sample to the next one
  * @param n          number of samples, 0 or more; at most `extension` of them are MENSURA_SOS_ENDS
  * @param work       4 sections + 2 extension doubles, or null: allocated
  * @return 0 or a negative code */
@@ -232,10 +247,13 @@ MENSURA_EXPORT int mensura_sos_filtfilt(const double *sos, int sections, int end
  * @{ */
 
 /** The frequency response H at n frequencies.
+ * @param sos        the sections
+ * @param sections   their number, 1 or more
  * @param rate       sampling rate
  * @param frequency  n frequencies, 0 .. rate / 2
  * @param re         room for n real parts
  * @param im         room for n imaginary parts
+ * @param n          number of frequencies, 0 or more
  * @return 0 or a negative code */
 MENSURA_EXPORT int mensura_sos_response(const double *sos, int sections, double rate, const double *frequency,
                                         double *re, double *im, ptrdiff_t n);
@@ -243,13 +261,20 @@ MENSURA_EXPORT int mensura_sos_response(const double *sos, int sections, double 
 /** The group delay, -d arg H / d omega, in samples at n frequencies.
  * A zero within 1e-9 of the unit circle counts as on it: it delays by half a sample at every frequency, its own
  * included.  NaN for a section whose output is always 0.
+ * @param sos        the sections
+ * @param sections   their number, 1 or more
+ * @param rate       sampling rate
  * @param frequency  n frequencies, 0 .. rate / 2
  * @param delay      room for n delays
+ * @param n          number of frequencies, 0 or more
  * @return 0 or a negative code */
 MENSURA_EXPORT int mensura_sos_group_delay(const double *sos, int sections, double rate, const double *frequency,
                                            double *delay, ptrdiff_t n);
 
 /** The frequencies at which the gain passes a level, in ascending order.
+ * @param sos        the sections
+ * @param sections   their number, 1 or more
+ * @param rate       sampling rate
  * @param level_db   20 log10 |H|, absolute: -3.0103 for half power of a filter of unit gain
  * @param frequency  room for `capacity` frequencies
  * @param capacity   0 or more; those that fit are written
@@ -258,7 +283,12 @@ MENSURA_EXPORT int mensura_sos_crossings(const double *sos, int sections, double
                                          double *frequency, int capacity);
 
 /** The smallest and the largest gain from one frequency to another: the worst level of a pass band or a stop band.
- * @param from        0 .. to; to: at most rate / 2
+ * Every turn of the gain within the band is found, however narrow.
+ * @param sos         the sections
+ * @param sections    their number, 1 or more
+ * @param rate        sampling rate
+ * @param from        lower end of the band, 0 or more
+ * @param to          upper end, not below `from`, at most rate / 2
  * @param lowest_db   the smallest gain in dB, far down, or minus infinity, at a zero of H; may be null
  * @param highest_db  the largest gain in dB; may be null
  * @return 0 or a negative code */
@@ -282,6 +312,8 @@ MENSURA_EXPORT int mensura_sos_impulse_response(const double *sos, int sections,
  * whose final value is 0 (high-pass, band-pass) the most that it swings to the side opposite to its largest value.  It
  * has settled from the first sample on after which it stays within `tolerance` of the final value.  The overshoot and
  * the tolerance are in units of the step.
+ * @param sos        the sections
+ * @param sections   their number, 1 or more
  * @param tolerance  such as 0.02, above 0
  * @param most       samples to run at most, 1 or more; the time is proportional to them
  * @param overshoot  0 when there is none; may be null
