@@ -36,11 +36,15 @@ class Cascade:
     def _call(self, name, *arguments):
         return checked(self._library, getattr(self._library, name)(self.rows, self.count, *arguments))
 
-    def magnitudes(self, frequencies, rate=2.0):
+    def response(self, frequencies, rate=2.0):
+        """H, complex."""
         n = len(frequencies)
         re, im = doubles(n), doubles(n)
         self._call("mensura_sos_response", rate, doubles(frequencies), re, im, n)
-        return doubles([math.hypot(*h) for h in zip(re, im)])
+        return [complex(*h) for h in zip(re, im)]
+
+    def magnitudes(self, frequencies, rate=2.0):
+        return doubles([abs(h) for h in Cascade.response(self, frequencies, rate)])
 
     def gain(self, frequency, rate=2.0):
         """The gain in dB."""

@@ -7,7 +7,7 @@ import math
 from ctypes import sizeof
 
 from binding import Double, Size, SosRequest, SosRequirement, checked, doubles
-from cascade import BUTTERWORTH, LOW_PASS, Cascade
+from cascade import BUTTERWORTH, LOW_PASS, Cascade, decibels
 
 MAX_SECTIONS = 20
 HALF_POWER_DB = -10 * math.log10(2)
@@ -24,7 +24,13 @@ class Filter(Cascade):
 
     def gain(self, frequency):
         """The gain in dB, of one pass."""
-        return super().gain(frequency, self.rate)
+        return decibels(self.magnitudes([frequency])[0])
+
+    def response(self, frequencies):
+        return super().response(frequencies, self.rate)
+
+    def magnitudes(self, frequencies):
+        return super().magnitudes(frequencies, self.rate)
 
     def loss(self, frequency):
         """The gain in dB relative to the largest one."""

@@ -6,6 +6,7 @@ from binding import (AmplitudeLimitOnline, CentralDiffOnline, KalmanFilter, Movi
                      doubles)
 from cascade import ALL_PASS, BAND_PASS, HIGH_PASS, LOW_PASS, NOTCH
 from figures import fixed, require
+from requested import Requests
 
 TYPES = {"low-pass, all-pass": (LOW_PASS, ALL_PASS), "high-pass": (HIGH_PASS,), "band-pass": (BAND_PASS,), "notch": (NOTCH,)}
 SAMPLES, NEAR = 1000, 0.01
@@ -52,6 +53,18 @@ class States:
                     yield row
                     shown = row
                 require(row == shown, f"{name} alike")
+
+    def require_steady(self):
+        """All types start settled from the steady state."""
+        requests = Requests(self._library)
+        for kind in (LOW_PASS, HIGH_PASS, BAND_PASS, NOTCH, ALL_PASS):
+            made = requests.design(kind, 40.0, 60.0, rate=360.0)
+            y = made.run([1.0] * SAMPLES, made.steady_state(1.0))
+            end = 0.0 if kind in (HIGH_PASS, BAND_PASS) else 1.0
+            require(max(abs(value - end) for value in y) < 1e-12, "the steady state is steady")
+            spoilt = made.run(with_nan())
+            require(nan_count(spoilt) == RECORD - NAN_AT, "mensura_sos_filter: all that follow")
+            require(nan_count(made.both_ways(with_nan())) == RECORD, "mensura_sos_filtfilt: the whole record")
 
     # ---- One NaN ----
 
@@ -103,6 +116,7 @@ class States:
         library.RealSigDFT(x, y, z, RECORD)
         require(nan_count(y) >= RECORD // 2 and math.isnan(library.Goertzel(x, RECORD, 0.3)), "RealSigDFT, Goertzel: all bins")
         self.smoothers()
+        self.require_steady()
         self.require_starts()
         self.require_zero_phase_records(doubles([math.sin(0.2 * i) for i in range(RECORD)]))
         self.require_kalman()

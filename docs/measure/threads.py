@@ -22,6 +22,11 @@ RULES = {  # sentences of the headers that the columns of the table repeat
         "Nothing is allocated when fc is given",
         "goes to standard output",
     ),
+    "sos.h": (
+        "Nothing allocates except mensura_sos_filtfilt, and that only when no work array is handed over",
+        "There is no global state: any calls may run at once, as long as no two of them share a state or an output",
+        "4 sections + 2 extension doubles, or null: allocated",
+    ),
     "spectral.h": (
         "FFT, DFT, RealSigDFT and WindowData take scratch memory from the heap and release it before they return; if there "
         "is none they leave the data as they were. Nothing else here allocates",

@@ -4,8 +4,10 @@ import math
 
 import numpy as np
 from binding import OdeFunction, TIIRFilter, sections_of
-from cascade import ALL_PASS, BAND_PASS, BUTTERWORTH, HIGH_PASS, LOW_PASS, NOTCH, Designer
+from cascade import (ALL_PASS, BAND_PASS, BESSEL, BUTTERWORTH, CHEBYSHEV, ELLIPTIC, HIGH_PASS, INVERSE_CHEBYSHEV, LOW_PASS,
+                     NOTCH, Designer)
 from figures import below, fixed, require
+from requested import Requests
 from scipy import signal
 from scipy.integrate import solve_ivp
 from scipy.signal import windows
@@ -74,6 +76,43 @@ class Peers:
                 ours.append(designer.design(LOW_PASS, f, BUTTERWORTH, poles).magnitudes(at))
                 theirs.append(abs(signal.sosfreqz(signal.butter(poles, f, output="sos"), np.pi * at)[1]))
         return np.array(ours), np.array(theirs)
+
+    # ---- mensura/sos.h ----
+
+    def requested(self, family, theirs, level=None, **settings):
+        """The responses of low-passes of 1 to 12 poles; theirs: a function of the poles and the edge."""
+        requests, found, expected = Requests(self.library), [], []
+        at = np.linspace(0, 1, 200, endpoint=False)
+        for poles in range(1, 13):
+            even = poles % 2 == 0 and level is not None and family != INVERSE_CHEBYSHEV
+            for f in (0.05, 0.2, 0.6):
+                more = {} if level is None else {"level_db": level, "gain_db": level if even else 0.0}
+                made = requests.design(LOW_PASS, f, rate=2.0, family=family, poles=poles, **settings, **more)
+                found.append(made.magnitudes(at))
+                expected.append(abs(signal.sosfreqz(theirs(poles, f), np.pi * at)[1]))
+        return np.array(found), np.array(expected)
+
+    def layer_default(self):
+        return Requests(self.library).design(LOW_PASS, 40.0, rate=360.0)
+
+    def layer_run(self, which):
+        made, x = self.layer_default(), noise(5)
+        sos = np.array(made.rows).reshape(-1, 6)
+        if which == "filter":
+            return np.array(made.run(x)), signal.sosfilt(sos, x)
+        if which == "steady":
+            return np.array(made.run(x, made.steady_state(x[0]))), signal.sosfilt(sos, x, zi=signal.sosfilt_zi(sos) * x[0])[0]
+        return np.array(made.both_ways(x)), signal.sosfiltfilt(sos, x)
+
+    def layer_response(self, points=512):
+        made = self.layer_default()
+        frequencies, theirs = signal.sosfreqz(np.array(made.rows).reshape(-1, 6), points, fs=360.0)
+        return np.array(made.response(frequencies)), theirs
+
+    def layer_delay(self, points=512):
+        made = Requests(self.library).design(LOW_PASS, 40.0, rate=360.0, poles=2)
+        frequencies, theirs = signal.group_delay((made.rows[:3], made.rows[3:]), points, fs=360.0)
+        return np.array([360 * made.delay(f) for f in frequencies]), theirs
 
     def block(self):
         f, sos = self.default()
@@ -175,6 +214,13 @@ class Peers:
         return {"calls": calls, "error": float(np.max(abs(y - (math.cos(end), -math.sin(end)))))}
 
 
+def order_agreement(library):
+    """Of SciPy's least Butterworth order with ours."""
+    ours = Requests(library).order(LOW_PASS, 40.0, 60.0, 1.0, 60.0, 360.0, BUTTERWORTH).poles
+    require(ours == signal.buttord(40, 60, 1, 60, fs=360)[0], "buttord finds the same order")
+    return f"the same, {ours}"
+
+
 def peer_oscillator(tolerance=1e-6, end=10.0):
     answer = solve_ivp(lambda t, y: (y[1], -y[0]), (0, end), (1.0, 0.0), rtol=tolerance, atol=tolerance)
     return {"calls": answer.nfev, "error": float(np.max(abs(answer.y[:, -1] - (math.cos(end), -math.sin(end)))))}
@@ -239,6 +285,21 @@ def names(library):
             "single": agreement(*peers.one_frequency("SingleFreqDFT", np.linspace(0.01, 0.99, 99))),
             "goertzel": agreement(*peers.one_frequency("Goertzel", np.linspace(0.1, 0.9, 81))),
             "butterworth": agreement(*peers.butterworth()),
+            "layer": agreement(*peers.requested(BUTTERWORTH, lambda n, f: signal.butter(n, f, output="sos"))),
+            "layer_chebyshev": agreement(*peers.requested(
+                CHEBYSHEV, lambda n, f: signal.cheby1(n, 0.5, f, output="sos"), -0.5, ripple_db=0.5)),
+            "layer_inverse": agreement(*peers.requested(
+                INVERSE_CHEBYSHEV, lambda n, f: signal.cheby2(n, 60, f, output="sos"), -60.0, stop_db=60.0)),
+            "layer_elliptic": agreement(*peers.requested(
+                ELLIPTIC, lambda n, f: signal.ellip(n, 0.5, 60, f, output="sos"), -0.5, ripple_db=0.5, stop_db=60.0)),
+            "layer_bessel": agreement(*peers.requested(
+                BESSEL, lambda n, f: signal.bessel(n, f, output="sos", norm="mag"))),
+            "order": order_agreement(library),
+            "layer_filter": agreement(*peers.layer_run("filter")),
+            "layer_steady": agreement(*peers.layer_run("steady")),
+            "layer_both_ways": agreement(*peers.layer_run("both ways")),
+            "layer_response": agreement(*peers.layer_response()),
+            "layer_delay": agreement(*peers.layer_delay()),
             "block": agreement(*peers.block()),
             "stream": agreement(*peers.stream()),
             "zero_phase": agreement(*peers.zero_phase(padtype=None)),
