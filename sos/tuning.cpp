@@ -46,7 +46,12 @@ Pair least_squares(const std::array<Pair, 2> &slopes, const Pair &error) {
 
 // The last section resonates next to the edge, of a band type to the upper one; the last but one is then its twin at the
 // lower edge, unless there is only one.
+//
+// A change c of the damping changes |H| where it resonates by about c of its largest value.  A level deep in the stop
+// band hardly depends on the damping; it is not mended at the cost of the pass band.
 void tune(const Target &target, const Pair &error, IdealCascade &cascade) {
+    constexpr Real kCost = 4;  // times the error of |H| at the edge
+    const Real most = kCost * larger(error) * target.level / target.gain;
     const std::size_t used = std::min(target.edges.count, cascade.count);
     const auto last = std::span(cascade.sections).subspan(cascade.count - used, used);
     std::array<Pair, 2> slopes{};
@@ -55,7 +60,7 @@ void tune(const Target &target, const Pair &error, IdealCascade &cascade) {
             slopes[e][k] = slope(last[k].denominator, target.reference) -
                            slope(last[k].denominator, HalfAngle::at(target.edges.at[e]));
     const Pair change = least_squares(slopes, error);
-    for (std::size_t k = 0; k < used; ++k) last[k].denominator.skew *= 1 + change[k];
+    for (std::size_t k = 0; k < used; ++k) last[k].denominator.skew *= 1 + std::clamp(change[k], -most, most);
 }
 
 }  // namespace
