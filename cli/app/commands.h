@@ -7,6 +7,7 @@ namespace cli {
 
 void add_design(const Command &program);
 void add_filter(const Command &program);
+void add_decimate(const Command &program);
 void add_spectrum(const Command &program);
 void add_tone(const Command &program);
 void add_window(const Command &program);

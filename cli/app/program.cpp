@@ -138,8 +138,8 @@ void describe(CLI::App &program) {
         "Missing cells stay missing; where a value is needed, the last one before them is used.\n"
         "Data go to standard output, messages to standard error.\n"
         "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
-    for (const auto add : {add_design, add_filter, add_spectrum, add_tone, add_window, add_smooth, add_derive,
-                           add_despike, add_average, add_track, add_roots, add_demo})
+    for (const auto add : {add_design, add_filter, add_decimate, add_spectrum, add_tone, add_window, add_smooth,
+                           add_derive, add_despike, add_average, add_track, add_roots, add_demo})
         add(Command(&program));
 }
 

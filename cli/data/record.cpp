@@ -57,7 +57,7 @@ Record read_wav(Source &source, const std::vector<std::string> &columns, std::op
     return record;
 }
 
-void write_table(const Record &record, Output &out) {
+void write_table(const Record &record, Output &out, std::size_t every) {
     Source again(record.name, record.text);
     TableReader table(again, record.columns);
     std::vector<double> row(record.channels.size());
@@ -66,21 +66,22 @@ void write_table(const Record &record, Output &out) {
             table.write_line(out);
             continue;
         }
+        if ((table.rows() - 1) % every != 0) continue;
         for (std::size_t i = 0; i < row.size(); ++i) row[i] = record.channels[i].samples[table.rows() - 1];
         table.write_row(out, row);
         if (out.full()) out.flush();
     }
 }
 
-void write_sound(const Record &record, Output &out) {
+void write_sound(const Record &record, Output &out, std::size_t every) {
     const std::size_t channels = record.channels.size(), n = record.length();
-    WavWriter wav(out, *record.wav);
+    WavWriter wav(out, *record.wav, record.wav->format().samplerate / static_cast<int>(every));
     std::vector<double> frames;
-    for (std::size_t from = 0; from < n; from += kWavFrames) {
-        frames.clear();
-        for (std::size_t i = from; i < std::min(from + kWavFrames, n); ++i)
-            for (std::size_t k = 0; k < channels; ++k) frames.push_back(record.channels[k].samples[i]);
+    for (std::size_t i = 0; i < n; i += every) {
+        for (std::size_t k = 0; k < channels; ++k) frames.push_back(record.channels[k].samples[i]);
+        if (frames.size() < kWavFrames * channels && i + every < n) continue;
         wav.write(frames);
+        frames.clear();
     }
     wav.finish();
 }
@@ -116,11 +117,11 @@ Record read_signals(const std::string &file, const std::vector<std::string> &col
     return record;
 }
 
-void write_record(const Record &record, Output &out) {
+void write_record(const Record &record, Output &out, std::size_t every) {
     if (record.wav)
-        write_sound(record, out);
+        write_sound(record, out, every);
     else
-        write_table(record, out);
+        write_table(record, out, every);
 }
 
 }  // namespace cli

@@ -44,7 +44,8 @@ void remark_missing(const Record &record);
 // The columns of numbers or the channels of a file, of which the rate must be known.
 Record read_signals(const std::string &file, const std::vector<std::string> &columns, std::optional<double> rate);
 
-// The table with the record's samples in the place of its numbers, or the WAV with them.
-void write_record(const Record &record, Output &out);
+// The table with the record's samples in the place of its numbers, or the WAV with them; `every`: each such row or frame,
+// beginning with the first, the rate of a WAV being lower by that.
+void write_record(const Record &record, Output &out, std::size_t every = 1);
 
 }  // namespace cli

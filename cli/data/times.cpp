@@ -32,20 +32,28 @@ double unit_of_time(const std::string &name) {
 
 void EvenTimes::add(double time, std::size_t line, std::size_t column) {
     column_ = column;
-    if (!times_.empty() && !(time > times_.back())) reject("{}:{}:{}: the time does not increase", file_, line, column);
-    times_.push_back(time);
-    lines_.push_back(line);
+    if (count_ > 0 && !(time > last_)) reject("{}:{}:{}: the time does not increase", file_, line, column);
+    const Step step{time - last_, line};
+    if (count_ == 0) first_ = time;
+    if (count_ == 1) shortest_ = longest_ = step;
+    if (count_ > 1 && step.length < shortest_.length) shortest_ = step;
+    if (count_ > 1 && step.length > longest_.length) longest_ = step;
+    last_ = time;
+    ++count_;
+}
+
+void EvenTimes::refuse_if_uneven(const Step &step, double rate) const {
+    constexpr double kMostOff = 0.5 - 1e-9;  // in mean steps: passes times rounded to milliseconds, but no lost sample
+    if (std::abs(step.length * rate - 1) > kMostOff)
+        reject("{}:{}:{}: the times are not evenly spaced here; give --rate to take the rows as even", file_, step.line,
+               column_);
 }
 
 double EvenTimes::rate() const {
-    constexpr double kMostOff = 0.5 - 1e-9;  // in mean steps: passes times rounded to milliseconds, but no lost sample
-    const std::size_t n = times_.size();
-    if (n < 2) reject("{}: a single row has no sampling rate; give --rate", file_);
-    const double rate = static_cast<double>(n - 1) / (times_.back() - times_.front());
-    for (std::size_t i = 1; i < n; ++i)
-        if (std::abs((times_[i] - times_[i - 1]) * rate - 1) > kMostOff)
-            reject("{}:{}:{}: the times are not evenly spaced here; give --rate to take the rows as even", file_,
-                   lines_[i], column_);
+    if (count_ < 2) reject("{}: a single row has no sampling rate; give --rate", file_);
+    const double rate = static_cast<double>(count_ - 1) / (last_ - first_);
+    refuse_if_uneven(longest_, rate);
+    refuse_if_uneven(shortest_, rate);
     const double whole = std::round(rate);
     return std::abs(rate - whole) <= 1e-5 * whole ? whole : rate;
 }

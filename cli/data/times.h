@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace cli {
 
@@ -12,7 +11,7 @@ namespace cli {
 double unit_of_time(const std::string &name);
 
 // The sampling rate of ascending times in seconds; whole hertz if it is within 10 ppm of them, better than a sampling
-// clock keeps, because times are rounded.
+// clock keeps, because times are rounded.  Needs the same memory for any number of times.
 class EvenTimes {
   public:
     explicit EvenTimes(const std::string &file) : file_(file) {}
@@ -20,10 +19,16 @@ class EvenTimes {
     double rate() const;
 
   private:
+    struct Step {
+        double length = 0;  // s
+        std::size_t line = 0;
+    };
+    void refuse_if_uneven(const Step &step, double rate) const;
+
     const std::string &file_;
-    std::size_t column_ = 0;
-    std::vector<double> times_;
-    std::vector<std::size_t> lines_;
+    std::size_t column_ = 0, count_ = 0;
+    double first_ = 0, last_ = 0;
+    Step shortest_, longest_;
 };
 
 }  // namespace cli

@@ -124,11 +124,12 @@ std::vector<std::pair<int, std::string>> WavReader::texts() const {
 }
 
 // The header is completed at the end, for which the output must be able to seek.
-WavWriter::WavWriter(Output &out, const WavReader &like) : out_(out), bits_(bits_of(like.format())) {
+WavWriter::WavWriter(Output &out, const WavReader &like, int rate) : out_(out), bits_(bits_of(like.format())) {
     if (isatty(out.descriptor()) != 0) reject("a WAV is not for a terminal; name a file with --output, or redirect");
     const bool direct = lseek(out.descriptor(), 0, SEEK_CUR) == 0 && out.descriptor() != STDOUT_FILENO;
     descriptor_ = direct ? dup(out.descriptor()) : nameless_file();
     SF_INFO format = like.format();
+    format.samplerate = rate;
     file_.reset(sf_open_fd(descriptor_, SFM_WRITE, &format, SF_FALSE));
     if (!file_) fail("{}: {}", out.name(), sf_strerror(nullptr));
     sf_command(file_.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);

@@ -52,7 +52,8 @@ class WavReader {
 
 class WavWriter {
   public:
-    WavWriter(Output &out, const WavReader &like);
+    WavWriter(Output &out, const WavReader &like) : WavWriter(out, like, like.format().samplerate) {}
+    WavWriter(Output &out, const WavReader &like, int rate);
     ~WavWriter();
     WavWriter(const WavWriter &) = delete;
     WavWriter &operator=(const WavWriter &) = delete;

@@ -1,0 +1,211 @@
+// mensura decimate: keeps every FACTOR-th row or frame, behind a low-pass that leaves no aliases.
+#include <mensura/sos.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "cli/app/commands.h"
+#include "cli/app/diagnostics.h"
+#include "cli/app/options.h"
+#include "cli/app/quantity.h"
+#include "cli/data/cascade.h"
+#include "cli/data/record.h"
+#include "cli/data/source.h"
+#include "cli/data/stream.h"
+#include "cli/data/table.h"
+#include "cli/data/times.h"
+#include "cli/data/wav.h"
+
+namespace cli {
+
+namespace {
+
+constexpr const char *kExamples =
+    "  mensura decimate 10 ecg.csv > slow.csv\n"
+    "  logger | mensura decimate 100 --rate 10kHz | viewer\n"
+    "  mensura decimate 6 -o speech.wav studio.wav\n"
+    "  mensura decimate 4 --zero-phase gait.csv > small.csv\n";
+
+constexpr double kRipple = 0.1, kAliases = 80;  // dB
+constexpr double kPassed = 0.8;                 // of the new Nyquist frequency
+constexpr int kLargest = 100000;                // beyond, doubles hold the low-pass too coarsely
+
+struct Options {
+    std::string input, output;
+    std::vector<std::string> columns;
+    std::optional<double> rate;
+    int factor = 1;
+    bool zero_phase = false, quiet = false;
+
+    std::size_t step() const { return static_cast<std::size_t>(factor); }
+};
+
+struct LowPass {
+    Sections sections;  // none where every sample is kept
+    int poles = 0;
+    double delay = 0;  // at 0 Hz, samples
+};
+
+int checked(int code, int factor) {
+    if (code < 0) fail("the low-pass for FACTOR {}: {}", factor, mensura_sos_message(code));
+    return code;
+}
+
+// The ripple lies between the gain at 0 Hz and kRipple to one side of it: the attenuation counts from either.
+LowPass low_pass(const Options &options) {
+    if (options.factor == 1) return {};
+    const double nyquist = 0.5 / options.factor;  // the new one, in units of the rate
+    const mensura_sos_requirement requirement = {.size = sizeof requirement,
+                                                 .pass_type = ptLowPass,
+                                                 .passes = options.zero_phase ? 2 : 1,
+                                                 .reserved = 0,
+                                                 .rate = 1,
+                                                 .pass_edge = {kPassed * nyquist, 0},
+                                                 .stop_edge = {nyquist, 0},
+                                                 .loss_db = kRipple,
+                                                 .attenuation_db = kAliases + kRipple};
+    mensura_sos_request request;
+    LowPass result;
+    result.poles = checked(mensura_sos_order(&requirement, pfElliptic, 0, &request, sizeof request), options.factor);
+    result.sections.resize(std::size_t{6} * MENSURA_SOS_MAX_SECTIONS);
+    const int count =
+        checked(mensura_sos_design(&request, result.sections.data(), MENSURA_SOS_MAX_SECTIONS), options.factor);
+    result.sections.resize(std::size_t{6} * static_cast<std::size_t>(count));
+    const double zero = 0;
+    checked(mensura_sos_group_delay(result.sections.data(), count, 1, &zero, &result.delay, 1), options.factor);
+    return result;
+}
+
+// Says what is done.  A rate of 0 is not known.
+void report_on(const Options &options, const LowPass &filter, double rate) {
+    if (options.quiet) return;
+    std::string line = fmt::format("decimate by {}", options.factor);
+    if (rate > 0) line += fmt::format(", {:.6g} Hz to {:.6g} Hz", rate, rate / options.factor);
+    if (!filter.sections.empty())
+        line += fmt::format(": lowpass, elliptic, {} poles{}, within {} dB to {}, -{} dB from {}", filter.poles,
+                            options.zero_phase ? ", zero phase" : "", kRipple,
+                            rate > 0 ? fmt::format("{:.6g} Hz", 0.5 * kPassed * rate / options.factor)
+                                     : fmt::format("{} of the new Nyquist frequency", kPassed),
+                            kAliases, rate > 0 ? fmt::format("{:.6g} Hz", 0.5 * rate / options.factor) : "there");
+    if (!filter.sections.empty() && !options.zero_phase)
+        line += rate > 0 ? fmt::format("; delays by {:.4g} s", filter.delay / rate)
+                         : fmt::format("; delays by {:.4g} rows of the input", filter.delay);
+    report(line);
+}
+
+int new_rate(const WavReader &wav, int factor) {
+    const int rate = wav.format().samplerate;
+    if (rate % factor != 0)
+        reject("FACTOR {}: a WAV has a whole rate, and {} Hz / {} is {:.6g} Hz", factor, rate, factor,
+               static_cast<double>(rate) / factor);
+    return rate / factor;
+}
+
+// Filters the frames of a stream and keeps every FACTOR-th, beginning with the first.
+class Decimator {
+  public:
+    Decimator(const Options &options, const Sections &sections) : step_(options.step()) {
+        if (!sections.empty()) filter_.emplace(sections);
+    }
+
+    // Returns those of the frames that are kept, which lie at their front then.
+    std::span<double> run(std::span<double> frames, std::size_t channels) {
+        gaps_.fill(frames, channels);
+        if (filter_) (*filter_)(frames, channels);
+        std::size_t kept = 0;
+        for (; next_ < frames.size() / channels; next_ += step_, ++kept)
+            std::copy_n(frames.data() + next_ * channels, channels, frames.data() + kept * channels);
+        next_ -= frames.size() / channels;
+        return frames.first(kept * channels);
+    }
+
+  private:
+    std::size_t step_, next_ = 0;  // next_: frames to come before the next one that is kept
+    std::optional<CascadeFilter> filter_;
+    Gaps gaps_;
+};
+
+void decimate_table(const Options &options, const LowPass &filter, Source &source) {
+    TableReader table(source, options.columns);
+    Output out(options.output);
+    Decimator decimator(options, filter.sections);
+    EvenTimes times(source.name());
+    std::vector<double> row;
+    if (options.rate) report_on(options, filter, *options.rate);
+    for_each_line(table, out, [&] {
+        if (table.kind() != LineKind::Data) return table.write_line(out);
+        if (!options.rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
+        row = table.values();
+        if (!decimator.run(row, row.size()).empty()) table.write_row(out, row);
+    });
+    if (!options.rate) report_on(options, filter, table.has_time() && table.rows() > 1 ? times.rate() : 0);
+    out.commit();
+}
+
+void decimate_sound(const Options &options, const LowPass &filter, Source &source) {
+    WavReader wav(source);
+    wav.check_request(options.rate, options.columns);
+    const int rate = new_rate(wav, options.factor);
+    Output out(options.output);
+    WavWriter result(out, wav, rate);
+    report_on(options, filter, wav.rate());
+    Decimator decimator(options, filter.sections);
+    std::vector<double> frames(kWavFrames * wav.channels());
+    while (const std::size_t count = wav.read(frames))
+        result.write(decimator.run(std::span(frames).first(count), wav.channels()));
+    result.finish();
+    out.commit();
+}
+
+void decimate_record(const Options &options, const LowPass &filter, Source &source) {
+    Record record = read_record(source, options.columns, options.rate);
+    if (record.wav) new_rate(*record.wav, options.factor);
+    remark_missing(record);
+    report_on(options, filter, record.rate);
+    for (Channel &channel : record.channels)
+        if (channel.has_numbers() && !filter.sections.empty())
+            filter_both_ways(filter.sections, MENSURA_SOS_ENDS_ODD, channel.samples);
+    Output out(options.output);
+    write_record(record, out, options.step());
+    out.commit();
+}
+
+void run(const Options &options) {
+    if (options.factor < 1 || options.factor > kLargest)
+        reject("FACTOR {}: must lie between 1 and {}", options.factor, kLargest);
+    Source source(options.input);
+    const LowPass filter = low_pass(options);
+    if (options.zero_phase) return decimate_record(options, filter, source);
+    if (is_wav(source)) return decimate_sound(options, filter, source);
+    decimate_table(options, filter, source);
+}
+
+}  // namespace
+
+void add_decimate(const Command &program) {
+    const auto options = std::make_shared<Options>();
+    const Command app = program.add_command(
+        "decimate",
+        fmt::format("lower the sampling rate of a table or a WAV by a whole factor: low-pass, then keep every "
+                    "FACTOR-th row, with its time\nThe pass band ends at {} of the new Nyquist frequency, aliases stay "
+                    "below -{:.0f} dB.",
+                    kPassed, kAliases),
+        kExamples);
+    add_count(app, "FACTOR", options->factor, fmt::format("old rate over new rate, 1 to {}", kLargest)).required();
+    add_rate(app, options->rate, "sampling rate in Hz, for what is reported; default: from the column called time");
+    app.add_flag("--zero-phase", options->zero_phase,
+                 "low-pass forwards and backwards: no delay; reads all input first");
+    app.add_flag("--quiet", options->quiet, "do not say on standard error what is done");
+    app.add_option("FILE", options->input, "input; - or none is standard input");
+    add_columns(app, options->columns);
+    add_output(app, options->output);
+    app.callback([options] { run(*options); });
+}
+
+}  // namespace cli
