@@ -1,5 +1,5 @@
-// mensura demo: an electrocardiogram freed from mains hum, forwards only as during a measurement, and with zero phase.
-#include <mensura/iir.h>
+// mensura demo: an electrocardiogram freed from mains hum by a notch, with a low-pass beside it, and what each costs.
+#include <mensura/sos.h>
 #include <mensura/spectral.h>
 
 #include <algorithm>
@@ -11,9 +11,10 @@
 #include <vector>
 
 #include "cli/app/commands.h"
-#include "cli/app/design.h"
 #include "cli/app/diagnostics.h"
+#include "cli/commands/beats.h"
 #include "cli/commands/ecg_record.h"
+#include "cli/data/cascade.h"
 #include "cli/data/csv.h"
 #include "cli/data/record.h"
 #include "cli/data/source.h"
@@ -32,9 +33,10 @@ constexpr const char *kExamples =
     "  mensura demo --plot\n"
     "  mensura demo -o ecg.csv --plot=ecg.pdf\n";
 
-constexpr double kCutoff = 50, kHum = 60;  // Hz
+constexpr double kHum = 60, kWidth = 4, kCutoff = 40;  // Hz
+constexpr int kNotchPoles = 2, kLowpassPoles = 6;
 constexpr Window kWindow{.kind = wkHanning};
-constexpr double kPictureFrom = 10, kPictureTo = 14;  // s
+constexpr double kPictureFrom = 28.2, kPictureTo = 29.1;  // s
 
 struct Options {
     PlotOptions plot{.kind = PlotOptions::File, .file = "ecg.svg"};
@@ -45,13 +47,47 @@ struct Signal {
     std::string name;
     std::vector<double> samples;
 };
-using Signals = std::array<Signal, 3>;
+constexpr std::size_t kSignals = 4, kDrawn = 3;
+using Signals = std::array<Signal, kSignals>;
 
-Signals signals_of(const std::vector<double> &raw, const TIIRFilter &design) {
-    Signals signals{{{"raw", raw}, {"one-way", raw}, {"zero-phase", raw}}};
-    TIIRFilter forward = design, both = design;
-    for (double &x : signals[1].samples) x = IIRFilter(&forward, x);
-    IIRFilterZeroPhase(&both, signals[2].samples.data(), nullptr, static_cast<int>(raw.size()));
+Sections designed(mensura_sos_request request) {
+    Sections sections(std::size_t{6} * MENSURA_SOS_MAX_SECTIONS);
+    const int count = mensura_sos_design(&request, sections.data(), MENSURA_SOS_MAX_SECTIONS);
+    if (count < 0) fail("{}", mensura_sos_message(count));
+    sections.resize(std::size_t{6} * static_cast<std::size_t>(count));
+    return sections;
+}
+
+// 4 Hz wide when it has run both ways.
+Sections notch(double rate) {
+    mensura_sos_request request;
+    mensura_sos_default_request(&request, sizeof request);
+    request.pass_type = ptNotch;
+    request.poles = kNotchPoles;
+    request.passes = 2;
+    request.band = MENSURA_SOS_CENTRE;
+    request.rate = rate;
+    request.edge[0] = kHum;
+    request.edge[1] = kWidth;
+    return designed(request);
+}
+
+Sections low_pass(double rate, int passes) {
+    mensura_sos_request request;
+    mensura_sos_default_request(&request, sizeof request);
+    request.poles = kLowpassPoles;
+    request.passes = passes;
+    request.rate = rate;
+    request.edge[0] = kCutoff;
+    return designed(request);
+}
+
+Signals signals_of(const std::vector<double> &raw, double rate) {
+    Signals signals{{{"raw", raw}, {"notch", raw}, {"lowpass", raw}, {"one-way", raw}}};
+    filter_both_ways(notch(rate), MENSURA_SOS_ENDS_ODD, signals[1].samples);
+    filter_both_ways(low_pass(rate, 2), MENSURA_SOS_ENDS_ODD, signals[2].samples);
+    CascadeFilter one_way(low_pass(rate, 1));
+    one_way(signals[3].samples, 1);
     return signals;
 }
 
@@ -72,43 +108,61 @@ double lag(const std::vector<double> &earlier, const std::vector<double> &later)
 
 void print_signals(const std::string &file, const Signals &signals, double rate) {
     Output out(file);
-    out.write("time_s,raw_mV,one_way_mV,zero_phase_mV\n");
+    out.write("time_s,raw_mV,notch_mV,lowpass_mV,one_way_mV\n");
     for (std::size_t i = 0; i < signals[0].samples.size(); ++i)
-        write_row({static_cast<double>(i) / rate, signals[0].samples[i], signals[1].samples[i], signals[2].samples[i]},
+        write_row({static_cast<double>(i) / rate, signals[0].samples[i], signals[1].samples[i], signals[2].samples[i],
+                   signals[3].samples[i]},
                   out);
     out.commit();
 }
 
-void print_row(Output &out, const char *label, const std::array<double, 3> &values, int decimals) {
+using Values = std::array<double, kSignals>;
+
+void print_row(Output &out, const char *label, const Values &values, int decimals) {
     const double unit = std::pow(10.0, -decimals);
-    out.write(fmt::format("{:<26}", label));
+    out.write(fmt::format("{:<28}", label));
     for (const double value : values)
         out.write(fmt::format("{:>12.{}f}", std::round(value / unit) * unit + 0.0, decimals));
     out.write("\n");
 }
 
 void print_table(Output &out, const Signals &signals, double rate) {
-    std::array<double, 3> hum{}, peak{}, delay{};
+    const std::vector<double> &raw = signals[0].samples;
+    const std::vector<std::size_t> peaks = r_peaks(raw, rate);
+    const std::vector<double> before = heights_of(peaks, raw, rate, 0);
+    Values hum{}, height{}, kept{}, worst{}, delay{};
     for (std::size_t s = 0; s < signals.size(); ++s) {
         const std::vector<double> &x = signals[s].samples;
+        const double samples = lag(raw, x);
+        const std::vector<double> after = heights_of(peaks, x, rate, static_cast<int>(std::lround(samples)));
+        std::vector<double> ratio;
+        for (std::size_t i = 0; i < peaks.size(); ++i) ratio.push_back(100 * after[i] / before[i]);
         hum[s] = 1e3 * amplitudes_at({kHum}, rate, x, kWindow, true).front();
-        peak[s] = *std::ranges::max_element(x);
-        delay[s] = 1e3 / rate * lag(signals[0].samples, x);
+        height[s] = median(after);
+        kept[s] = median(ratio);
+        worst[s] = *std::ranges::min_element(ratio);
+        delay[s] = 1e3 / rate * samples;
     }
-    const std::vector<double> half_power =
-        design_for({.cutoff = kCutoff, .leading_sections = true}, rate).achieved.half_power;
     out.write(fmt::format(
-        "An electrocardiogram of {:.0f} s, sampled at {} Hz; lowpass, asked for at {} Hz, -3 dB at {:.1f} Hz\n\n",
-        static_cast<double>(signals[0].samples.size()) / rate, rate, kCutoff, half_power.at(0)));
-    out.write(fmt::format("{:<26}{:>12}{:>12}{:>12}\n", "", signals[0].name, signals[1].name, signals[2].name));
+        "An electrocardiogram of {:.0f} s, sampled at {} Hz, with {} beats\n\n"
+        "  notch    {} Hz, {} Hz wide, {} poles, zero phase\n"
+        "  lowpass  -3 dB at {} Hz, {} poles, zero phase\n"
+        "  one-way  the same low-pass forwards only, as during a measurement\n\n",
+        static_cast<double>(raw.size()) / rate, rate, peaks.size(), kHum, kWidth, kNotchPoles, kCutoff, kLowpassPoles));
+    out.write(fmt::format("{:<28}", ""));
+    for (const Signal &signal : signals) out.write(fmt::format("{:>12}", signal.name));
+    out.write("\n");
     print_row(out, "60 Hz hum, amplitude (uV)", hum, 3);
-    print_row(out, "highest R peak (mV)", peak, 3);
+    print_row(out, "R peak, median height (mV)", height, 3);
+    print_row(out, "kept of a beat, median (%)", kept, 1);
+    print_row(out, "kept of a beat, worst (%)", worst, 1);
     print_row(out, "delay (ms)", delay, 2);
 }
 
 Panel signals_panel(const Signals &signals, double rate) {
     Panel panel{.x_label = "time [s]", .y_label = "ECG [mV]", .x_lowest = kPictureFrom, .x_highest = kPictureTo};
-    for (const Signal &signal : signals) {
+    for (std::size_t s = 0; s < kDrawn; ++s) {
+        const Signal &signal = signals[s];
         Curve curve{.title = signal.name};
         for (auto i = static_cast<std::size_t>(kPictureFrom * rate); static_cast<double>(i) <= kPictureTo * rate; ++i) {
             curve.x.push_back(static_cast<double>(i) / rate);
@@ -127,7 +181,8 @@ Panel spectra_panel(const Signals &signals, double rate) {
                 .x_lowest = 0,
                 .x_highest = 0.5 * rate};
     const SpectrumLayout layout = layout_for(signals[0].samples.size());
-    for (const Signal &signal : signals) {
+    for (std::size_t s = 0; s < kDrawn; ++s) {
+        const Signal &signal = signals[s];
         Envelope envelope;
         for (const double amplitude : amplitude_spectrum(signal.samples, kWindow, true))
             envelope.add(scaled(amplitude, true, Scale::Decibel));
@@ -140,9 +195,7 @@ void run(const Options &options) {
     Source source("the electrocardiogram", kEcgRecord);
     const Record record = read_record(source, {}, {});
     const double rate = rate_of(record);
-    TIIRFilter design;
-    initTIIRFilter(&design, ptLowPass, kCutoff, rate);
-    const Signals signals = signals_of(record.channels.front().samples, design);
+    const Signals signals = signals_of(record.channels.front().samples, rate);
     Output out(data_file(options.plot, ""));
     print_table(out, signals, rate);
     out.flush();
