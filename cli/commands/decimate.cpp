@@ -73,12 +73,12 @@ LowPass low_pass(const Options &options) {
     mensura_sos_request request;
     LowPass result;
     result.poles = checked(mensura_sos_order(&requirement, pfElliptic, 0, &request, sizeof request), options.factor);
-    result.sections.resize(std::size_t{6} * MENSURA_SOS_MAX_SECTIONS);
-    const int count =
-        checked(mensura_sos_design(&request, result.sections.data(), MENSURA_SOS_MAX_SECTIONS), options.factor);
-    result.sections.resize(std::size_t{6} * static_cast<std::size_t>(count));
+    result.sections.resize(MENSURA_SOS_MAX_SECTIONS);
+    double *const numbers = result.sections.data()->data();
+    const int count = checked(mensura_sos_design(&request, numbers, MENSURA_SOS_MAX_SECTIONS), options.factor);
+    result.sections.resize(static_cast<std::size_t>(count));
     const double zero = 0;
-    checked(mensura_sos_group_delay(result.sections.data(), count, 1, &zero, &result.delay, 1), options.factor);
+    checked(mensura_sos_group_delay(numbers, count, 1, &zero, &result.delay, 1), options.factor);
     return result;
 }
 

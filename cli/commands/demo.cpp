@@ -51,10 +51,10 @@ constexpr std::size_t kSignals = 4, kDrawn = 3;
 using Signals = std::array<Signal, kSignals>;
 
 Sections designed(mensura_sos_request request) {
-    Sections sections(std::size_t{6} * MENSURA_SOS_MAX_SECTIONS);
-    const int count = mensura_sos_design(&request, sections.data(), MENSURA_SOS_MAX_SECTIONS);
+    Sections sections(MENSURA_SOS_MAX_SECTIONS);
+    const int count = mensura_sos_design(&request, sections.data()->data(), MENSURA_SOS_MAX_SECTIONS);
     if (count < 0) fail("{}", mensura_sos_message(count));
-    sections.resize(std::size_t{6} * static_cast<std::size_t>(count));
+    sections.resize(static_cast<std::size_t>(count));
     return sections;
 }
 

@@ -1,8 +1,9 @@
 // mensura filter: runs a filter over every column of a table or channel of a WAV.
 #include <mensura/iir.h>
+#include <mensura/sos.h>
 
 #include <algorithm>
-#include <cmath>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,72 +12,138 @@
 #include "cli/app/commands.h"
 #include "cli/app/design.h"
 #include "cli/app/diagnostics.h"
+#include "cli/app/names.h"
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
 #include "cli/app/request.h"
+#include "cli/data/cascade.h"
 #include "cli/data/cutoff.h"
 #include "cli/data/record.h"
 #include "cli/data/rewrite.h"
+#include "cli/data/sections_file.h"
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
 #include "cli/data/wav.h"
+#include "iir/pass_types.h"
 
 namespace cli {
 
 namespace {
 
+using mensura::iir::kPassTypes;
+using mensura::iir::PassType;
+
 constexpr const char *kExamples =
-    "  mensura filter lowpass --cutoff 40Hz --rate 360Hz ecg.csv > clean.csv\n"
+    "  mensura filter lowpass --cutoff 40Hz ecg.csv > clean.csv\n"
+    "  mensura filter lowpass --cutoff 6Hz --poles 4 --zero-phase gait.csv > smooth.csv\n"
+    "  mensura filter bandpass --from 0.5Hz --to 40Hz ecg.csv > clean.csv\n"
+    "  mensura filter lowpass --pass 40Hz:1dB --stop 60Hz:50dB ecg.csv > clean.csv\n"
     "  logger | mensura filter highpass --cutoff 0.5Hz --rate 1kHz | viewer\n"
-    "  mensura filter notch --cutoff 50Hz --bandwidth 4Hz --zero-phase --plot=hum.svg -o clean.wav hum.wav\n";
+    "  mensura filter notch --cutoff 50Hz --bandwidth 4Hz --zero-phase --plot=hum.svg -o clean.wav hum.wav\n"
+    "  mensura filter --sos sections.csv ecg.csv > clean.csv\n";
 
 constexpr std::size_t kLongTransform = 40000;  // samples: from here on the user has to wait noticeably
 
+constexpr std::initializer_list<const char *> kDesignOptions = {
+    "--cutoff", "--bandwidth", "--from",   "--to",       "--at",    "--pass", "--stop",
+    "--family", "--poles",     "--ripple", "--stopband", "--gamma", "--gain"};
+
+struct Ends {
+    const char *word;
+    int code;
+};
+constexpr Ends kEnds[] = {{"none", MENSURA_SOS_ENDS_NONE},
+                          {"odd", MENSURA_SOS_ENDS_ODD},
+                          {"even", MENSURA_SOS_ENDS_EVEN},
+                          {"constant", MENSURA_SOS_ENDS_CONSTANT}};
+
 struct Options {
+    std::string type;
     FilterRequest request;
     Files files;
+    std::string sos;  // file of sections
+    std::optional<int> ends;
     std::optional<double> ratio;  // of the automatic cut-off
+    bool quiet = false;
 };
 
-std::string title_of(const FilterRequest &request, const char *how) {
-    return fmt::format("{} {}, {:.6g} Hz{}", family_name(request.family.value_or(kDefaultFamily)),
-                       pass_type_name(request.pass_type), request.cutoff.value_or(0), how);
-}
+// What runs: sections, or a record of the older design functions as IIRFilter runs it.
+struct Filter {
+    Sections sections;
+    std::optional<TIIRFilter> leading;
+    std::string summary;
+};
 
-TIIRFilter designed(const FilterRequest &request, double rate) {
-    FilterRequest leading = request;
-    leading.leading_sections = true;
-    const Design design = design_for(leading, rate);
-    remark_on(design);
+TIIRFilter leading_filter(const LeadingSections &design) {
     TIIRFilter filter = {};
-    filter.Spec = design.leading->spec;
-    filter.Coeffs = design.leading->cascade;
+    filter.Spec = design.spec;
+    filter.Coeffs = design.cascade;
     return filter;
 }
 
-// Every channel runs a copy of the same design.
+void refuse_unsound(const std::string &file, const Sections &sections, bool force) {
+    for (const std::string &warning : warnings_about(soundness(sections))) {
+        if (!force) fail("{}: {}; --force uses it", file, warning);
+        remark("{}: {}", file, warning);
+    }
+}
+
+Filter from_file(const Options &options) {
+    Filter filter{.sections = read_sections(options.sos), .leading = {}, .summary = {}};
+    const std::size_t count = filter.sections.size();
+    filter.summary = fmt::format("{} section{} of {}{}", count, count == 1 ? "" : "s", options.sos,
+                                 options.request.zero_phase ? ", zero phase" : "");
+    refuse_unsound(options.sos, filter.sections, options.request.force);
+    return filter;
+}
+
+Filter designed(const Options &options, double rate) {
+    const Design design = design_for(options.request, rate);
+    refuse_unusable(design, options.request.force);
+    Filter filter{.sections = design.sections, .leading = {}, .summary = design.summary};
+    if (design.leading) filter.leading = leading_filter(*design.leading);
+    return filter;
+}
+
+// `rate` does not matter for sections from a file.
+Filter filter_for(const Options &options, double rate) {
+    const Filter filter = options.sos.empty() ? designed(options, rate) : from_file(options);
+    if (!options.quiet) report(filter.summary);
+    if (filter.leading || CascadeFilter(filter.sections).starts_settled()) return filter;
+    if (options.request.zero_phase) fail("zero phase is not for a filter with a pole at z = 1: it has no steady state");
+    remark("a pole at z = 1, so there is no steady state: starts from rest");
+    return filter;
+}
+
+// Every channel runs a copy of the same record.
 MakeFilter copies_of(const TIIRFilter &design) {
-    return [&design]() -> ChannelFilter {
+    return [design]() -> ChannelFilter {
         const auto filter = std::make_shared<TIIRFilter>(design);
         return [filter](double x) { return IIRFilter(filter.get(), x); };
     };
+}
+
+FrameFilter one_way(const Filter &filter) {
+    if (filter.leading) return channel_by_channel(copies_of(*filter.leading));
+    return CascadeFilter(filter.sections);
 }
 
 void apply_zero_phase(TIIRFilter filter, std::vector<double> &samples) {
     IIRFilterZeroPhase(&filter, samples.data(), nullptr, static_cast<int>(samples.size()));
 }
 
-void remark_on_cutoff(const std::string &channel, double cutoff, double nyquist) {
+void report_cutoff(const std::string &channel, double cutoff, double nyquist, bool quiet) {
+    const auto how = fmt::format("{}: lowpass, leading sections, zero phase, cut-off", channel);
     if (cutoff <= 0)
         remark("{}: the spectrum has no peak that gives a cut-off: the result is meaningless", channel);
     else if (cutoff > nyquist)
-        remark("{}: cut-off found: {:.6g} Hz, clamped to half the sampling rate, {:.6g} Hz", channel, cutoff, nyquist);
-    else
-        remark("{}: cut-off found: {:.6g} Hz", channel, cutoff);
+        remark("{} found: {:.6g} Hz, clamped to half the sampling rate, {:.6g} Hz", how, cutoff, nyquist);
+    else if (!quiet)
+        report(fmt::format("{} found: {:.6g} Hz", how, cutoff));
 }
 
 // Gives the bits of dataZeroPhaseFilter, which is given the sampling interval: hence the rate as 1 / (1 / rate).
-void filter_automatically(Channel &channel, double given_rate, double ratio) {
+void filter_automatically(Channel &channel, double given_rate, double ratio, bool quiet) {
     std::vector<double> &samples = channel.samples;
     if (samples.size() < 4) reject("--auto needs 4 samples at least; there are {}", samples.size());
     if (samples.size() > kLongTransform)
@@ -84,7 +151,7 @@ void filter_automatically(Channel &channel, double given_rate, double ratio) {
                samples.size());
     const double interval = 1 / given_rate, rate = 1 / interval, nyquist = 0.5 * rate;
     const double cutoff = automatic_cutoff(samples, rate, ratio);
-    remark_on_cutoff(channel.name, cutoff, nyquist);
+    report_cutoff(channel.name, cutoff, nyquist, quiet);
     TIIRFilter filter;
     initTIIRFilter(&filter, ptLowPass, std::min(cutoff, nyquist), rate);
     apply_zero_phase(filter, samples);
@@ -92,49 +159,71 @@ void filter_automatically(Channel &channel, double given_rate, double ratio) {
 
 void run_automatically(const Options &options, Record &record) {
     const double rate = rate_of(record), ratio = *options.ratio;
-    rewrite_record(
-        record, options.files, [rate, ratio](Channel &channel) { filter_automatically(channel, rate, ratio); },
-        "zero-phase lowpass, cut-off from the spectrum");
+    const Change change = [&](Channel &channel) { filter_automatically(channel, rate, ratio, options.quiet); };
+    rewrite_record(record, options.files, change, "zero-phase lowpass, cut-off from the spectrum");
+}
+
+// A record that the usual extension is too long for gets the longest that it can have.
+void remark_on_extension(const Record &record, const Sections &sections, int ends) {
+    const std::size_t usual = usual_extension(sections), n = record.length();
+    if (ends != MENSURA_SOS_ENDS_NONE && usual >= n)
+        remark("{}: {} samples are too few to extend the ends by {}: extended by {}", record.name, n, usual, n - 1);
 }
 
 void run_on_record(const Options &options, Record &record) {
-    const TIIRFilter design = designed(options.request, rate_of(record));
-    const Change change = [&design, &options](Channel &channel) {
-        if (options.request.zero_phase) return apply_zero_phase(design, channel.samples);
-        TIIRFilter filter = design;
-        for (double &sample : channel.samples) sample = IIRFilter(&filter, sample);
+    const Filter filter = filter_for(options, options.sos.empty() ? rate_of(record) : record.rate);
+    const bool zero_phase = options.request.zero_phase;
+    const int ends = options.ends.value_or(MENSURA_SOS_ENDS_ODD);
+    if (zero_phase && !filter.leading) remark_on_extension(record, filter.sections, ends);
+    const Change change = [&](Channel &channel) {
+        if (!zero_phase) return one_way(filter)(channel.samples, 1);
+        if (filter.leading) return apply_zero_phase(*filter.leading, channel.samples);
+        filter_both_ways(filter.sections, ends, channel.samples);
     };
-    rewrite_record(record, options.files, change,
-                   title_of(options.request, options.request.zero_phase ? ", zero phase" : ""));
+    rewrite_record(record, options.files, change, filter.summary);
 }
 
 void run_as_stream(const Options &options, Source &source) {
-    const std::string title = title_of(options.request, "");
     if (is_wav(source)) {
         WavReader wav(source);
         wav.check_request(options.request.rate, options.files.columns);
-        const TIIRFilter design = designed(options.request, wav.rate());
-        stream_wav(wav, options.files, channel_by_channel(copies_of(design)), title);
+        const Filter filter = filter_for(options, wav.rate());
+        stream_wav(wav, options.files, one_way(filter), filter.summary);
     } else {
-        const TIIRFilter design = designed(options.request, *options.request.rate);
-        stream_table(source, options.files, channel_by_channel(copies_of(design)), title, *options.request.rate);
+        const double rate = options.request.rate.value_or(0);
+        const Filter filter = filter_for(options, rate);
+        stream_table(source, options.files, one_way(filter), filter.summary, rate);
     }
 }
 
-void check(const Options &options) {
-    if (options.ratio && options.request.pass_type != ptLowPass) reject("--auto is for lowpass");
-    if (options.ratio && !(*options.ratio > 0 && *options.ratio < 1))
-        reject("--auto {}: the ratio must lie above 0 and below 1", *options.ratio);
-    if (!options.ratio && !options.request.cutoff)
-        reject("--cutoff is required: the frequency in Hz, such as --cutoff 40Hz");
-    if (!options.ratio) check_frequencies(options.request, options.request.rate.value_or(HUGE_VAL));
+// The argument TYPE is the input where the sections come from a file.
+void take_type(Options &options) {
+    if (options.sos.empty()) {
+        if (options.type.empty()) reject_option("TYPE", joined(kPassTypes, &PassType::word, " or ") + " is required");
+        options.request.pass_type = row_named("TYPE", options.type, kPassTypes, &PassType::word).code;
+        return;
+    }
+    if (!options.files.input.empty()) reject("--sos FILE takes the place of TYPE: leave out \"{}\"", options.type);
+    options.files.input = options.type;
 }
 
-void run(const Options &options) {
+void check(const Options &options) {
+    const FilterRequest &request = options.request;
+    if (options.ratio && request.pass_type != ptLowPass) reject("--auto is for lowpass");
+    if (options.ratio && !(*options.ratio > 0 && *options.ratio < 1))
+        reject("--auto {}: the ratio must lie above 0 and below 1", *options.ratio);
+    if (options.ends && !request.zero_phase) reject("--ends is for --zero-phase");
+    if (options.ratio || !options.sos.empty()) return;
+    check_request(request);
+    if (request.rate) check_frequencies(request, *request.rate);
+}
+
+void run(Options &options) {
+    take_type(options);
     check(options);
     Source source(options.files.input);
-    const bool knows_rate = is_wav(source) || options.request.rate.has_value();
-    if (knows_rate && !options.request.zero_phase && !options.ratio) return run_as_stream(options, source);
+    const bool streams = is_wav(source) || options.request.rate || !options.sos.empty();
+    if (streams && !options.request.zero_phase && !options.ratio) return run_as_stream(options, source);
     Record record = read_record(source, options.files.columns, options.request.rate);
     if (options.ratio)
         run_automatically(options, record);
@@ -148,13 +237,29 @@ void add_filter(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app =
         program.add_command("filter", "filter the columns of a table or the channels of a WAV", kExamples);
-    add_pass_type(app, options->request).required();
+    app.add_option("TYPE", options->type, joined(kPassTypes, &PassType::word, " or ") + "; none with --sos");
     add_filter_options(app, options->request);
+    const auto take_ends = [options](const std::string &text) {
+        options->ends = row_named("--ends", text, kEnds, &Ends::word).code;
+    };
+    app.add_option("--ends", take_ends,
+                   fmt::format("with --zero-phase, how the record goes on at its ends: {}; default odd, by as many "
+                               "samples as SciPy's sosfiltfilt takes",
+                               joined(kEnds, &Ends::word, " or ")))
+        .type_name("HOW")
+        .excludes({"--leading-sections"});
+    app.add_option("--sos", options->sos,
+                   "sections from a file instead of a design: lines of b0,b1,b2,a0,a1,a2 with a0 = 1")
+        .type_name("FILE")
+        .excludes(kDesignOptions)
+        .excludes({"--leading-sections"});
     add_quantity(app, "--auto", options->ratio, kPlain,
-                 "zero-phase lowpass at a cut-off from the spectrum: what exceeds RATIO of its largest bin is signal")
+                 "zero-phase lowpass of leading sections at a cut-off from the spectrum: what exceeds RATIO of its "
+                 "largest bin is signal")
         .type_name("RATIO")
-        .excludes({"--cutoff", "--zero-phase", "--family", "--poles", "--ripple", "--stopband", "--gamma", "--gain",
-                   "--bandwidth"});
+        .excludes(kDesignOptions)
+        .excludes({"--leading-sections", "--zero-phase", "--ends", "--force", "--sos"});
+    app.add_flag("--quiet", options->quiet, "do not say on standard error what runs");
     add_files(app, options->files);
     app.callback([options] { run(*options); });
 }

@@ -12,22 +12,22 @@ namespace cli {
 
 namespace {
 
-constexpr std::size_t kNumbers = 6, kRegisters = 4;  // of a section
+constexpr std::size_t kRegisters = 4;  // of a section
 
 int checked(int code) {
     if (code < 0) fail("{}", mensura_sos_message(code));
     return code;
 }
 
+const double *numbers_of(const Sections &sections) { return sections.data()->data(); }
+int count_of(const Sections &sections) { return static_cast<int>(sections.size()); }
 std::ptrdiff_t signed_size(std::size_t size) { return static_cast<std::ptrdiff_t>(size); }
 
 }  // namespace
 
-int count_of(const Sections &sections) { return static_cast<int>(sections.size() / kNumbers); }
-
 CascadeFilter::CascadeFilter(const Sections &sections) : sections_(sections) {
-    std::vector<double> state(kRegisters * sections.size() / kNumbers);
-    const int code = mensura_sos_steady_state(sections.data(), count_of(sections), 1, state.data());
+    std::vector<double> state(kRegisters * sections.size());
+    const int code = mensura_sos_steady_state(numbers_of(sections), count_of(sections), 1, state.data());
     settles_ = code != MENSURA_SOS_STEADY_STATE;
     if (settles_) checked(code);
 }
@@ -36,7 +36,7 @@ void CascadeFilter::operator()(std::span<double> frames, std::size_t channels) {
     if (started_.size() < channels) {
         waiting_ += channels - started_.size();
         started_.resize(channels);
-        states_.resize(channels * kRegisters * sections_.size() / kNumbers);
+        states_.resize(channels * kRegisters * sections_.size());
     }
     while (waiting_ > 0 && !frames.empty()) {
         start(frames.first(channels));
@@ -52,7 +52,7 @@ void CascadeFilter::start(std::span<const double> frame) {
         if (started_[k] || std::isnan(frame[k])) continue;
         double *const state = states_.data() + k * registers;
         if (settles_)
-            checked(mensura_sos_steady_state(sections_.data(), count_of(sections_), frame[k], state));
+            checked(mensura_sos_steady_state(numbers_of(sections_), count_of(sections_), frame[k], state));
         else
             std::fill_n(state, registers, 0.0);
         started_[k] = true;
@@ -62,20 +62,20 @@ void CascadeFilter::start(std::span<const double> frame) {
 
 void CascadeFilter::run(std::span<double> frames, std::size_t channels) {
     const std::ptrdiff_t stride = signed_size(channels), n = signed_size(frames.size() / channels);
-    checked(mensura_sos_filter_channels(sections_.data(), count_of(sections_), states_.data(),
+    checked(mensura_sos_filter_channels(numbers_of(sections_), count_of(sections_), states_.data(),
                                         static_cast<int>(channels), frames.data(), stride, 1, frames.data(), stride, 1,
                                         n));
 }
 
 std::size_t usual_extension(const Sections &sections) {
-    return static_cast<std::size_t>(checked(mensura_sos_extension(sections.data(), count_of(sections))));
+    return static_cast<std::size_t>(checked(mensura_sos_extension(numbers_of(sections), count_of(sections))));
 }
 
 std::size_t filter_both_ways(const Sections &sections, int ends, std::vector<double> &samples) {
     const std::size_t most = samples.empty() ? 0 : samples.size() - 1;
     const std::size_t extension = ends == MENSURA_SOS_ENDS_NONE ? 0 : std::min(usual_extension(sections), most);
-    checked(mensura_sos_filtfilt(sections.data(), count_of(sections), ends, signed_size(extension), samples.data(), 1,
-                                 samples.data(), 1, signed_size(samples.size()), nullptr));
+    checked(mensura_sos_filtfilt(numbers_of(sections), count_of(sections), ends, signed_size(extension), samples.data(),
+                                 1, samples.data(), 1, signed_size(samples.size()), nullptr));
     return extension;
 }
 

@@ -3,15 +3,11 @@
 
 #include <cstddef>
 #include <span>
-#include <string>
 #include <vector>
 
+#include "cli/app/analysis.h"
+
 namespace cli {
-
-// Sections of six numbers, b0 b1 b2 1 a1 a2, one after the other.
-using Sections = std::vector<double>;
-
-int count_of(const Sections &sections);
 
 // Runs sections over frames, a sample of each channel, in place, and keeps their state: a FrameFilter.  Each channel
 // starts with its first number, as if that had always been its input; where that leads to no steady state, from rest.
