@@ -94,8 +94,8 @@ void report_on(const Options &options, const LowPass &filter, double rate) {
                                      : fmt::format("{} of the new Nyquist frequency", kPassed),
                             kAliases, rate > 0 ? fmt::format("{:.6g} Hz", 0.5 * rate / options.factor) : "there");
     if (!filter.sections.empty() && !options.zero_phase)
-        line += rate > 0 ? fmt::format("; delays by {:.4g} s", filter.delay / rate)
-                         : fmt::format("; delays by {:.4g} rows of the input", filter.delay);
+        line += rate > 0 ? fmt::format("; delays slow signals by {:.4g} s", filter.delay / rate)
+                         : fmt::format("; delays slow signals by {:.4g} rows of the input", filter.delay);
     report(line);
 }
 

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 #include <mensura/iir.h>
+#include <mensura/sos.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -18,7 +20,7 @@
 
 #include "support/folder.h"
 
-inline const std::string kLowpass = "filter lowpass --cutoff 40Hz --rate 360Hz ";
+inline const std::string kLowpass = "filter lowpass --cutoff 40Hz --rate 360Hz --quiet ";
 
 // The text has this in it; a failure shows both.
 #define EXPECT_HAS(text, part) EXPECT_PRED2(has, text, part)
@@ -71,19 +73,40 @@ class CommandLine : public testing::Test {
         return x;
     }
     // What kLowpass makes of them, one way or with zero phase.
-    static TIIRFilter low_pass(double cutoff) {
-        TIIRFilter filter;
-        initTIIRFilter(&filter, ptLowPass, cutoff, 360);
-        return filter;
+    static std::vector<double> low_pass(double cutoff, int passes, double rate = 360) {
+        mensura_sos_request request;
+        mensura_sos_default_request(&request, sizeof request);
+        request.rate = rate;
+        request.edge[0] = cutoff;
+        request.passes = passes;
+        return designed(request);
     }
-    static std::vector<double> filtered(std::vector<double> x, double cutoff = 40) {
-        TIIRFilter filter = low_pass(cutoff);
-        for (double &sample : x) sample = IIRFilter(&filter, sample);
+    static std::vector<double> designed(const mensura_sos_request &request) {
+        std::vector<double> sos(6 * std::size_t{MENSURA_SOS_MAX_SECTIONS});
+        const int sections = mensura_sos_design(&request, sos.data(), MENSURA_SOS_MAX_SECTIONS);
+        EXPECT_GT(sections, 0) << mensura_sos_message(sections);
+        sos.resize(6 * static_cast<std::size_t>(std::max(sections, 1)));
+        return sos;
+    }
+    static std::vector<double> filtered(const std::vector<double> &x, double cutoff = 40) {
+        return one_way(low_pass(cutoff, 1), x);
+    }
+    static std::vector<double> zero_phase(const std::vector<double> &x, double cutoff = 40) {
+        return both_ways(low_pass(cutoff, 2), x);
+    }
+    static std::vector<double> one_way(const std::vector<double> &sos, std::vector<double> x) {
+        const auto sections = static_cast<int>(sos.size() / 6);
+        std::vector<double> state(sos.size());
+        EXPECT_EQ(mensura_sos_steady_state(sos.data(), sections, x[0], state.data()), 0);
+        EXPECT_EQ(mensura_sos_filter(sos.data(), sections, state.data(), x.data(), 1, x.data(), 1, std::ssize(x)), 0);
         return x;
     }
-    static std::vector<double> zero_phase(std::vector<double> x, double cutoff = 40) {
-        TIIRFilter filter = low_pass(cutoff);
-        IIRFilterZeroPhase(&filter, x.data(), nullptr, static_cast<int>(x.size()));
+    static std::vector<double> both_ways(const std::vector<double> &sos, std::vector<double> x) {
+        const auto sections = static_cast<int>(sos.size() / 6);
+        const std::ptrdiff_t most = std::ssize(x) - 1, usual = mensura_sos_extension(sos.data(), sections);
+        EXPECT_EQ(mensura_sos_filtfilt(sos.data(), sections, MENSURA_SOS_ENDS_ODD, std::min(usual, most), x.data(), 1,
+                                       x.data(), 1, std::ssize(x), nullptr),
+                  0);
         return x;
     }
     // The layout with a number, in digits that read back as the same, in place of every @.

@@ -54,6 +54,7 @@ TEST_F(CommandLine, streams_answer_line_by_line) {
     const std::string filter_answers = filled("1,2 @,@\n", {filtered({1, 3})[1], filtered({2, 6})[1]});
     for (const auto &[command, answers] : {std::pair{std::string("average --length 2"), std::string("1,2 2,4\n")},
                                            {"despike --limit 1", "1,2 3,6\n"},
+                                           {"decimate 1 --quiet", "1,2 3,6\n"},
                                            {kLowpass, filter_answers},
                                            {"track --column x --rate 1 --q 1 --r 1", "1,2,1,0,0 3,6,"}}) {
         EXPECT_EQ(shell("timeout 60 sh lines.sh " + command), 0) << err;
