@@ -19,15 +19,13 @@ int checked(int code) {
     return code;
 }
 
-const double *numbers_of(const Sections &sections) { return sections.data()->data(); }
-int count_of(const Sections &sections) { return static_cast<int>(sections.size()); }
 std::ptrdiff_t signed_size(std::size_t size) { return static_cast<std::ptrdiff_t>(size); }
 
 }  // namespace
 
 CascadeFilter::CascadeFilter(const Sections &sections) : sections_(sections) {
     std::vector<double> state(kRegisters * sections.size());
-    const int code = mensura_sos_steady_state(numbers_of(sections), count_of(sections), 1, state.data());
+    const int code = mensura_sos_steady_state(data_of(sections), count_of(sections), 1, state.data());
     settles_ = code != MENSURA_SOS_STEADY_STATE;
     if (settles_) checked(code);
 }
@@ -52,7 +50,7 @@ void CascadeFilter::start(std::span<const double> frame) {
         if (started_[k] || std::isnan(frame[k])) continue;
         double *const state = states_.data() + k * registers;
         if (settles_)
-            checked(mensura_sos_steady_state(numbers_of(sections_), count_of(sections_), frame[k], state));
+            checked(mensura_sos_steady_state(data_of(sections_), count_of(sections_), frame[k], state));
         else
             std::fill_n(state, registers, 0.0);
         started_[k] = true;
@@ -62,20 +60,20 @@ void CascadeFilter::start(std::span<const double> frame) {
 
 void CascadeFilter::run(std::span<double> frames, std::size_t channels) {
     const std::ptrdiff_t stride = signed_size(channels), n = signed_size(frames.size() / channels);
-    checked(mensura_sos_filter_channels(numbers_of(sections_), count_of(sections_), states_.data(),
+    checked(mensura_sos_filter_channels(data_of(sections_), count_of(sections_), states_.data(),
                                         static_cast<int>(channels), frames.data(), stride, 1, frames.data(), stride, 1,
                                         n));
 }
 
 std::size_t usual_extension(const Sections &sections) {
-    return static_cast<std::size_t>(checked(mensura_sos_extension(numbers_of(sections), count_of(sections))));
+    return static_cast<std::size_t>(checked(mensura_sos_extension(data_of(sections), count_of(sections))));
 }
 
 std::size_t filter_both_ways(const Sections &sections, int ends, std::vector<double> &samples) {
     const std::size_t most = samples.empty() ? 0 : samples.size() - 1;
     const std::size_t extension = ends == MENSURA_SOS_ENDS_NONE ? 0 : std::min(usual_extension(sections), most);
-    checked(mensura_sos_filtfilt(numbers_of(sections), count_of(sections), ends, signed_size(extension), samples.data(),
-                                 1, samples.data(), 1, signed_size(samples.size()), nullptr));
+    checked(mensura_sos_filtfilt(data_of(sections), count_of(sections), ends, signed_size(extension), samples.data(), 1,
+                                 samples.data(), 1, signed_size(samples.size()), nullptr));
     return extension;
 }
 

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "cli/app/analysis.h"
+#include "cli/app/sections.h"
 
 namespace cli {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "cli/app/analysis.h"
+#include "cli/app/sections.h"
 
 namespace cli {
 
