@@ -14,15 +14,14 @@ constexpr const char *kMessages[] = {
     "the size of a record is not one that this library knows (its sizeof), or its reserved field is not 0",
     "the pass type is not an IIRPassType code, or not one that fits here",
     "the family is not a ProtoFamily code",
-    "the number of poles is below 1 or above the largest order of the family: 12 for Gaussian and Bessel, 15 for "
-    "inverse Chebyshev and elliptic, 20 for the others",
+    ("the number of poles is below 1 or above the largest order of the family: 12 for Gaussian and Bessel, 15 for "
+     "inverse Chebyshev and elliptic, 20 for the others"),
     "passes is neither 1 nor 2",
     "the rate is not above 0, or not finite",
     "a frequency is out of range: an edge lies above 0 and below half the rate, other frequencies from 0 to half of it",
     "the edges are equal or in the wrong order (the lower one comes first), or band is not a mensura_sos_band code",
-    "a level is out of range: it lies below 0 and above -200 dB, in a stop band not below minus its attenuation; a "
-    "loss "
-    "is above 0 and below the attenuation, which is at most 200 dB",
+    ("a level is out of range: it lies below 0 and above -200 dB, with a stop band not below minus its attenuation; a "
+     "loss is above 0 and below the attenuation, which is at most 200 dB"),
     "the ripple lies outside 0.0001 .. 10 dB",
     "the attenuation of the stop band lies outside 10 .. 200 dB, or not above the ripple",
     "gamma lies outside -1 .. 1",
