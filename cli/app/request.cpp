@@ -14,6 +14,7 @@
 #include "iir/default_request.h"
 #include "iir/pass_types.h"
 #include "iir/proto/limits.h"
+#include "sos/limits.h"
 
 namespace cli {
 
@@ -58,9 +59,10 @@ void add_edges(const Command &app, FilterRequest &request) {
         .type_name("LEVEL");
     add_corners(app, "--pass", request.pass,
                 "pass up to, or from, F with a loss of LOSS at most, such as 40Hz:1dB; twice for band types");
-    add_corners(app, "--stop", request.stop,
-                "stop from, or up to, F with a loss of LOSS at least, such as 60Hz:50dB; twice for band types; the two "
-                "choose the family and the poles, or the poles of --family");
+    add_corners(
+        app, "--stop", request.stop,
+        "stop from, or up to, F with a loss of LOSS at least, such as 60Hz:50dB; with --pass it chooses the family "
+        "and the poles, or the poles of --family");
 }
 
 void add_prototype(const Command &app, FilterRequest &request) {
@@ -147,8 +149,9 @@ void check_edges(const FilterRequest &r) {
 }
 
 void check_settings(const FilterRequest &r) {
-    if (r.level && !(*r.level < 0 && *r.level > -200))
-        reject("--at {} dB: must lie below 0 and above -200 dB", *r.level);
+    constexpr mensura::sos::Range kRange = mensura::sos::kLevelRange;
+    if (r.level && !mensura::sos::lies_inside(kRange, *r.level))
+        reject("--at {} dB: must lie below {} and above {} dB", *r.level, kRange.most, kRange.least);
 }
 
 void refuse_outside(const char *option, std::optional<double> frequency, double rate) {
@@ -285,6 +288,7 @@ int least_order(const FilterRequest &request, double rate, int family) {
 }
 
 void reject_request(int code, const mensura_sos_request &request) {
+    using mensura::sos::kGainRange, mensura::sos::kRippleRange, mensura::sos::kStopRange;
     const char *const family = family_name(request.family);
     switch (code) {
         case MENSURA_SOS_POLES:
@@ -292,11 +296,14 @@ void reject_request(int code, const mensura_sos_request &request) {
         case MENSURA_SOS_LEVEL:
             if (!mensura::iir::depends_on(request.family, mensura::iir::kStopBand)) break;
             reject("--at {} dB: not below -{} dB, the stop band of {}", request.level_db, request.stop_db, family);
-        case MENSURA_SOS_RIPPLE: reject("--ripple {} dB: from 0.0001 to 10 dB", request.ripple_db);
+        case MENSURA_SOS_RIPPLE:
+            reject("--ripple {} dB: from {} to {} dB", request.ripple_db, kRippleRange.least, kRippleRange.most);
         case MENSURA_SOS_STOP_BAND:
-            reject("--stopband {} dB: from 10 to 200 dB, and above the ripple", request.stop_db);
+            reject("--stopband {} dB: from {} to {} dB, and above the ripple", request.stop_db, kStopRange.least,
+                   kStopRange.most);
         case MENSURA_SOS_GAMMA: reject("--gamma {}: from -1 to 1", request.gamma);
-        case MENSURA_SOS_GAIN: reject("--gain {} dB: from -200 to 200 dB", request.gain_db);
+        case MENSURA_SOS_GAIN:
+            reject("--gain {} dB: from {} to {} dB", request.gain_db, kGainRange.least, kGainRange.most);
         case MENSURA_SOS_EDGES:
         case MENSURA_SOS_FREQUENCY:
             reject(

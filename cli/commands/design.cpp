@@ -141,7 +141,8 @@ void run(const Options &options) {
 // An option that chooses what is printed in so many rows.
 Option add_rows(const Command &app, const std::string &name, Options &options, Form form, const std::string &help) {
     const auto take = [name, form, &options](int rows) {
-        if (rows < 1 || rows > kMostRows) reject("{} {}: from 1 to {} are possible", name, rows, kMostRows);
+        if (rows < 1 || rows > kMostRows)
+            reject_option(name, fmt::format("{} rows; 1 to {} are possible", rows, kMostRows));
         options.form = form;
         options.rows = rows;
     };
