@@ -172,7 +172,8 @@ Real papoulis(const Specification &spec, Prototype &prototype) {
     for (std::size_t j = 0; j <= order; ++j) c[j] = scale * static_cast<Real>(kPapoulisChebyshev[order - 1][j]);
     c[0] += 1;
     const auto terms = std::span<const Real>(c).first(order + 1);
-    const auto roots = start_on_ellipse(n, 0, 1.2L, 0.6L, prototype);
+    const Real size = (4 + std::log(static_cast<Real>(n)) * 3 / 2) / static_cast<Real>(n);  // of ln |x + sqrt(x^2 - 1)|
+    const auto roots = start_on_ellipse(n, 0, std::cosh(size), std::sinh(size), prototype);
     if (!improve_roots([&](Complex x) { return evaluate_chebyshev(terms, x); }, roots)) return 0;
     for (Complex &p : roots) p = pole_of_square({(p.re + 1) / 2, p.im / 2});
     return monotonic_edge(n, spec.level, prototype);

@@ -1,6 +1,7 @@
 // All roots of a real polynomial at once, in extended precision (Aberth O, Math Comp 27:339, 1973).
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <span>
@@ -57,11 +58,15 @@ bool improve_roots(const Evaluate &evaluate, std::span<Complex> roots) {
     constexpr int kMostRounds = 60;
     constexpr Real kSmall = 1e-12L;  // a step of this size leaves an error of its cube
     for (int round = 0; round < kMostRounds; ++round) {
+        Real limit = 0;  // of a step: half of the largest root, as longer ones may circle for ever
+        for (const Complex root : roots) limit = std::max(limit, norm(root) / 4);
         bool converged = true;
         for (std::size_t i = 0; i < roots.size(); ++i) {
             const auto [value, slope] = evaluate(roots[i]);
-            const Complex step = value / (slope - value * repulsion(roots, i));
-            converged = converged && norm(step) <= kSmall * kSmall * norm(roots[i]);
+            Complex step = value / (slope - value * repulsion(roots, i));
+            const Real square = norm(step);
+            converged = converged && square <= kSmall * kSmall * norm(roots[i]);
+            if (square > limit) step = std::sqrt(limit / square) * step;
             const bool is_real = roots[i].im == 0;
             roots[i] = {roots[i].re - step.re, is_real ? 0 : std::fabs(roots[i].im - step.im)};
         }
