@@ -20,8 +20,8 @@ from links import WORDS, NameLinks
 HERE = Path(__file__).parent
 
 # The navigation: page and its title there.  A guide in docs/ that is not named here is added to Guides.
-START = {"README.md": "Mensura", "docs/filters.md": "Designing filters", "docs/cli.md": "The command line"}
-GUIDES = {"docs/iir.md": "What a filter gives", "docs/state.md": "State and priming",
+START = {"README.md": "Mensura", "docs/filters.md": "Filters", "docs/cli.md": "The command line"}
+GUIDES = {"docs/iir.md": "What older designs run", "docs/state.md": "State and priming",
           "docs/spectral.md": "Spectra and whole records", "docs/smooth.md": "Smoothers and streams",
           "docs/kalman.md": "Kalman tracking", "docs/ode.md": "Integrators", "docs/roots.md": "Roots of polynomials",
           "docs/units.md": "Units and scalings", "docs/threads.md": "Threads, memory, output",

@@ -33,9 +33,9 @@ int main(void) {
     // [shown]
     double block[BLOCK], state[4 * MENSURA_SOS_MAX_SECTIONS];
     int more = read_block(device, block);
-    mensura_sos_steady_state(sos, sections, block[0], state);                /* or all zero: from rest */
-    for (; more; more = read_block(device, block)) {                         /* any number of samples a block, 1 too */
-        mensura_sos_filter(sos, sections, state, block, 1, block, 1, BLOCK); /* in place; the state goes on */
+    mensura_sos_steady_state(sos, sections, block[0], state); /* or all zero: from rest */
+    for (; more; more = read_block(device, block)) {          /* of any length, 1 too */
+        mensura_sos_filter(sos, sections, state, block, 1, block, 1, BLOCK);
         write_block(block);
     }
     // [end]

@@ -8,7 +8,7 @@
 
 int main(void) {
     mensura_sos_request request;
-    mensura_sos_default_request(&request, sizeof request); /* low-pass, Butterworth, 6 poles, -3.01 dB, one pass */
+    mensura_sos_default_request(&request, sizeof request); /* low-pass, Butterworth, 6 poles */
     request.rate = 360;                                    /* samples a second */
     request.edge[0] = 40;                                  /* Hz */
 
@@ -20,7 +20,7 @@ int main(void) {
     }
 
     double x[8] = {5, 5, 5, 6, 6, 6, 6, 6};               /* samples, as many as there are */
-    mensura_sos_steady_state(sos, sections, x[0], state); /* as if x[0] had always been the input */
+    mensura_sos_steady_state(sos, sections, x[0], state); /* no step at the start */
     mensura_sos_filter(sos, sections, state, x, 1, x, 1, 8);
     for (int i = 0; i < 8; ++i) printf("%.3f\n", x[i]);
 

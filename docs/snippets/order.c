@@ -18,8 +18,8 @@ int main(void) {
     wanted.stop_edge[0] = 60; /* at least 60 dB less from 60 Hz on */
     wanted.attenuation_db = 60;
 
-    mensura_sos_request request;
-    const int poles = mensura_sos_order(&wanted, pfButterworth, 0, &request, sizeof request); /* -1: any family */
+    mensura_sos_request request; /* becomes the one to design; -1 instead of pfButterworth takes any family */
+    const int poles = mensura_sos_order(&wanted, pfButterworth, 0, &request, sizeof request);
     if (poles < 0) puts(mensura_sos_message(poles));
     // [end]
     CHECK(poles > 0 && poles == request.poles);
