@@ -106,9 +106,11 @@ void round_all_pass(const IdealCascade &ideal, Real gain, std::span<Section> sec
 }
 
 bool are_stable(std::span<const Section> sections) {
+    constexpr Real kLeast =
+        4 * std::numeric_limits<double>::epsilon();  // so that the radius of a pole rounds to below 1
     return std::ranges::all_of(sections, [](const Section &s) {
         const Factor d = denominator(s);
-        return d.plus > 0 && d.minus > 0 && d.skew > 0;
+        return d.plus >= kLeast && d.minus >= kLeast && d.skew >= kLeast;
     });
 }
 
@@ -123,10 +125,12 @@ Real largest_shift(const IdealCascade &ideal, std::span<const Section> sections)
     for (std::size_t i = 0; i < sections.size(); ++i) {
         const Factor wanted = ideal.sections[i].denominator;
         const Factor got = denominator(sections[i]);
-        largest = std::max({largest, std::fabs(got.plus / wanted.plus - 1), std::fabs(got.minus / wanted.minus - 1),
-                            std::fabs(got.skew / wanted.skew - 1)});
+        const Factor shift = {got.plus - wanted.plus, got.minus - wanted.minus, got.skew - wanted.skew};
+        const HalfAngle resonance = HalfAngle::at(std::sqrt(wanted.plus / wanted.minus));
+        for (const HalfAngle &angle : {kAtDc, resonance, kAtNyquist})
+            largest = std::max(largest, shift.norm(angle) / wanted.norm(angle));
     }
-    return largest;
+    return std::sqrt(largest);
 }
 
 }  // namespace mensura::sos

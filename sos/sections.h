@@ -24,7 +24,7 @@ bool are_stable(std::span<const Section> sections);
 // |H|^2.
 Real power_gain(std::span<const Section> sections, const HalfAngle &angle);
 
-// The largest relative distance of a denominator from the ideal one, taken at z = 1, at z = -1 and in 1 - a2.
+// How far rounding has shifted a denominator at most, relatively, at DC, at Nyquist and where it resonates.
 Real largest_shift(const IdealCascade &ideal, std::span<const Section> sections);
 
 }  // namespace mensura::sos
