@@ -8,7 +8,7 @@ tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
 
 cat > "$tmp/listed" << 'END'
-(a?cos|a?sin|a?tan|atan2|a?cosh|a?sinh|tanh|sincos|exp|expm1|log|log10|log1p|pow|sqrt|floor|ceil|fabs|fmod|ldexp|hypot|fma)[fl]?
+(a?cos|a?sin|a?tan|atan2|a?cosh|a?sinh|tanh|sincos|exp|expm1|log|log10|log1p|pow|sqrt|floor|ceil|fabs|fmod|ldexp|hypot|fma|copysign)[fl]?
 malloc|calloc|free|aligned_alloc
 memcpy|memmove|memset|memcmp|bcmp|strlen
 printf|fprintf|puts|putc|putchar|fputc|fputs|fwrite|fopen|fclose|stdout
