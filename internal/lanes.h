@@ -65,6 +65,18 @@ LANES_INLINE Pair lower_half(Lanes v) { return __builtin_shufflevector(v, v, 0, 
 LANES_INLINE Pair upper_half(Lanes v) { return __builtin_shufflevector(v, v, 2, 3); }
 LANES_INLINE Lanes joined(Pair lower, Pair upper) { return __builtin_shufflevector(lower, upper, 0, 1, 2, 3); }
 
+// The transpose of the matrix whose rows are given.
+LANES_INLINE void transpose(Lanes (&rows)[kLanes]) {
+    const Lanes a = __builtin_shufflevector(rows[0], rows[1], 0, 4, 2, 6);
+    const Lanes b = __builtin_shufflevector(rows[0], rows[1], 1, 5, 3, 7);
+    const Lanes c = __builtin_shufflevector(rows[2], rows[3], 0, 4, 2, 6);
+    const Lanes d = __builtin_shufflevector(rows[2], rows[3], 1, 5, 3, 7);
+    rows[0] = joined(lower_half(a), lower_half(c));
+    rows[1] = joined(lower_half(b), lower_half(d));
+    rows[2] = joined(upper_half(a), upper_half(c));
+    rows[3] = joined(upper_half(b), upper_half(d));
+}
+
 LANES_INLINE Lanes magnitude(Lanes v) {
     return reinterpret_cast<Lanes>(reinterpret_cast<LaneBits>(v) & INT64_MAX);  // without the sign bit
 }

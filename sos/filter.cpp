@@ -19,8 +19,7 @@ int check(const double *sos, int sections, const double *state, const double *x,
 int mensura_sos_filter(const double *sos, int sections, double *state, const double *x, ptrdiff_t x_stride, double *y,
                        ptrdiff_t y_stride, ptrdiff_t n) {
     if (const int code = check(sos, sections, state, x, y, n)) return code;
-    run_sections(sos, static_cast<std::size_t>(sections), state,
-                 {x, x_stride, y, y_stride, static_cast<std::size_t>(n)});
+    run_sections(sos, static_cast<std::size_t>(sections), state, {x, x_stride, y, y_stride, n});
     return 0;
 }
 
@@ -29,9 +28,7 @@ int mensura_sos_filter_channels(const double *sos, int sections, double *state, 
                                 ptrdiff_t y_distance, ptrdiff_t n) {
     if (const int code = check(sos, sections, state, x, y, n)) return code;
     if (channels < 1) return MENSURA_SOS_COUNT;
-    const auto count = static_cast<std::size_t>(sections);
-    for (ptrdiff_t c = 0; c < channels; ++c)
-        run_sections(sos, count, state + static_cast<std::size_t>(c) * count * kRegisters,
-                     {x + c * x_distance, x_stride, y + c * y_distance, y_stride, static_cast<std::size_t>(n)});
+    run_channels(sos, static_cast<std::size_t>(sections), state,
+                 {{x, x_stride, y, y_stride, n}, x_distance, y_distance, channels});
     return 0;
 }
