@@ -161,9 +161,10 @@ struct Neighbours {
     }
 };
 
-// Runs sections first .. first + count - 1; if their states disagree, returns false and has done nothing.
+// Runs sections first .. first + count - 1; if their states disagree, returns false and has done nothing.  It takes no
+// lanes; inlined, all of these would share a frame of many KB.
 template <std::size_t count>
-LANES_INLINE bool run_neighbours(const double *sos, const States &states, std::size_t first, const Rows &rows) {
+[[gnu::noinline]] bool run_neighbours(const double *sos, const States &states, std::size_t first, const Rows &rows) {
     Neighbours<count> sections(sos, states, first);
     if (!sections.agree) return false;
     const double *in = rows.in;
