@@ -11,15 +11,15 @@ namespace {
 
 constexpr double kSettled = 0.02;                    // of the gain
 constexpr double kGone = 1e-6;                       // what is left then no longer shows
-constexpr std::ptrdiff_t kMostSamples = 10'000'000;  // of a response one way
-constexpr std::ptrdiff_t kMostBothWays = 1'000'000;
+constexpr std::ptrdiff_t kMostSamples = 50'000'000;  // to find out when a response has settled
+constexpr std::ptrdiff_t kMostReach = 1'000'000;     // of a response both ways, which is stored
 
 // Samples after which a step has no more effect.
 std::optional<std::size_t> reach_of(const Sections &sections) {
     std::ptrdiff_t samples = 0;
     const int code =
-        mensura_sos_step_figures(data_of(sections), count_of(sections), kGone, kMostBothWays, nullptr, &samples);
-    if (code < 0) return {};
+        mensura_sos_step_figures(data_of(sections), count_of(sections), kGone, kMostSamples, nullptr, &samples);
+    if (code < 0 || samples > kMostReach) return {};
     return static_cast<std::size_t>(samples);
 }
 

@@ -99,7 +99,7 @@ Panel frequency_panel(const Design &design, const Axis &axis, const char *label)
             .y_label = label,
             .marks = edges_of(design),
             .logarithmic = axis.logarithmic,
-            .key_below = true,
+            .key_below = design.made.pass_type == ptLowPass,  // where no curve runs
             .x_lowest = axis.from,
             .x_highest = axis.to};
 }
