@@ -10,7 +10,6 @@
 #include <limits>
 
 #include "cli/app/diagnostics.h"
-#include "cli/app/time_response.h"
 
 namespace cli {
 
@@ -82,14 +81,6 @@ void measure_levels(const Meter &meter, const Target &target, Achieved &achieved
     achieved.half_power = meter.crossings(reference + kHalfPowerDb / target.passes);
 }
 
-void measure_step(const Sections &sections, const Target &target, Achieved &achieved) {
-    const double gain = std::pow(10, target.gain_db / 20);
-    const std::optional<StepFigures> figures = step_figures(sections, target.passes, gain);
-    if (!figures) return;
-    achieved.overshoot = figures->overshoot;
-    achieved.settling = figures->settling / target.rate;
-}
-
 }  // namespace
 
 Achieved soundness(const Sections &sections) {
@@ -110,7 +101,6 @@ Achieved measure(const Sections &sections, const Target &target) {
     const Meter meter(sections, target.rate);
     measure_levels(meter, target, achieved);
     if (target.passes == 1) achieved.delay = meter.delay(reference_frequency(target));
-    measure_step(sections, target, achieved);
     return achieved;
 }
 

@@ -1,7 +1,6 @@
 // What a filter achieves, measured from its sections.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,10 +36,8 @@ struct Achieved {
     std::vector<Level> edges;        // none for an all-pass
     std::vector<double> half_power;  // Hz: where the gain passes -3.01 dB below the reference
     std::vector<Band> pass, stop;
-    std::optional<double> overshoot;  // of the step response, in units of the gain
-    std::optional<double> settling;   // s, to within 2 % of the gain
-    double delay = 0;                 // s: group delay where gain_db is measured
-    double pole_radius = 0;           // the largest; 1 or more is unstable
+    double delay = 0;        // s: group delay where gain_db is measured
+    double pole_radius = 0;  // the largest; 1 or more is unstable
     bool all_zero = false, finite = true;
 
     bool measurable() const { return finite && !all_zero; }

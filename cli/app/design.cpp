@@ -215,7 +215,8 @@ std::string edges_text(const Design &design) {
 Design design_for(const FilterRequest &request, double rate) {
     check_request(request);
     check_frequencies(request, rate);
-    Design design{.rate = rate, .request = request, .leading = {}, .sections = {}, .achieved = {}, .summary = {}};
+    Design design{
+        .rate = rate, .request = request, .leading = {}, .sections = {}, .achieved = {}, .step = {}, .summary = {}};
     if (request.leading_sections) {
         const IIRDesignSpec spec = leading_spec(request, rate);
         design.leading = {spec, CalcIIRFilterCoeff(spec)};
@@ -229,6 +230,11 @@ Design design_for(const FilterRequest &request, double rate) {
     design.achieved = measure(design.sections, target_of(design));
     design.summary = summary_of(design);
     return design;
+}
+
+void measure_step(Design &design) {
+    if (!design.achieved.measurable()) return;
+    design.step = step_figures(design.sections, design.made.passes, std::pow(10, design.made.gain_db / 20));
 }
 
 void remark_on(const Design &design, const std::string &prefix) {

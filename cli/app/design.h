@@ -10,6 +10,7 @@
 
 #include "cli/app/analysis.h"
 #include "cli/app/request.h"
+#include "cli/app/time_response.h"
 
 namespace cli {
 
@@ -26,13 +27,17 @@ struct Design {
     std::optional<LeadingSections> leading;  // with --leading-sections
     Sections sections;
     Achieved achieved;
-    std::string summary;  // "lowpass, butterworth, 4 poles, zero phase, -3 dB at 6 Hz"
+    std::optional<StepFigures> step;  // when it has been measured
+    std::string summary;              // "lowpass, butterworth, 4 poles, zero phase, -3 dB at 6 Hz"
 
     const double *sos() const { return data_of(sections); }
     int count() const { return count_of(sections); }
 };
 
 Design design_for(const FilterRequest &request, double rate);
+
+// Apart from the rest, because slow filters take a second.
+void measure_step(Design &design);
 
 // Reports on stderr which settings were clamped (leading sections), and why the design should not be used, after
 // `prefix`.

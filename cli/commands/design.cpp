@@ -130,8 +130,9 @@ Figure figure_of(Picture picture, const std::vector<Design> &designs) {
 void run(const Options &options) {
     if (options.picture == Picture::Roots && options.form == Form::Families)
         reject("--show poles is for one family, not for --all-families");
-    const std::vector<Design> designs = designs_for(options);
+    std::vector<Design> designs = designs_for(options);
     comment_on(options, designs);
+    for (Design &design : designs) measure_step(design);
     Output out(data_file(options.plot, options.output));
     print(out, options, designs);
     out.commit();

@@ -165,10 +165,11 @@ constexpr std::size_t kMostSteps = 1'000'000;  // samples of a picture
 
 // Samples that show how the slowest design settles.
 std::size_t samples_to_show(const std::vector<Design> &designs) {
-    double longest = 0;  // s
-    for (const Design &design : designs) longest = std::max(longest, design.achieved.settling.value_or(0));
+    double longest = 0;
+    for (const Design &design : designs)
+        if (design.step) longest = std::max(longest, design.step->settling);
     const double both = designs.front().made.passes == 2 ? 2 : 1;
-    return static_cast<std::size_t>(std::min(1.5 * both * longest * designs.front().rate + 10, 1.0 * kMostSteps));
+    return static_cast<std::size_t>(std::min(1.5 * both * longest + 10, 1.0 * kMostSteps));
 }
 
 }  // namespace

@@ -78,18 +78,18 @@ ordered_json bands_json(const std::vector<Band> &bands) {
     return list;
 }
 
-ordered_json achieved_json(const Achieved &a) {
+ordered_json achieved_json(const Design &design) {
+    const Achieved &a = design.achieved;
     ordered_json edges = ordered_json::array();
     for (const Level &edge : a.edges) edges.push_back({{"at_Hz", edge.frequency}, {"level_dB", edge.db}});
-    const auto number = [](const std::optional<double> &value) { return value ? ordered_json(*value) : nullptr; };
     return {{"gain_dB", a.gain_db},
             {"reference_dB", a.reference_db},
             {"edges", edges},
             {"half_power_Hz", a.half_power},
             {"pass_band", bands_json(a.pass)},
             {"stop_band", bands_json(a.stop)},
-            {"step_overshoot", number(a.overshoot)},
-            {"step_settling_s", number(a.settling)},
+            {"step_overshoot", design.step ? ordered_json(design.step->overshoot) : nullptr},
+            {"step_settling_s", design.step ? ordered_json(design.step->settling / design.rate) : nullptr},
             {"group_delay_s", a.delay},
             {"largest_pole_radius", a.pole_radius}};
 }
@@ -101,7 +101,7 @@ void print_json(Output &out, const Design &design, const FamilyOrders &orders) {
                           {"asked", asked_json(design)},
                           {"designed", designed_json(design.made)},
                           {"sections", sections_json(design.sections)},
-                          {"achieved", achieved_json(design.achieved)},
+                          {"achieved", achieved_json(design)},
                           {"warnings", warnings_about(design.achieved)}};
     if (!orders.empty()) document["families"] = orders_json(orders);
     out.write(document.dump(2) + "\n");

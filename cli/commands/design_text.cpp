@@ -123,8 +123,9 @@ void print_achieved(Report &report, const Design &design) {
     report.entry("-3 dB at", joined(a.half_power));
     for (const Band &band : a.pass) print_band(report, "pass band", band);
     for (const Band &band : a.stop) print_band(report, "stop band", band);
-    report.entry("step overshoot", a.overshoot ? fmt::format("{:.2f} %", 100 * *a.overshoot) : kUnsettled);
-    report.entry("step settled (2 %)", a.settling ? duration(*a.settling, design.rate) : kUnsettled);
+    report.entry("step overshoot", design.step ? fmt::format("{:.2f} %", 100 * design.step->overshoot) : kUnsettled);
+    report.entry("step settled (2 %)",
+                 design.step ? duration(design.step->settling / design.rate, design.rate) : kUnsettled);
     report.entry(fmt::format("group delay {}", where), duration(a.delay, design.rate));
 }
 
@@ -156,10 +157,11 @@ void print_families(Output &out, const std::vector<Design> &designs) {
                           "overshoot", "settled (2 %)", "group delay", "pole radius", "-3 dB at"));
     for (const Design &design : designs) {
         const Achieved &a = design.achieved;
+        const StepFigures step = design.step.value_or(StepFigures{std::nan(""), std::nan("")});
         out.write(fmt::format("{:<19}{:>5}{:>15}{:>9.2f} %{:>11.3f} ms{:>11.3f} ms{:>13.6f}  {}\n",
                               family_name(design.made.family), design.made.poles, level(highest(a.stop)),
-                              100 * a.overshoot.value_or(std::nan("")), 1e3 * a.settling.value_or(std::nan("")),
-                              1e3 * a.delay, a.pole_radius, joined(a.half_power)));
+                              100 * step.overshoot, 1e3 * step.settling / design.rate, 1e3 * a.delay, a.pole_radius,
+                              joined(a.half_power)));
     }
 }
 
