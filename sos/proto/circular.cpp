@@ -47,8 +47,9 @@ Real inverse_chebyshev(const Specification &spec, Prototype &prototype) {
         const Angle angle = ellipse_angle(spec.order, static_cast<int>(i));
         if (angle.cosine > 0) prototype.zeros[prototype.zero_count++] = 1 / angle.cosine;
     }
-    const Real x = std::sqrt(depth2 / epsilon_squared_of(spec.level));
-    return is_below_stop_band(x) ? 0 : 1 / inverse_chebyshev_polynomial(spec.order, std::max(x, Real{1}));
+    const Real level2 = epsilon_squared_of(spec.level);
+    if (is_below_stop_band(level2, depth2)) return 0;
+    return 1 / inverse_chebyshev_polynomial(spec.order, std::max(std::sqrt(depth2 / level2), Real{1}));
 }
 
 }  // namespace mensura::sos

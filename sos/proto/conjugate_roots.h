@@ -40,7 +40,7 @@ inline Value evaluate_chebyshev(std::span<const Real> c, Complex x) {
     return {Complex{c[0], 0} + x * b - previous_b, b + x * d - previous_d};
 }
 
-// The sum of 1 / (z - root) over all roots but that at z itself, each of which stands for its conjugate, too.
+// The sum of 1 / (z - root) over all other roots; one above the real axis stands for its conjugate, too.
 inline Complex repulsion(std::span<const Complex> roots, std::size_t self) {
     const Complex z = roots[self];
     Complex sum = {0, z.im > 0 ? -1 / (2 * z.im) : 0};  // of its own conjugate

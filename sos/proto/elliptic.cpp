@@ -108,20 +108,9 @@ class Landen {
     std::size_t steps_ = 0;
 };
 
-}  // namespace
-
-Real elliptic(const Specification &spec, Prototype &prototype) {
-    const int n = spec.order;
-    const auto order = static_cast<Real>(n);
-    const Real eps2 = epsilon_squared(spec.ripple_db), stop_eps2 = epsilon_squared(spec.stop_db);
-    const Real between = (1 + eps2) * epsilon_squared(spec.stop_db - spec.ripple_db);  // stop_eps2 - eps2
-    const Modulus ripples = {std::sqrt(eps2 / stop_eps2), std::sqrt(between / stop_eps2)};
-    const Modulus bands = modulus_of_ratio(period_ratio(ripples) / order);
-    const Landen of_ripples(ripples), of_bands(bands);
-
-    const Real shift = std::asinh(of_ripples.imaginary_sine_of(1 / std::sqrt(eps2))) / order;  // v pi/2
+// The poles and zeros above the real axis, where the shift is v pi/2.
+void place_poles_and_zeros(int n, Modulus bands, const Landen &of_bands, Real shift, Prototype &prototype) {
     const Real cosh = std::cosh(shift), sinh = std::sinh(shift);
-    prototype.peak = ripple_peak(n, eps2);
     prototype.pole_count = static_cast<std::size_t>((n + 1) / 2);
     for (std::size_t i = 0; i < prototype.pole_count; ++i) {
         const Angle u = ellipse_angle(n, static_cast<int>(i));
@@ -129,10 +118,25 @@ Real elliptic(const Specification &spec, Prototype &prototype) {
         prototype.poles[i] = {-cd.im, cd.re};
         if (u.cosine > 0) prototype.zeros[prototype.zero_count++] = 1 / (bands.k * of_bands.ascend(u.cosine));
     }
+}
 
-    const Real f = std::sqrt(epsilon_squared_of(spec.level) / eps2);
-    if (is_below_stop_band(1 / (ripples.k * f))) return 0;
-    return of_bands.ascend(inverse_chebyshev_polynomial(n, of_ripples.cosine_of(f)));
+}  // namespace
+
+Real elliptic(const Specification &spec, Prototype &prototype) {
+    const int n = spec.order;
+    const auto order = static_cast<Real>(n);
+    const Real eps2 = epsilon_squared(spec.ripple_db), stop2 = epsilon_squared(spec.stop_db);
+    const Real level2 = epsilon_squared_of(spec.level);
+    if (is_below_stop_band(level2, stop2)) return 0;
+
+    const Real difference = (1 + eps2) * epsilon_squared(spec.stop_db - spec.ripple_db);  // stop2 - eps2
+    const Modulus ripples = {std::sqrt(eps2 / stop2), std::sqrt(difference / stop2)};
+    const Modulus bands = modulus_of_ratio(period_ratio(ripples) / order);
+    const Landen of_ripples(ripples), of_bands(bands);
+    const Real shift = std::asinh(of_ripples.imaginary_sine_of(1 / std::sqrt(eps2))) / order;
+    place_poles_and_zeros(n, bands, of_bands, shift, prototype);
+    prototype.peak = ripple_peak(n, eps2);
+    return of_bands.ascend(inverse_chebyshev_polynomial(n, of_ripples.cosine_of(std::sqrt(level2 / eps2))));
 }
 
 }  // namespace mensura::sos

@@ -1,8 +1,7 @@
 // Shared by the prototype families.  Each fills in poles, zeros and peak, and returns the edge in rad/s: the outermost
-// frequency of the pass band at which the gain is `level` times the peak.
+// frequency of the pass band at which the gain is `level` times the peak, or 0 where there is none.
 #pragma once
 
-#include <array>
 #include <cmath>
 
 #include "prototype.h"
@@ -41,8 +40,8 @@ inline Real inverse_chebyshev_polynomial(int n, Real x) {
 // The ripple of an even order starts at its lowest point.
 inline Real ripple_peak(int n, Real eps2) { return n % 2 == 0 ? std::sqrt(1 + eps2) : 1; }
 
-// Whether a level is below the stop band, whose own level is a ratio of 1, by more than rounding.
-inline bool is_below_stop_band(Real level_to_stop) { return level_to_stop < 1 - Real{1e-12}; }
+// Whether a level lies below the stop band by more than rounding; both as epsilon_squared.
+inline bool is_below_stop_band(Real level, Real stop_band) { return level > stop_band * (1 + Real{1e-12}); }
 
 Real butterworth(const Specification &spec, Prototype &prototype);
 Real chebyshev(const Specification &spec, Prototype &prototype);

@@ -47,6 +47,7 @@ void move_edge_to_one(Prototype &prototype, Real edge) {
 
 bool make_prototype(const mensura_sos_request &request, Real level, Prototype &prototype) {
     prototype = {};
+    if (!(level < 1)) return false;
     const Real edge = family_edge(request.family, of_one_pass(request, level), prototype);
     if (!std::isfinite(edge) || edge <= 0 || !is_stable(prototype)) return false;
     move_edge_to_one(prototype, edge);

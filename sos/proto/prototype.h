@@ -21,9 +21,10 @@ struct Prototype {
     Real peak = 1;  // the largest gain of the pass band
 };
 
-// The prototype of a request that has been checked.  At 1 rad/s its gain is `level` (a ratio below 1) times the peak; of
-// several such frequencies of the pass band, 1 rad/s is the outermost.  The ripple and the stop band are those of one pass.
-// Returns false when there is no such frequency.
+// The prototype of a request that has been checked.  At 1 rad/s its gain is `level` (a ratio below 1, of one pass) times
+// the peak; of several such frequencies of the pass band, 1 rad/s is the outermost.  Ripple and stop band of the request
+// count for all passes together; those of the prototype are their share.
+// Returns false when there is no such frequency, or the transition is too narrow for extended precision.
 bool make_prototype(const mensura_sos_request &request, Real level, Prototype &prototype);
 
 }  // namespace mensura::sos
