@@ -1,6 +1,8 @@
 /** @defgroup iir IIR filters
  *
- * `mensura/iir.h`: from a cut-off and a sampling rate to a running cascade of second-order sections.
+ * `mensura/iir.h`: from a cut-off and a sampling rate to a running cascade of second-order sections.  A design runs a
+ * fixed selection of its sections, so that its cut-off is mostly not the -3 dB point: docs/iir.md.  New programs find
+ * filters with the level that they ask for in mensura/sos.h.
  *
  * @code
  * TIIRFilter f;
