@@ -1,17 +1,20 @@
-"""Filters of the exported design functions, measured by mensura/sos.h.
+"""Filters of the exported design functions; cascades of sections, run and measured by mensura/sos.h.
 
-Frequencies are in the unit of `rate`; with its default of 2 they are fractions of the Nyquist frequency.
+Designs have a rate of 2: their frequencies are fractions of the Nyquist frequency.
 """
 
 import ctypes
 import math
 from typing import NamedTuple
 
-from binding import Double, IIRDesignSpec, Int, Pointer, ProtoSpec, checked, declare, doubles, measuring, sections_of
+from binding import (Double, IIRDesignSpec, Int, Pointer, ProtoSpec, Size, checked, declare, doubles, measuring,
+                     sections_of)
 
 LOW_PASS, HIGH_PASS, BAND_PASS, NOTCH, ALL_PASS = range(5)
 BUTTERWORTH, GAUSSIAN, BESSEL, ADJUSTABLE, CHEBYSHEV, INVERSE_CHEBYSHEV, PAPOULIS, ELLIPTIC = range(8)
-HALF_POWER = math.sqrt(0.5)
+HALF_POWER, HALF_POWER_DB = math.sqrt(0.5), -10 * math.log10(2)
+ENDS_NONE, ENDS_ODD, ENDS_EVEN, ENDS_CONSTANT = range(4)
+SETTLING_SAMPLES = 100_000_000  # a step response runs at most so long
 
 _CALLS = ((ctypes.c_char_p, "measure_family", Int, Pointer(Int)),)
 
@@ -27,71 +30,104 @@ def decibels(magnitude):
 
 
 class Cascade:
-    """Second-order sections, a row of six numbers after the other; made by Designer and by Requests."""
+    """Second-order sections, a row of six numbers after the other; made by Designer and by Requests.
 
-    def __init__(self, library, rows, coeffs=None):
-        self._library, self.rows, self.coeffs = library, rows, coeffs
+    Frequencies are in the unit of the rate; times are in seconds where that is Hz."""
+
+    def __init__(self, library, rows, rate, coeffs=None):
+        self._library, self.rows, self.rate, self.coeffs = library, rows, rate, coeffs
         self.count = len(rows) // 6
 
     def _call(self, name, *arguments):
         return checked(self._library, getattr(self._library, name)(self.rows, self.count, *arguments))
 
-    def response(self, frequencies, rate=2.0):
+    # ---- Run ----
+
+    def run(self, x, state=None):
+        y = doubles(len(x))
+        state = doubles(4 * self.count) if state is None else state
+        self._call("mensura_sos_filter", state, doubles(x), 1, y, 1, len(x))
+        return y
+
+    def steady_state(self, x):
+        state = doubles(4 * self.count)
+        self._call("mensura_sos_steady_state", x, state)
+        return state
+
+    def both_ways(self, x, ends=ENDS_ODD, extension=-1):
+        y = doubles(len(x))
+        self._call("mensura_sos_filtfilt", ends, extension, doubles(x), 1, y, 1, len(x), None)
+        return y
+
+    # ---- Measure ----
+
+    def response(self, frequencies):
         """H, complex."""
         n = len(frequencies)
         re, im = doubles(n), doubles(n)
-        self._call("mensura_sos_response", rate, doubles(frequencies), re, im, n)
+        self._call("mensura_sos_response", self.rate, doubles(frequencies), re, im, n)
         return [complex(*h) for h in zip(re, im)]
 
-    def magnitudes(self, frequencies, rate=2.0):
-        return doubles([abs(h) for h in Cascade.response(self, frequencies, rate)])
+    def magnitudes(self, frequencies):
+        return doubles([abs(h) for h in self.response(frequencies)])
 
-    def gain(self, frequency, rate=2.0):
+    def gain(self, frequency):
         """The gain in dB."""
-        return decibels(self.magnitudes([frequency], rate)[0])
+        return decibels(self.magnitudes([frequency])[0])
 
-    def delay(self, frequency, rate=2.0):
-        """The group delay in samples."""
+    def loss(self, frequency):
+        """The gain in dB relative to the largest one."""
+        return self.gain(frequency) - self.highest(0.0)
+
+    def delay(self, frequency=0.0):
+        """The group delay in seconds."""
         delay = doubles(1)
-        self._call("mensura_sos_group_delay", rate, doubles([frequency]), delay, 1)
-        return delay[0]
+        self._call("mensura_sos_group_delay", self.rate, doubles([frequency]), delay, 1)
+        return delay[0] / self.rate
+
+    def step(self, tolerance=0.02):
+        """Overshoot as a fraction of the step, and settling time in seconds."""
+        overshoot, settling = Double(), Size()
+        self._call("mensura_sos_step_figures", tolerance, SETTLING_SAMPLES, overshoot, settling)
+        return overshoot.value, settling.value / self.rate
 
     def pole_radius(self):
         radius = Double()
         self._call("mensura_sos_pole_radius", radius)
         return radius.value
 
-    def grid(self, rate=2.0):
-        """Frequencies from 0 to rate / 2, close together."""
-        return doubles([0.5 * rate * i / 8000 for i in range(8001)])
+    def grid(self):
+        """Frequencies from 0 to half the rate, close together."""
+        return doubles([0.5 * self.rate * i / 8000 for i in range(8001)])
 
-    def extremes(self, start, end, rate=2.0):
+    def extremes(self, start, end):
         """The lowest and the highest gain in dB from one frequency to another."""
         lowest, highest = Double(), Double()
-        self._call("mensura_sos_extremes", rate, start, end, lowest, highest)
+        self._call("mensura_sos_extremes", self.rate, start, end, lowest, highest)
         return lowest.value, highest.value
 
-    def highest(self, start, end, rate=2.0):
-        return self.extremes(start, end, rate)[1]
+    def highest(self, start, end=None):
+        """To half the rate without an end."""
+        return self.extremes(start, self.rate / 2 if end is None else end)[1]
 
-    def crossings(self, level, rate=2.0):
+    def crossings(self, level=HALF_POWER_DB):
         """The frequencies at which the gain passes a level in dB."""
         found = doubles(100)
-        return list(found[: self._call("mensura_sos_crossings", rate, level, found, len(found))])
+        return list(found[: self._call("mensura_sos_crossings", self.rate, level, found, len(found))])
 
-    def band(self, frequency, rate=2.0, threshold=HALF_POWER):
+    def band(self, frequency, threshold=HALF_POWER):
         """Where the magnitude passes the threshold below and above a frequency; 0 and rate / 2 where it does not."""
-        crossings = self.crossings(decibels(threshold), rate)
+        crossings = self.crossings(decibels(threshold))
         low = max((f for f in crossings if f <= frequency), default=0.0)
-        return low, min((f for f in crossings if f > frequency), default=rate / 2)
+        return low, min((f for f in crossings if f > frequency), default=self.rate / 2)
 
-    def half_power(self, start, end, rate=2.0, threshold=HALF_POWER):
+    def half_power(self, start, end, threshold=HALF_POWER):
         """The crossing nearest to `start` on the way to `end`, which is 0 or rate / 2; `end` where there is none."""
-        return self.band(start, rate, threshold)[end > start]
+        return self.band(start, threshold)[end > start]
 
-    def width(self, centre, rate=2.0):
+    def width(self, centre):
         """Between the two half-power points around the centre."""
-        low, high = self.band(centre, rate)
+        low, high = self.band(centre)
         return high - low
 
 
@@ -112,7 +148,7 @@ class Designer:
             code += 1
 
     def measured(self, coeffs):
-        return Cascade(self._library, doubles([number for row in sections_of(coeffs) for number in row]), coeffs)
+        return Cascade(self._library, doubles([number for row in sections_of(coeffs) for number in row]), 2.0, coeffs)
 
     def design(self, kind=LOW_PASS, cutoff=0.2, family=BUTTERWORTH, poles=6, bandwidth=0.1, gain=0.0, ripple=0.1,
                stop=60.0, gamma=0.0):

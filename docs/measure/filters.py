@@ -4,9 +4,10 @@ import itertools
 import math
 
 from binding import Refused
-from cascade import (ALL_PASS, BAND_PASS, BESSEL, BUTTERWORTH, ELLIPTIC, GAUSSIAN, LOW_PASS, NOTCH, Designer)
+from cascade import (ALL_PASS, BAND_PASS, BESSEL, BUTTERWORTH, ELLIPTIC, ENDS_CONSTANT, ENDS_EVEN, ENDS_NONE, ENDS_ODD,
+                     GAUSSIAN, HALF_POWER_DB, LOW_PASS, NOTCH, Designer)
 from figures import below, fixed, require, scientific
-from requested import ENDS_CONSTANT, ENDS_EVEN, ENDS_NONE, ENDS_ODD, HALF_POWER_DB, Requests
+from requested import Requests
 
 RATE, EDGE, BEYOND, STOP = 360.0, 40.0, 60.0, 80.0  # Hz
 KNEE_RATE, KNEE_EDGE = 200.0, 6.0  # Hz
@@ -48,7 +49,8 @@ class Examples:
         edge, first = (passed, stopped) if kind == BAND_PASS else ((0.0, passed), (None, stopped))
         lowest, largest = made.extremes(*edge)
         highest = max(made.highest(first[1]), made.highest(0.0, first[0]) if first[0] else -math.inf)
-        require(passes * (lowest - largest) > -1 - 1e-6 and passes * (highest - largest) < -60 + 1e-6, f"family {family} meets the requirement")
+        met = passes * (lowest - largest) > -1 - 1e-6 and passes * (highest - largest) < -60 + 1e-6
+        require(met, f"family {family} meets the requirement")
         return request.poles
 
     # ---- Both ways ----
@@ -95,12 +97,14 @@ class Examples:
     def overshoots(self):
         for family in (f for f in self.families if f.code in (GAUSSIAN, BESSEL, BUTTERWORTH)):
             low, high = (self.design(LOW_PASS, edge, rate=RATE, family=family.code, poles=4) for edge in (10.0, EDGE))
-            yield [family.name, *(f"{fixed(100 * made.step()[0], 1)} %" for made in (low, high)), f"{fixed(high.gain(STOP), 1)} dB"]
+            overshoots = (f"{fixed(100 * made.step()[0], 1)} %" for made in (low, high))
+            yield [family.name, *overshoots, f"{fixed(high.gain(STOP), 1)} dB"]
 
     def all_pass(self):
         made, low = (self.design(kind, 10.0, rate=RATE, family=BESSEL, poles=2) for kind in (ALL_PASS, LOW_PASS))
         require(max(map(abs, made.extremes(0.0, RATE / 2))) < FLAT, "an all-pass is flat")
-        require(all(abs(made.delay(f) - 2 * low.delay(f)) < 1e-9 for f in (0.0, 10.0, 100.0)), "its delay is twice the low-pass's")
+        twice = all(abs(made.delay(f) - 2 * low.delay(f)) < 1e-9 for f in (0.0, 10.0, 100.0))
+        require(twice, "its delay is twice the low-pass's")
         return made
 
     def decimation(self):
@@ -113,8 +117,8 @@ class Examples:
     # ---- Limits ----
 
     def low_edges(self):
-        """A row an edge: by poles the largest error of |H| from a tenth of the edge to ten times it; then that of the level at
-        the edge."""
+        """A row an edge: by poles the largest error of |H| from a tenth of the edge to ten times it; then that of the level
+        at the edge."""
         for edge in LOW_EDGES:
             found = [self._errors(edge, poles) for poles in LOW_ORDERS]
             yield [scientific(edge), *(below(e[0]) if e else "refused" for e in found),
@@ -135,8 +139,8 @@ class Examples:
         return error, abs(made.gain(edge) - HALF_POWER_DB)
 
     def narrow(self):
-        """Bands around 50 Hz: the largest error of the distance between the half-power points in Hz, as a fraction of the
-        distance requested; the highest gain in dB at the centre of the notches; the largest error of that of the others."""
+        """Bands around 50 Hz: the largest error of the distance between the half-power points, as a fraction of it; the
+        highest gain in dB at the centre of the notches; the largest error of that of the band-passes."""
         widths, depths, gains = [], [], []
         for kind, rate, width, poles in itertools.product((NOTCH, BAND_PASS), NARROW_RATES, NARROW_WIDTHS, NARROW_POLES):
             made = self.design(kind, 50.0, width, rate=float(rate), poles=poles, band=CENTRE)

@@ -104,7 +104,7 @@ class Pages:
         for i in range(1001):
             centre = 49 + i / 500
             c = self.band(NOTCH, BUTTERWORTH, poles, 2 * centre / rate, 2 * width / rate)
-            yield max(c.gain(centre, rate), 2 * DEEP)
+            yield max(c.gain(2 * centre / rate), 2 * DEEP)
 
     def notch_depths(self, rates, orders):
         """Rows by sampling rate: the median depth to 5 dB; depths below DEEP are all shown alike."""
@@ -135,7 +135,7 @@ class Pages:
         yield ("gain at the cut-off, default low-pass", f"{fixed(self.low_pass(BUTTERWORTH, 6).gain(CUTOFF), 2)} dB",
                f"{fixed(ours.gain(CUTOFF), 2)} dB")
         yield ("sections of 6 poles", "the most damped pair twice, the least damped not at all", "each pair once")
-        band = self.band(BAND_PASS, BUTTERWORTH, 1, 100 / 48000, 8 / 48000).width(50.0, 48000)
+        band = 24000 * self.band(BAND_PASS, BUTTERWORTH, 1, 50 / 24000, 4 / 24000).width(50 / 24000)
         edges = self._requests.design(BAND_PASS, 50.0, 4.0, rate=48000.0, poles=1, band=1).crossings()
         yield ("width of a band of 4 Hz around 50 Hz, 48000 samples a second", f"{fixed(band, 2)} Hz",
                f"{fixed(edges[1] - edges[0], 2)} Hz")
@@ -156,7 +156,7 @@ class Edges:
     def band_widths(self, rates, widths, centre=50.0):
         """A row for each width in Hz: the -3 dB width in Hz by sampling rate, alike for 1 to 3 poles of both types."""
         for width in widths:
-            found = [{fixed(self._band(poles, centre, width, rate, kind).width(centre, rate), 2)
+            found = [{fixed(self._band(poles, centre, width, rate, kind).width(2 * centre / rate) * rate / 2, 2)
                       for poles in (1, 2, 3) for kind in (BAND_PASS, NOTCH)} for rate in rates]
             require(all(len(texts) == 1 for texts in found), "band types of order 1 to 3 have one width")
             yield [f"{width:g} Hz", *(f"{text} Hz" for texts in found for text in texts)]

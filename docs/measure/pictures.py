@@ -9,8 +9,8 @@ import sys
 
 sys.dont_write_bytecode = True
 from binding import load
-from cascade import LOW_PASS, Designer
-from requested import HALF_POWER_DB, Requests
+from cascade import HALF_POWER_DB, LOW_PASS, Designer
+from requested import Requests
 
 RATE, EDGE = 360.0, 40.0  # Hz
 # Grey, then colours that people with any kind of colour vision can distinguish (Okabe and Ito), as the companion has them.
@@ -37,7 +37,7 @@ class Pictures:
     def requested(self):
         """The -3 dB point achieved by the one requested, 6 poles: of the layer, and of the older designs."""
         frequencies = [float(f) for f in range(1, 180)]
-        older = [[(f, self._designer.design(LOW_PASS, 2 * f / RATE, family.code).half_power(0, RATE / 2, RATE))
+        older = [[(f, self._designer.design(LOW_PASS, 2 * f / RATE, family.code).half_power(0, 1) * RATE / 2)
                   for f in frequencies] for family in self.families]
         ours = [(f, edge(self._made(family, f))) for f in frequencies[4::10] for family in self.families]
         script = f"""
