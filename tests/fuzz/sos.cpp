@@ -141,21 +141,28 @@ static void run(Input &input) {
     check(same_bits(state, expected));
 }
 
+// Interleaved or planar, with gaps between the samples, forwards or backwards, in memory of just the size needed.
 static void run_channels(Input &input) {
-    const int count = input.ConsumeIntegralInRange(1, 22), n = input.ConsumeIntegralInRange(0, 40);
-    const int channels = input.ConsumeIntegralInRange(1, 13);
+    const int count = input.ConsumeIntegralInRange(1, 22), n = input.ConsumeIntegralInRange(1, 40);
+    const int channels = input.ConsumeIntegralInRange(1, 13), gap = input.ConsumeIntegralInRange(1, 2);
     const Doubles sos = sections(input, count);
-    const bool interleaved = input.ConsumeBool(), in_place = input.ConsumeBool();
-    const ptrdiff_t stride = interleaved ? channels : 1, distance = interleaved ? 1 : n;
-    const Doubles x = numbers(input, n * channels, 60);
+    const bool interleaved = input.ConsumeBool(), in_place = input.ConsumeBool(), backwards = input.ConsumeBool();
+    const int size = (n * channels - 1) * gap + 1, direction = backwards ? -gap : gap;
+    const ptrdiff_t stride = (interleaved ? channels : 1) * direction, distance = (interleaved ? 1 : n) * direction;
+    const ptrdiff_t start = backwards ? size - 1 : 0;
+    const Doubles x = numbers(input, size, 60);
     Doubles y = x, expected = x, state = numbers(input, 4 * count * channels), one = state;
-    const int result =
-        mensura_sos_filter_channels(sos.data(), count, state.data(), channels, in_place ? y.data() : x.data(), stride,
-                                    distance, y.data(), stride, distance, n);
-    for (int c = 0; c < channels && n > 0; ++c)
-        check(mensura_sos_filter(sos.data(), count, &one[static_cast<std::size_t>(4 * count * c)],
-                                 x.data() + c * distance, stride, expected.data() + c * distance, stride, n) == result);
+    const double *const from = in_place ? y.data() : x.data();
+    const int result = mensura_sos_filter_channels(sos.data(), count, state.data(), channels, from + start, stride,
+                                                   distance, y.data() + start, stride, distance, n);
+    for (int c = 0; c < channels; ++c) {
+        const ptrdiff_t first = start + c * distance;
+        check(mensura_sos_filter(sos.data(), count, &one[static_cast<std::size_t>(4 * count * c)], x.data() + first,
+                                 stride, expected.data() + first, stride, n) == result);
+    }
     check(same_bits(y, expected) && same_bits(state, one));
+    check(mensura_sos_filter_channels(sos.data(), count, state.data(), channels, nullptr, stride, distance, nullptr,
+                                      stride, distance, 0) == result);
 }
 
 static void run_both_ways(Input &input) {
