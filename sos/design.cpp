@@ -71,7 +71,8 @@ int mensura_sos_design(const mensura_sos_request *request, double *sos, int capa
     if (capacity < count) return MENSURA_SOS_CAPACITY;
     const Real level = amplitude(request->level_db, request->passes);
     Prototype prototype;
-    if (!make_prototype(*request, level, prototype)) return MENSURA_SOS_LEVEL;
+    if (level >= 1) return MENSURA_SOS_LEVEL;  // rounded: a level of less than 1e-18 dB
+    if (!make_prototype(*request, level, prototype)) return MENSURA_SOS_PRECISION;
     std::array<Section, MENSURA_SOS_MAX_SECTIONS> sections;
     const auto used = std::span(sections).first(static_cast<std::size_t>(count));
     if (!make_sections(*request, prototype, level, used)) return MENSURA_SOS_PRECISION;
