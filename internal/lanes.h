@@ -71,10 +71,10 @@ LANES_INLINE void transpose(Lanes (&rows)[kLanes]) {
     const Lanes b = __builtin_shufflevector(rows[0], rows[1], 1, 5, 3, 7);
     const Lanes c = __builtin_shufflevector(rows[2], rows[3], 0, 4, 2, 6);
     const Lanes d = __builtin_shufflevector(rows[2], rows[3], 1, 5, 3, 7);
-    rows[0] = joined(lower_half(a), lower_half(c));
-    rows[1] = joined(lower_half(b), lower_half(d));
-    rows[2] = joined(upper_half(a), upper_half(c));
-    rows[3] = joined(upper_half(b), upper_half(d));
+    rows[0] = __builtin_shufflevector(a, c, 0, 1, 4, 5);
+    rows[1] = __builtin_shufflevector(b, d, 0, 1, 4, 5);
+    rows[2] = __builtin_shufflevector(a, c, 2, 3, 6, 7);
+    rows[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
 }
 
 LANES_INLINE Lanes magnitude(Lanes v) {
