@@ -34,7 +34,7 @@ constexpr const char *kExamples =
 
 constexpr double kRipple = 0.1, kAliases = 80;  // dB
 constexpr double kPassed = 0.8;                 // of the new Nyquist frequency
-constexpr int kLargest = 100000;                // beyond, doubles hold the low-pass too coarsely
+constexpr int kLargest = 10000;                 // from 30000 on, doubles hold the low-pass too coarsely
 
 struct Options {
     std::string input, output;
@@ -178,7 +178,7 @@ void decimate_record(const Options &options, const LowPass &filter, Source &sour
 
 void run(const Options &options) {
     if (options.factor < 1 || options.factor > kLargest)
-        reject("FACTOR {}: must lie between 1 and {}", options.factor, kLargest);
+        reject("FACTOR {}: must lie between 1 and {}; a larger one is the product of two", options.factor, kLargest);
     Source source(options.input);
     const LowPass filter = low_pass(options);
     if (options.zero_phase) return decimate_record(options, filter, source);

@@ -107,7 +107,7 @@ Filter designed(const Options &options, double rate) {
 
 // `rate` does not matter for sections from a file.
 Filter filter_for(const Options &options, double rate) {
-    const Filter filter = options.sos.empty() ? designed(options, rate) : from_file(options);
+    Filter filter = options.sos.empty() ? designed(options, rate) : from_file(options);
     if (!options.quiet) report(filter.summary);
     if (filter.leading || CascadeFilter(filter.sections).starts_settled()) return filter;
     if (options.request.zero_phase) fail("zero phase is not for a filter with a pole at z = 1: it has no steady state");
