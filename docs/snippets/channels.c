@@ -15,17 +15,18 @@ int main(void) {
 
     // [shown]
     enum { CHANNELS = 8, FRAMES = 500 };
-    static double frames[FRAMES][CHANNELS]; /* interleaved: a row holds one sample of each channel */
-    static double state[CHANNELS * 4 * MENSURA_SOS_MAX_SECTIONS]; /* 4 sections doubles for each in turn */
+    /* Interleaved: a row holds one sample of each channel.  4 doubles a section for each channel in turn. */
+    static double frames[FRAMES][CHANNELS];
+    static double state[CHANNELS * 4 * MENSURA_SOS_MAX_SECTIONS];
     // [end]
     for (int i = 0; i < FRAMES; ++i)
         for (int c = 0; c < CHANNELS; ++c) frames[i][c] = sin(0.01 * (c + 1) * i);
     double one[FRAMES], rest[4 * MENSURA_SOS_MAX_SECTIONS] = {0};
     CHECK(mensura_sos_filter(sos, sections, rest, &frames[0][5], CHANNELS, one, 1, FRAMES) == 0);
     // [call]
-    /* From one sample of a channel to its next: CHANNELS doubles; from one channel to the next: 1. */
-    mensura_sos_filter_channels(sos, sections, state, CHANNELS, &frames[0][0], CHANNELS, 1, &frames[0][0], CHANNELS, 1,
-                                FRAMES);
+    /* In place.  From one sample of a channel to its next are CHANNELS doubles, from one channel to the next 1. */
+    double *const x = frames[0];
+    mensura_sos_filter_channels(sos, sections, state, CHANNELS, x, CHANNELS, 1, x, CHANNELS, 1, FRAMES);
     // [end]
     for (int i = 0; i < FRAMES; ++i) CHECK(frames[i][5] == one[i]);
     return 0;

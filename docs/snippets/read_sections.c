@@ -14,7 +14,8 @@ static double sos[SECTIONS][6] = {
 int main(void) {
     double x[3] = {1, 1, 1};
     // [shown]
-    for (int k = 0; k < SECTIONS; ++k) { /* sos[k] holds b0 b1 b2 a0 a1 a2; a0 must be exactly 1 */
+    /* sos[k] holds b0 b1 b2 a0 a1 a2 of section k; a0 must be exactly 1. */
+    for (int k = 0; k < SECTIONS; ++k) {
         const double a0 = sos[k][3];
         for (int i = 0; i < 6; ++i) sos[k][i] /= a0;
     }

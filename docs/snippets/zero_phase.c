@@ -20,7 +20,8 @@ int main(void) {
     request.passes = 2; /* -3.01 dB at 6 Hz is for both ways together */
     double sos[6 * MENSURA_SOS_MAX_SECTIONS];
     const int sections = mensura_sos_design(&request, sos, MENSURA_SOS_MAX_SECTIONS);
-    if (sections > 0) mensura_sos_filtfilt(sos, sections, MENSURA_SOS_ENDS_ODD, -1, x, 1, y, 1, SAMPLES, NULL);
+    const int ends = MENSURA_SOS_ENDS_ODD;
+    if (sections > 0) mensura_sos_filtfilt(sos, sections, ends, -1, x, 1, y, 1, SAMPLES, NULL);
     // [end]
 
     CHECK(sections == 1);
