@@ -141,7 +141,8 @@ Real bessel(const Specification &spec, Prototype &prototype) {
         const auto i = static_cast<std::size_t>(k);
         c[i - 1] = c[i] * static_cast<Real>((2 * n - k + 1) * k) / static_cast<Real>(2 * (n - k + 1));
     }
-    const Real size = static_cast<Real>(n), centre = static_cast<Real>(-((n + 1) / 2 + 1));
+    const int near_centre = -((n + 1) / 2 + 1);
+    const Real size = static_cast<Real>(n), centre = static_cast<Real>(near_centre);
     for (std::size_t k = 0; k < order; ++k)
         for (std::size_t i = order; i > k; --i) c[i - 1] += centre * c[i];
     const auto terms = std::span<const Real>(c).first(order + 1);
