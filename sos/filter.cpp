@@ -28,6 +28,7 @@ int mensura_sos_filter_channels(const double *sos, int sections, double *state, 
                                 ptrdiff_t y_distance, ptrdiff_t n) {
     if (const int code = check(sos, sections, state, x, y, n)) return code;
     if (channels < 1) return MENSURA_SOS_COUNT;
+    if (n == 0) return 0;  // the arrays may be null
     run_channels(sos, static_cast<std::size_t>(sections), state,
                  {{x, x_stride, y, y_stride, n}, x_distance, y_distance, channels});
     return 0;
