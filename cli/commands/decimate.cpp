@@ -168,9 +168,11 @@ void decimate_record(const Options &options, const LowPass &filter, Source &sour
     if (record.wav) new_rate(*record.wav, options.factor);
     remark_missing(record);
     report_on(options, filter, record.rate);
-    for (Channel &channel : record.channels)
-        if (channel.has_numbers() && !filter.sections.empty())
-            filter_both_ways(filter.sections, MENSURA_SOS_ENDS_ODD, channel.samples);
+    if (!filter.sections.empty()) {
+        remark_if_short(record.name, record.length(), filter.sections, MENSURA_SOS_ENDS_ODD);
+        for (Channel &channel : record.channels)
+            if (channel.has_numbers()) filter_both_ways(filter.sections, MENSURA_SOS_ENDS_ODD, channel.samples);
+    }
     Output out(options.output);
     write_record(record, out, options.step());
     out.commit();

@@ -163,18 +163,11 @@ void run_automatically(const Options &options, Record &record) {
     rewrite_record(record, options.files, change, "zero-phase lowpass, cut-off from the spectrum");
 }
 
-// A record that the usual extension is too long for gets the longest that it can have.
-void remark_on_extension(const Record &record, const Sections &sections, int ends) {
-    const std::size_t usual = usual_extension(sections), n = record.length();
-    if (ends != MENSURA_SOS_ENDS_NONE && usual >= n)
-        remark("{}: {} samples are too few to extend the ends by {}: extended by {}", record.name, n, usual, n - 1);
-}
-
 void run_on_record(const Options &options, Record &record) {
     const Filter filter = filter_for(options, options.sos.empty() ? rate_of(record) : record.rate);
     const bool zero_phase = options.request.zero_phase;
     const int ends = options.ends.value_or(MENSURA_SOS_ENDS_ODD);
-    if (zero_phase && !filter.leading) remark_on_extension(record, filter.sections, ends);
+    if (zero_phase && !filter.leading) remark_if_short(record.name, record.length(), filter.sections, ends);
     const Change change = [&](Channel &channel) {
         if (!zero_phase) return one_way(filter)(channel.samples, 1);
         if (filter.leading) return apply_zero_phase(*filter.leading, channel.samples);

@@ -21,6 +21,10 @@ int checked(int code) {
 
 std::ptrdiff_t signed_size(std::size_t size) { return static_cast<std::ptrdiff_t>(size); }
 
+std::ptrdiff_t usual_extension(const Sections &sections, int ends) {
+    return ends == MENSURA_SOS_ENDS_NONE ? 0 : checked(mensura_sos_extension(data_of(sections), count_of(sections)));
+}
+
 }  // namespace
 
 CascadeFilter::CascadeFilter(const Sections &sections) : sections_(sections) {
@@ -65,16 +69,17 @@ void CascadeFilter::run(std::span<double> frames, std::size_t channels) {
                                         n));
 }
 
-std::size_t usual_extension(const Sections &sections) {
-    return static_cast<std::size_t>(checked(mensura_sos_extension(data_of(sections), count_of(sections))));
+void filter_both_ways(const Sections &sections, int ends, std::vector<double> &samples) {
+    const std::ptrdiff_t n = signed_size(samples.size());
+    const std::ptrdiff_t extension = n > 0 ? std::min(usual_extension(sections, ends), n - 1) : 0;
+    checked(mensura_sos_filtfilt(data_of(sections), count_of(sections), ends, extension, samples.data(), 1,
+                                 samples.data(), 1, n, nullptr));
 }
 
-std::size_t filter_both_ways(const Sections &sections, int ends, std::vector<double> &samples) {
-    const std::size_t most = samples.empty() ? 0 : samples.size() - 1;
-    const std::size_t extension = ends == MENSURA_SOS_ENDS_NONE ? 0 : std::min(usual_extension(sections), most);
-    checked(mensura_sos_filtfilt(data_of(sections), count_of(sections), ends, signed_size(extension), samples.data(), 1,
-                                 samples.data(), 1, signed_size(samples.size()), nullptr));
-    return extension;
+void remark_if_short(const std::string &name, std::size_t n, const Sections &sections, int ends) {
+    const std::ptrdiff_t usual = usual_extension(sections, ends);
+    if (usual > 0 && usual >= signed_size(n))
+        remark("{}: {} samples are too few to extend the ends by {}: extended by {}", name, n, usual, n - 1);
 }
 
 }  // namespace cli

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "cli/app/sections.h"
@@ -28,11 +29,11 @@ class CascadeFilter {
     std::size_t waiting_ = 0;  // channels that have not started
 };
 
-// Filters a record forwards and backwards, continued at its ends as `ends` says (a mensura_sos_ends code).  One too
-// short for the usual extension is extended by as much as it can be; returns the samples of the extension.
-std::size_t filter_both_ways(const Sections &sections, int ends, std::vector<double> &samples);
+// Filters a record forwards and backwards, continued at its ends as `ends` says (a mensura_sos_ends code), by as many
+// samples as usual or, in a short record, as can be.
+void filter_both_ways(const Sections &sections, int ends, std::vector<double> &samples);
 
-// The samples by which a record is usually extended.
-std::size_t usual_extension(const Sections &sections);
+// Says on stderr when a record of n samples is too short for the usual extension.
+void remark_if_short(const std::string &name, std::size_t n, const Sections &sections, int ends);
 
 }  // namespace cli

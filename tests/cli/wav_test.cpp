@@ -59,6 +59,27 @@ TEST_F(CommandLine, sound_is_filtered_channel_by_channel_in_its_format) {
     }
 }
 
+// The blocks of 4096 frames in which a sound is read do not show.
+TEST_F(CommandLine, sound_is_decimated_like_a_table) {
+    const Format three{3, 32, 3};
+    std::vector<double> x = signal(3 * 9000);
+    for (double &sample : x) sample = static_cast<float>(sample);
+    std::string layout;
+    for (int i = 0; i < 9000; ++i) layout += "@,@,@\n";
+    write("x.csv", filled(layout, x));
+    write("x.wav", wav_of(three, x));
+    for (const char *option : {"", " --zero-phase"}) {
+        EXPECT_EQ(run("decimate 5 --quiet x.csv" + std::string(option)), 0) << err;
+        std::vector<double> y;
+        for (const std::vector<double> &row : rows(out)) y.insert(y.end(), row.begin(), row.end());
+        ASSERT_EQ(y.size(), 3u * 1800);
+        EXPECT_EQ(run("decimate 5 --quiet x.wav" + std::string(option)), 0) << err;
+        EXPECT_EQ(out.substr(24, 4), little_endian(1600, 4)) << "the rate";
+        EXPECT_TRUE(out.ends_with(sound_of(three, y))) << option;
+    }
+    expect_refused("decimate 7 x.wav", "FACTOR 7: a WAV has a whole rate, and 8000 Hz / 7 is 1142.86 Hz");
+}
+
 TEST_F(CommandLine, clipped_and_damaged_sound_is_reported) {
     const std::string wav = wav_of({1, 16, 1}, {0, 0.75, -0.75, 0.75, -0.75});
     write("x.wav", wav);
