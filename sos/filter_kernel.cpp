@@ -167,13 +167,15 @@ template <std::size_t count>
 [[gnu::noinline]] bool run_neighbours(const double *sos, const States &states, std::size_t first, const Rows &rows) {
     Neighbours<count> sections(sos, states, first);
     if (!sections.agree) return false;
-    auto [in, in_stride, out, out_stride, left] = rows;
+    const double *in = rows.in;
+    double *out = rows.out;
     const auto run_row = [&]() LANES_LAMBDA {
         store(out, sections.run(load(in)));
-        in += in_stride;
-        out += out_stride;
+        in += rows.in_stride;
+        out += rows.out_stride;
     };
     constexpr std::ptrdiff_t kAtOnce = 6;  // an even number, so that `last` and `before` change places without a copy
+    std::ptrdiff_t left = rows.n;
     for (; left >= kAtOnce; left -= kAtOnce)
         for (std::ptrdiff_t j = 0; j < kAtOnce; ++j) run_row();
     for (; left > 0; --left) run_row();
