@@ -6,6 +6,7 @@
 
 #include "../internal/scratch.h"
 #include "arguments.h"
+#include "quadratic.h"
 
 using namespace mensura::sos;
 
@@ -58,8 +59,7 @@ int check(const double *sos, int sections, int ends, ptrdiff_t extension, const 
     if (const int code = check_values(y, n)) return code;
     if (ends < MENSURA_SOS_ENDS_NONE || ends > MENSURA_SOS_ENDS_CONSTANT) return MENSURA_SOS_ENDS;
     if (extension < -1) return MENSURA_SOS_COUNT;
-    for (ptrdiff_t k = 0; k < sections; ++k)
-        if (1 + sos[6 * k + 4] + sos[6 * k + 5] == 0) return MENSURA_SOS_STEADY_STATE;
+    if (has_pole_at_one(sos, sections)) return MENSURA_SOS_STEADY_STATE;
     return 0;
 }
 

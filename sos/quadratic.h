@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "../internal/constants.h"
+#include "arguments.h"
 
 namespace mensura::sos {
 
@@ -24,6 +25,18 @@ inline double at_plus_one(const Quadratic &q) {
     return std::abs(q.c0) >= std::abs(q.c2) ? q.c0 + q.c1 + q.c2 : q.c2 + q.c1 + q.c0;
 }
 inline double at_minus_one(const Quadratic &q) { return at_plus_one({q.c0, -q.c1, q.c2}); }
+
+// Whether the gain at DC of a section is infinite.
+inline bool has_pole_at_one(const double *sos, int sections) {
+    for (const double *s = sos; s != end_of(sos, sections); s += kNumbers)
+        if (at_plus_one(denominator(s)) == 0) return true;
+    return false;
+}
+
+// Of a section.
+inline double gain_at_dc(const double *section) {
+    return at_plus_one(numerator(section)) / at_plus_one(denominator(section));
+}
 
 // The angle theta = 2 pi x at a frequency of x cycles a sample, 0 .. 1/2, by the sine and cosine of its half; exact at
 // both ends.  The smaller of the two is a sine, the other one at least sqrt(1/2).

@@ -4,15 +4,13 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
 #include "arguments.h"
+#include "quadratic.h"
 
 using namespace mensura::sos;
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Sections that run at once; their states are on the stack.
 constexpr int kMostSections = 64;
@@ -30,120 +28,110 @@ int check(const double *sos, int sections, const double *y, ptrdiff_t n) {
     return check_values(y, n);
 }
 
-// ---- How long a step response lasts --------------------------------------------------------------------------------
+// ---- What may still come -------------------------------------------------------------------------------------------
 //
-// A section's poles have the magnitudes r1 and r2.  Its impulse response is at most the one with poles at r1 and r2
-// themselves and with all numerators positive, so with R the largest magnitude of all p poles of a cascade
+// Each signal between the sections is seen as its distance from its final value.  A section whose input stays within g
+// of its final value has an output within
 //
-//     |h[t]| <= B C(t + p - 1, p - 1) R^t,      B = product of (|b0| + |b1| / R + |b2| / R^2)
+//     max |f| + g sum |h|      f: what its registers give while the input is at its final value; h: its impulse response
 //
-// Here C is the binomial coefficient.  Poles with an angle theta between them and the real axis count once instead of
-// twice, and then bring the factor 1 / sin(theta).
+// Both f and h from its second sample on are responses (e0 + e1 z^-1) / (1 + a1 z^-1 + a2 z^-2).
 
-struct Bound {
-    double log_scale = 0;   // log B
-    double log_radius = 0;  // log R
-    int poles = 0;
+// The poles p1 and p2 of a section, and how its responses fade.
+struct Fading {
+    double re, im;                 // of p1, the larger one
+    double second;                 // p2, where the poles are real
+    double first_gap, second_gap;  // 1 - |p1|, 1 - |p2|: quotients of sums that are exact near the unit circle
+
+    explicit Fading(const Quadratic &q) {
+        const double half = -0.5 * q.c1, discriminant = half * half - q.c2;
+        if (discriminant < 0) {
+            re = half;
+            im = std::sqrt(-discriminant);
+            second = 0;
+            first_gap = second_gap = (1 - q.c2) / (1 + std::sqrt(q.c2));
+            return;
+        }
+        re = half + std::copysign(std::sqrt(discriminant), half);
+        im = 0;
+        second = re == 0 ? 0 : q.c2 / re;
+        second_gap = 1 - std::abs(second);
+        first_gap = re < 0 ? at_minus_one(q) / (1 + second) : at_plus_one(q) / (1 - second);
+    }
+
+    // Bounds on the largest value and on the sum of a response.  It is e0 p1^n and |e1 + e0 p2| times the convolution of
+    // p1^n with p2^n; poles off the real axis also bound it by |e1 + e0 p| |p|^n / im.
+    struct Bounds {
+        double largest, sum;
+    };
+    Bounds response(double e0, double e1) const {
+        const double rest = im > 0 ? std::hypot(e1 + e0 * re, e0 * im) : std::abs(e1 + e0 * second);
+        const Bounds close{std::abs(e0) + rest / second_gap, (std::abs(e0) + rest / second_gap) / first_gap};
+        if (!(im > 0)) return close;
+        return {std::min(close.largest, rest / im), std::min(close.sum, rest / im / first_gap)};
+    }
 };
 
-struct Poles {
-    double radius, sine;  // of the angle; 0 for real poles
-};
-
-Poles poles_of(double a1, double a2) {
-    const double half = -0.5 * a1, discriminant = half * half - a2;
-    if (discriminant < 0) return {std::sqrt(a2), std::sqrt(-discriminant / a2)};
-    return {std::abs(half) + std::sqrt(discriminant), 0};
-}
-
-bool is_stable(const double *section) {
-    const double a1 = section[4], a2 = section[5];
-    return std::abs(a2) < 1 && std::abs(a1) < 1 + a2;
-}
-
-Bound bound_of(const double *sos, int sections) {
-    constexpr double kSmallest = 0.5;  // of R: a larger one does no harm
-    double radius = kSmallest;
-    for (int k = 0; k < sections; ++k) radius = std::max(radius, poles_of(sos[6 * k + 4], sos[6 * k + 5]).radius);
-    Bound bound;
-    bound.log_radius = std::log(radius);
-    for (int k = 0; k < sections; ++k) {
-        const double *c = sos + 6 * k;
-        const Poles poles = poles_of(c[4], c[5]);
-        const bool apart = poles.sine > 1 - radius;
-        bound.poles += apart ? 1 : 2;
-        if (apart) bound.log_scale -= std::log(poles.sine);
-        bound.log_scale += std::log(std::abs(c[0]) + (std::abs(c[1]) + std::abs(c[2]) / radius) / radius);
+// A bound on the distance from the final value at all samples to come of a step response.
+double distance_to_come(const double *sos, int sections, const double *state) {
+    double input = 1, distance = 0;  // final value of the section's input, bound on its distance
+    for (const double *s = sos; s != end_of(sos, sections); s += kNumbers, state += kRegisters) {
+        const Quadratic n = numerator(s), d = denominator(s);
+        const Fading fading(d);
+        const double output = input * gain_at_dc(s);
+        const double x1 = state[0] - input, x2 = state[1] - input, y1 = state[2] - output, y2 = state[3] - output;
+        const auto free = fading.response(n.c1 * x1 + n.c2 * x2 - d.c1 * y1 - d.c2 * y2, n.c2 * x1 - d.c2 * y1);
+        const auto tail = fading.response(n.c1 - n.c0 * d.c1, n.c2 - n.c0 * d.c2);  // of h, from its second sample on
+        distance = free.largest + distance * (std::abs(n.c0) + tail.sum);
+        input = output;
     }
-    return bound;
+    return distance;
 }
 
-// log of a bound on the sum of |h| after sample t.  From one sample to the next the terms shrink by `ratio` or less.
-double log_tail(const Bound &b, double t) {
-    const double ratio = std::exp(b.log_radius) * (t + b.poles) / (t + 1);
-    if (!(ratio < 1)) return kInfinity;
-    double log_binomial = 0;
-    for (int i = 1; i < b.poles; ++i) log_binomial += std::log1p(t / i);
-    return b.log_scale + log_binomial + t * b.log_radius - std::log(1 - ratio);
-}
-
-// The samples after which the step response stays within `tolerance` of its final value for certain; infinity where
-// rounding hides the distance of a pole from the circle.
-double duration(const Bound &b, double tolerance) {
-    const auto enough = [&](double t) { return log_tail(b, t) <= std::log(tolerance); };
-    double t = 16;
-    while (!enough(t)) {
-        if (t > 1e18) return kInfinity;
-        t *= 2;
-    }
-    double too_few = t / 2;
-    while (t - too_few > 0.05 * t) {
-        const double middle = 0.5 * (too_few + t);
-        (enough(middle) ? t : too_few) = middle;
-    }
-    return std::ceil(t);
-}
-
-// ---- What it does before -------------------------------------------------------------------------------------------
+// ---- What has come -------------------------------------------------------------------------------------------------
 
 struct Figures {
-    double lowest = 0, highest = 0;
+    double final = 1, lowest = 0, highest = 0;
     ptrdiff_t settling = 0;
+
+    void add(double value, ptrdiff_t sample, double tolerance) {
+        lowest = std::min(lowest, value);
+        highest = std::max(highest, value);
+        if (!(std::abs(value - final) <= tolerance)) settling = sample + 1;
+    }
+
+    // Whether samples within this distance of the final value leave the extremes as they are, or nearly so.
+    bool are_final(double distance) const {
+        constexpr double kNearly = 1e-6;
+        return distance <= kNearly || (distance <= highest - final && distance <= final - lowest);
+    }
+
+    // A response that ends below a tenth of its largest value swings around that end, as a high-pass does around 0.
+    double overshoot() const {
+        constexpr double kTenth = 0.1;
+        const double above = highest - final, below = final - lowest;
+        if (std::abs(final) < kTenth * std::max(highest, -lowest)) return std::max(0.0, std::min(above, below));
+        return std::max(0.0, final > 0 ? above : below);
+    }
 };
 
-double final_value(const double *sos, int sections) {
-    double h = 1;
-    for (int k = 0; k < sections; ++k, sos += kNumbers) h *= (sos[0] + sos[1] + sos[2]) / (1 + sos[4] + sos[5]);
-    return h;
-}
-
-Figures run(const double *sos, int sections, double final, double tolerance, ptrdiff_t n) {
-    constexpr ptrdiff_t kBlock = 256;
+// Runs until what may still come cannot change the figures; false if that takes more than `most` samples.
+bool run(const double *sos, int sections, double tolerance, ptrdiff_t most, Figures &figures) {
+    constexpr ptrdiff_t kBlock = 128;
     std::array<double, kBlock> y;
     std::array<double, kMostSections * kRegisters> state{};
-    Figures figures;
-    for (ptrdiff_t start = 0; start < n; start += kBlock) {
-        const ptrdiff_t size = std::min(kBlock, n - start);
+    for (ptrdiff_t start = 0; start < most; start += kBlock) {
+        const ptrdiff_t size = std::min(kBlock, most - start);
         std::fill_n(y.begin(), size, 1.0);
         mensura_sos_filter(sos, sections, state.data(), y.data(), 1, y.data(), 1, size);
-        for (ptrdiff_t i = 0; i < size; ++i) {
-            const double value = y[static_cast<std::size_t>(i)];
-            figures.lowest = std::min(figures.lowest, value);
-            figures.highest = std::max(figures.highest, value);
-            if (!(std::abs(value - final) <= tolerance)) figures.settling = start + i + 1;
-        }
+        for (ptrdiff_t i = 0; i < size; ++i) figures.add(y[static_cast<std::size_t>(i)], start + i, tolerance);
+        const double distance = distance_to_come(sos, sections, state.data());
+        if (distance <= tolerance && figures.are_final(distance)) return true;
     }
-    return figures;
+    return false;
 }
 
-// A response that ends below a tenth of its largest value swings around that end, as a high-pass does around 0.
-double overshoot_of(const Figures &f, double final) {
-    constexpr double kTenth = 0.1;
-    const double above = f.highest - final, below = final - f.lowest;
-    const bool swings = std::abs(final) < kTenth * std::max(f.highest, -f.lowest);
-    const double beyond = swings ? std::min(above, below) : final > 0 ? above : below;
-    return std::max(0.0, beyond);
-}
+bool is_stable(const Quadratic &q) { return std::abs(q.c2) < 1 && at_plus_one(q) > 0 && at_minus_one(q) > 0; }
 
 }  // namespace
 
@@ -167,15 +155,13 @@ int mensura_sos_step_figures(const double *sos, int sections, double tolerance, 
     if (const int code = check_sections(sos, sections)) return code;
     if (sections > kMostSections || most < 1) return MENSURA_SOS_COUNT;
     if (!(tolerance > 0)) return MENSURA_SOS_LEVEL;
-    for (int k = 0; k < sections; ++k)
-        if (!is_stable(sos + 6 * k)) return MENSURA_SOS_UNSTABLE;
-
-    constexpr double kRest = 1e-6;  // an overshoot after that is smaller
-    const double needed = duration(bound_of(sos, sections), std::min(tolerance, kRest));
-    if (!(needed <= static_cast<double>(most))) return MENSURA_SOS_UNSETTLED;
-    const double final = final_value(sos, sections);
-    const Figures figures = run(sos, sections, final, tolerance, static_cast<ptrdiff_t>(needed));
-    if (overshoot != nullptr) *overshoot = overshoot_of(figures, final);
+    Figures figures;
+    for (const double *s = sos; s != end_of(sos, sections); s += kNumbers) {
+        if (!is_stable(denominator(s))) return MENSURA_SOS_UNSTABLE;
+        figures.final *= gain_at_dc(s);
+    }
+    if (!run(sos, sections, tolerance, most, figures)) return MENSURA_SOS_UNSETTLED;
+    if (overshoot != nullptr) *overshoot = figures.overshoot();
     if (settling != nullptr) *settling = figures.settling;
     return 0;
 }

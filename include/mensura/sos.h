@@ -69,7 +69,7 @@ enum mensura_sos_code {
     MENSURA_SOS_GAMMA = -13,       /**< gamma lies outside -1 .. 1 */
     MENSURA_SOS_GAIN = -14,        /**< the gain lies outside -200 .. 200 dB */
     MENSURA_SOS_CAPACITY = -15,    /**< the array is too small for the result */
-    MENSURA_SOS_COUNT = -16,       /**< a count is negative, or there is no section or no channel */
+    MENSURA_SOS_COUNT = -16,       /**< a count is negative or too large, or there is no section or no channel */
     MENSURA_SOS_SECTION = -17,     /**< the fourth number of a section is not 1 */
     MENSURA_SOS_UNREACHABLE = -18, /**< no order of the family meets the requirement */
     MENSURA_SOS_PRECISION = -19, /**< sections of doubles cannot hold this filter: its edges are too low or too close */
@@ -314,16 +314,20 @@ MENSURA_EXPORT int mensura_sos_impulse_response(const double *sos, int sections,
 
 /** What the step response does before it comes to rest.
  * Its final value is H at DC.  The overshoot is the most that it goes beyond that value, seen from 0; for a filter
- * whose final value is 0 (high-pass, band-pass) the most that it swings to the side opposite to its largest value.  It
- * has settled from the first sample on after which it stays within `tolerance` of the final value.  The overshoot and
- * the tolerance are in units of the step.
+ * whose final value is 0 (high-pass, band-pass), or less than a tenth of its largest value, the most that it swings to
+ * the side opposite to its largest value.  It has settled from the first sample on after which it stays within
+ * `tolerance` of the final value.  The overshoot and the tolerance are in units of the step.
+ *
+ * The response runs until a bound on all that is still to come, from the registers and the poles, is within the
+ * tolerance and leaves the overshoot as it is (to 1e-6).
  * @param sos        the sections
- * @param sections   their number, 1 or more
- * @param tolerance  such as 0.02, above 0
- * @param most       samples to run at most, 1 or more; the time is proportional to them
+ * @param sections   their number, 1 .. 64
+ * @param tolerance  such as 0.02, above 0 (MENSURA_SOS_LEVEL)
+ * @param most       samples to run at most, 1 or more; the time is proportional to those that run
  * @param overshoot  0 when there is none; may be null
  * @param settling   samples; may be null
- * @return 0, or a negative code: MENSURA_SOS_UNSTABLE, MENSURA_SOS_UNSETTLED */
+ * @return 0, or a negative code: MENSURA_SOS_UNSTABLE; MENSURA_SOS_UNSETTLED, also where it takes more than `most`
+ *         samples to be sure */
 MENSURA_EXPORT int mensura_sos_step_figures(const double *sos, int sections, double tolerance, ptrdiff_t most,
                                             double *overshoot, ptrdiff_t *settling);
 

@@ -271,6 +271,8 @@ TEST(SosRun, Figures_of_steps_are_those_of_the_whole_response) {
                       0);
             EXPECT_EQ(settling, static_cast<ptrdiff_t>(settled)) << type << ' ' << edge;
             EXPECT_NEAR(overshoot, std::max(over, 0.0), 1e-6) << type << ' ' << edge;
+            const ptrdiff_t few = 20 * settling + 200;  // are enough to be sure
+            EXPECT_EQ(mensura_sos_step_figures(sos.data(), count_of(sos), kTolerance, few, nullptr, nullptr), 0);
         }
 }
 
