@@ -27,6 +27,8 @@ class Row(NamedTuple):
 
 FEEDBACK = "A filter is bound by its own feedback: each section waits for its last output to come back from memory."
 UNFUSED = FEEDBACK + " The loop may fuse products and sums, which would change our bits."
+LANES = ("One filter alone already runs its sections side by side in lanes and is bound by its feedback; channels are bound "
+         "by 27 products and sums of four lanes a sample.")
 UNPLANNED = "The peer has planned beforehand; `FFT` keeps nothing, and makes its sines and cosines in every call."
 PRODUCTS = "In addition to the cosines it computes 65536 products and reads and writes the data."
 DIVIDER = "The speed of division limits it."
@@ -56,6 +58,24 @@ SECTIONS = {
         "Default_design_against_liquid": Row("default low-pass design", LIQUID, 0.85),
         "Elliptic_band_pass_6_design_against_liquid": Row("elliptic band-pass design, 6 poles", LIQUID, 12),
         "Chebyshev_8_design_against_Butterworth_8": Row("Chebyshev design, 8 poles", BUTTERWORTH, 30),
+    },
+    "Filters as requested, three sections": {
+        "sos_filter_against_FilterWithIIR": Row("`mensura_sos_filter`, a long block, per sample", "`FilterWithIIR`", 1.00),
+        "sos_filter_against_contracted_transposed_form":
+            Row("the same", "a loop, transposed form II, products and sums fused", 0.80),
+        "sos_filter_against_liquid": Row("the same", LIQUID, 0.50),
+        "sos_filter_against_sosfilt": Row("the same", "SciPy `sosfilt`", 0.50),
+        "sos_filter_8_samples_a_call_against_long_block":
+            Row("`mensura_sos_filter`, 8 samples a call, per sample", "one long block", 2.5, limit=15),
+        "sos_filter_channels_8_interleaved_against_one_by_one":
+            Row("`mensura_sos_filter_channels`, 8 interleaved channels, per channel and sample", "one by one", 0.35, LANES),
+        "sos_filter_channels_8_planar_against_one_by_one":
+            Row("the same, 8 planar channels", "one by one", 0.60),
+        "sos_filtfilt_against_sosfiltfilt": Row("`mensura_sos_filtfilt`, per sample", "SciPy `sosfiltfilt`", 0.50),
+        "sos_design_Butterworth_6_against_CalcIIRFilterCoeff":
+            Row("`mensura_sos_design`, Butterworth, 6 poles", "`CalcIIRFilterCoeff`", limit=3000),
+        "sos_design_elliptic_6_against_CalcIIRFilterCoeff":
+            Row("`mensura_sos_design`, elliptic, 6 poles", "`CalcIIRFilterCoeff`", limit=10000),
     },
     "Spectra": {
         **sizes("FFT_against_FFTW", FFT, FFTW, dict(zip(FFT_SIZES, (1.25, 1.15, 1.10, 0.95, 0.65))), UNPLANNED),

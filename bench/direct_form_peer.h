@@ -1,6 +1,8 @@
-// The direct form I loops that a user would write, in two layouts.  Compiled with -march=MENSURA_PEER_ARCH, by default
+// The loops that a user would write: direct form I in two layouts, and the transposed direct form II over a block.  Compiled with -march=MENSURA_PEER_ARCH, by default
 // native.
 #pragma once
+
+#include <cstddef>
 
 namespace peer {
 
@@ -20,5 +22,13 @@ struct Arrays {
 
 double run_sections(Section *sections, int count, double x);
 double run_arrays(Arrays *arrays, int count, double x);
+
+// A section of the transposed direct form II, with its state.
+struct Transposed {
+    double b0, b1, b2, a1, a2;
+    double s1, s2;
+};
+
+void run_transposed(Transposed (&sections)[kSections], const double *x, double *y, std::size_t n);
 
 }  // namespace peer

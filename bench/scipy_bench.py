@@ -29,6 +29,7 @@ POINTS = 100_000
 ROUNDS = 40
 EDGE = 1000  # samples not compared at either end, where the start of a filter shows: its poles, |z| < 0.62, fade to 1e-16 in 80
 LOW_PASS = 0  # ptLowPass
+ODD = 1  # MENSURA_SOS_ENDS_ODD
 TOLERANCE = 1e-10  # absolute, of values up to about 1 whose sums are rounded in another order
 
 
@@ -83,6 +84,15 @@ def main():
     def run_zero_phase_scipy():
         return signal.sosfiltfilt(sections, noise)
 
+    sos, state = np.ascontiguousarray(sections), np.zeros(4 * len(sections))
+    work = np.zeros(4 * len(sections) + 2 * library.mensura_sos_extension(sos, len(sections)))
+
+    def run_sections():
+        library.mensura_sos_filter(sos, len(sections), state, noise, 1, out, 1, SAMPLES)
+
+    def run_both_ways():
+        library.mensura_sos_filtfilt(sos, len(sections), ODD, -1, noise, 1, out, 1, SAMPLES, work)
+
     respond()
     check("IIRFreqResponse", re + 1j * im, respond_scipy())
     table = [compare("IIRFreqResponse_against_sosfreqz", POINTS, respond, respond_scipy)]
@@ -93,6 +103,13 @@ def main():
     inner = slice(EDGE, -EDGE)  # SciPy extends the signal at its ends, ours start from its first value
     check("IIRFilterZeroPhase", out[inner], run_zero_phase_scipy()[inner])
     table.append(compare("IIRFilterZeroPhase_against_sosfiltfilt", SAMPLES, run_zero_phase, run_zero_phase_scipy))
+
+    run_sections()
+    check("mensura_sos_filter", out, run_block_scipy())
+    table.append(compare("sos_filter_against_sosfilt", SAMPLES, run_sections, run_block_scipy))
+    run_both_ways()
+    check("mensura_sos_filtfilt", out, run_zero_phase_scipy())
+    table.append(compare("sos_filtfilt_against_sosfiltfilt", SAMPLES, run_both_ways, run_zero_phase_scipy))
 
     if arguments.json:
         print(json.dumps({"benchmarks": table}))
