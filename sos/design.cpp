@@ -15,7 +15,9 @@ namespace mensura::sos {
 
 namespace {
 
-constexpr Real kMostShift = 2.3e-3L;  // of a denominator on the unit circle or of its damping
+// Of a denominator, relatively: 0.005 dB, because two neighbours add up.  A resonance that is shifted further shifts the
+// peak to which levels relate.
+constexpr Real kMostShift = 5.8e-4L;
 
 // A level in dB as a ratio of amplitudes, for one of the passes.
 Real amplitude(double db, int passes) { return std::pow(Real{10}, static_cast<Real>(db) / (20 * passes)); }
@@ -32,7 +34,8 @@ bool make_sections(const mensura_sos_request &request, const Prototype &prototyp
     }
     const Target target{edges, gain * level * prototype.peak, reference_frequency(request.pass_type, edges), gain};
     round_sections(ideal, target.reference, target.gain, sections);
-    return settle_edges(ideal, target, sections) && are_stable(sections);
+    return largest_shift(ideal, sections) <= kMostShift && settle_edges(ideal, target, sections) &&
+           are_stable(sections);
 }
 
 int sections_of(const mensura_sos_request &request) {

@@ -98,11 +98,21 @@ Extremes extremes_of(std::span<const Band, 2> bands, const double *sos, int sect
 
 bool meets(const mensura_sos_requirement &r, const double *sos, int sections) {
     const Bands bands = bands_of(r);
-    const Extremes stop = extremes_of(bands.stop, sos, sections, r.rate);
-    const Extremes pass = extremes_of(bands.pass, sos, sections, r.rate);
     const double rounding = kRounding * std::min(r.loss_db, 1.0);
-    return r.passes * (pass.highest - pass.lowest) <= r.loss_db + rounding &&
-           r.passes * (pass.highest - stop.highest) >= r.attenuation_db - rounding;
+    const auto is_stopped = [&](const Extremes &stop, double peak) {
+        return r.passes * (peak - stop.highest) >= r.attenuation_db - rounding;
+    };
+    // First without a search: a pass band that meets the requirement holds the gain of 0 dB at the reference frequency,
+    // so it rises above that by no more than the loss.
+    const double highest_peak = (r.loss_db + rounding) / r.passes;
+    const double first = r.stop_edge[0];
+    const double last = r.stop_edge[iir::is_band_type(r.pass_type) ? 1 : 0];
+    const std::array<Band, 2> edges = {{{first, first}, {last, last}}};
+    if (!is_stopped(extremes_of(edges, sos, sections, r.rate), highest_peak)) return false;
+    const Extremes stop = extremes_of(bands.stop, sos, sections, r.rate);
+    if (!is_stopped(stop, highest_peak)) return false;
+    const Extremes pass = extremes_of(bands.pass, sos, sections, r.rate);
+    return r.passes * (pass.highest - pass.lowest) <= r.loss_db + rounding && is_stopped(stop, pass.highest);
 }
 
 // ---- Searching -----------------------------------------------------------------------------------------------------
