@@ -127,8 +127,7 @@ Real largest_shift(const IdealCascade &ideal, std::span<const Section> sections)
         const Factor got = denominator(sections[i]);
         const Factor shift = {got.plus - wanted.plus, got.minus - wanted.minus, got.skew - wanted.skew};
         const HalfAngle resonance = HalfAngle::at(std::sqrt(wanted.plus / wanted.minus));
-        for (const HalfAngle &angle : {kAtDc, resonance, kAtNyquist})
-            largest = std::max(largest, shift.norm(angle) / wanted.norm(angle));
+        largest = std::max(largest, shift.norm(resonance) / wanted.norm(resonance));
     }
     return std::sqrt(largest);
 }

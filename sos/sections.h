@@ -24,7 +24,7 @@ bool are_stable(std::span<const Section> sections);
 // |H|^2.
 Real power_gain(std::span<const Section> sections, const HalfAngle &angle);
 
-// How far rounding has shifted a denominator at most, relatively, at DC, at Nyquist and where it resonates.
+// How far rounding has shifted a denominator at most, relatively, where it resonates.
 Real largest_shift(const IdealCascade &ideal, std::span<const Section> sections);
 
 }  // namespace mensura::sos

@@ -133,7 +133,7 @@ MENSURA_EXPORT int mensura_sos_default_request(mensura_sos_request *request, int
  * are w away from 0 or half the rate, and d the distance of two edges but at most w, |H| is within 1e-15 / (w d) of its
  * largest value for 6 Butterworth poles, within 2e-14 / (w d) for 12 poles of any family.  A single edge at -3 dB has
  * its level to 1e-6 dB from 1e-5 of half the rate on.  Sections that would shift the level at an edge by more than
- * 0.01 dB are refused (MENSURA_SOS_PRECISION).
+ * 0.01 dB, or |H| at a resonance by more than 0.005 dB, are refused (MENSURA_SOS_PRECISION).
  * @param request   what is wanted
  * @param sos       room for `capacity` sections of 6 doubles; MENSURA_SOS_MAX_SECTIONS are always enough
  * @param capacity  sections that sos has room for
