@@ -68,7 +68,8 @@ void place_bands(Target &target, Edges edges) {
             break;
         case ptNotch:
             target.pass = outside(edges, nyquist);
-            target.stop = {{target.centre - 0.05 * width, target.centre + 0.05 * width}};
+            edges = edges_around(target.centre, 0.1 * width, target.rate);
+            target.stop = {{edges.lower, edges.upper}};
             break;
         default: target.pass = {{0, nyquist}};
     }
@@ -234,7 +235,7 @@ Design design_for(const FilterRequest &request, double rate) {
 
 void measure_step(Design &design) {
     if (!design.achieved.measurable()) return;
-    design.step = step_figures(design.sections, design.made.passes, std::pow(10, design.made.gain_db / 20));
+    design.step = step_figures(design.sections, design.made.passes, design.gain());
 }
 
 void remark_on(const Design &design, const std::string &prefix) {

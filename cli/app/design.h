@@ -4,6 +4,7 @@
 #include <mensura/iir.h>
 #include <mensura/sos.h>
 
+#include <cmath>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +32,7 @@ struct Design {
     std::string summary;              // "lowpass, butterworth, 4 poles, zero phase, -3 dB at 6 Hz"
 
     const double *sos() const { return data_of(sections); }
+    double gain() const { return std::pow(10, made.gain_db / 20); }  // requested, of all passes
     int count() const { return count_of(sections); }
 };
 

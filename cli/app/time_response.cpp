@@ -10,22 +10,22 @@ namespace cli {
 namespace {
 
 constexpr double kSettled = 0.02;                    // of the gain
-constexpr double kGone = 1e-6;                       // what is left then no longer shows
-constexpr std::ptrdiff_t kMostSamples = 50'000'000;  // to find out when a response has settled
+constexpr double kGone = 1e-6;                       // of the gain of one pass: what is left then does not show
+constexpr std::ptrdiff_t kMostSamples = 10'000'000;  // to find out when a response has settled
 constexpr std::ptrdiff_t kMostReach = 1'000'000;     // of a response both ways, which is stored
 
 // Samples after which a step has no more effect.
-std::optional<std::size_t> reach_of(const Sections &sections) {
+std::optional<std::size_t> reach_of(const Sections &sections, double gain) {
     std::ptrdiff_t samples = 0;
-    const int code =
-        mensura_sos_step_figures(data_of(sections), count_of(sections), kGone, kMostSamples, nullptr, &samples);
+    const int code = mensura_sos_step_figures(data_of(sections), count_of(sections), kGone * std::sqrt(gain),
+                                              kMostSamples, nullptr, &samples);
     if (code < 0 || samples > kMostReach) return {};
     return static_cast<std::size_t>(samples);
 }
 
 // The record is longer at both ends by the reach of the filter.
-std::optional<TimeResponse> both_ways(const Sections &sections, Input input, std::size_t n) {
-    const std::optional<std::size_t> reach = reach_of(sections);
+std::optional<TimeResponse> both_ways(const Sections &sections, double gain, Input input, std::size_t n) {
+    const std::optional<std::size_t> reach = reach_of(sections, gain);
     if (!reach) return {};
     const std::size_t before = n / 2;
     std::vector<double> y(n + 2 * *reach + 2);
@@ -48,8 +48,9 @@ std::optional<StepFigures> figures_one_way(const Sections &sections, double gain
 }
 
 std::optional<StepFigures> figures_both_ways(const Sections &sections, double gain) {
-    const std::optional<std::size_t> reach = reach_of(sections);
-    const auto response = reach ? both_ways(sections, Input::Step, 4 * *reach + 4) : std::optional<TimeResponse>();
+    const std::optional<std::size_t> reach = reach_of(sections, gain);
+    const auto response =
+        reach ? both_ways(sections, gain, Input::Step, 4 * *reach + 4) : std::optional<TimeResponse>();
     if (!response) return {};
     const std::vector<double> &y = response->y;
     const auto middle = static_cast<std::size_t>(-response->first);
@@ -64,8 +65,9 @@ std::optional<StepFigures> figures_both_ways(const Sections &sections, double ga
 
 }  // namespace
 
-std::optional<TimeResponse> time_response(const Sections &sections, int passes, Input input, std::size_t n) {
-    if (passes == 2) return both_ways(sections, input, n);
+std::optional<TimeResponse> time_response(const Sections &sections, int passes, double gain, Input input,
+                                          std::size_t n) {
+    if (passes == 2) return both_ways(sections, gain, input, n);
     const auto respond = input == Input::Step ? mensura_sos_step_response : mensura_sos_impulse_response;
     TimeResponse response{0, std::vector<double>(n)};
     if (respond(data_of(sections), count_of(sections), response.y.data(), static_cast<std::ptrdiff_t>(n)) < 0)

@@ -35,7 +35,8 @@ void print_response(Output &out, const Design &design, int points) {
 }
 
 void print_time_response(Output &out, const Design &design, Input input, int samples) {
-    const auto response = time_response(design.sections, design.made.passes, input, static_cast<std::size_t>(samples));
+    const auto response =
+        time_response(design.sections, design.made.passes, design.gain(), input, static_cast<std::size_t>(samples));
     if (!response) fail("the filter does not come to rest");
     out.write("time_s,value\n");
     for (std::size_t i = 0; i < response->y.size(); ++i)
