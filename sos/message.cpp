@@ -37,8 +37,10 @@ constexpr const char *kMessages[] = {
     "the filter is unstable: a pole lies on or outside the unit circle",
     "the step response has not settled within the samples allowed",
 };
-static_assert(mensura::iir::max_poles(pfGaussian) == 12 && mensura::iir::max_poles(pfBessel) == 12 &&
-              mensura::iir::max_poles(pfInverseChebyshev) == 15 && mensura::iir::max_poles(pfElliptic) == 15);
+static_assert(mensura::iir::kFamilies[pfGaussian].max_poles == 12 &&
+              mensura::iir::kFamilies[pfBessel].max_poles == 12 &&
+              mensura::iir::kFamilies[pfInverseChebyshev].max_poles == 15 &&
+              mensura::iir::kFamilies[pfElliptic].max_poles == 15);
 static_assert(std::size(kMessages) == 1 - MENSURA_SOS_UNSETTLED);
 
 }  // namespace
