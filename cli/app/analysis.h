@@ -24,8 +24,7 @@ struct Target {
     double centre;              // Hz, of band types
     std::vector<double> edges;  // Hz
     std::vector<Band> pass, stop;
-    bool
-        to_largest;  // levels are relative to the largest gain of the pass bands, not to that at the reference frequency
+    bool to_largest;  // levels are relative to the largest gain of the pass bands, else to Achieved::gain_db
 };
 
 // When the filter will run both ways, all is that of both passes together.

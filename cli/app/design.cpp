@@ -49,8 +49,8 @@ std::vector<Band> away_from(double centre, double width, double nyquist) {
 
 std::vector<Band> outside(Edges edges, double nyquist) { return {{0, edges.lower}, {edges.upper, nyquist}}; }
 
-// The pass bands end at the edges.  Stop bands lie an octave from the edge or two widths from the centre; a notch's is a
-// tenth of its width.
+// The pass bands end at the edges.  Stop bands lie an octave from the edge, or two widths from the centre; that of a
+// notch is a tenth of its width.
 void place_bands(Target &target, Edges edges) {
     const double nyquist = 0.5 * target.rate, width = edges.upper - edges.lower;
     switch (target.pass_type) {

@@ -17,7 +17,8 @@ struct TimeResponse {
 };
 
 // The response to an input that is 0 before index 0: one way n samples from there on, both ways (zero phase) n samples
-// around it.  The gain is that of all passes, as a factor.  None where both ways do not come to rest within a million samples.
+// around it.  The gain is that of all passes, as a factor.  None where both ways do not come to rest within a million
+// samples.
 std::optional<TimeResponse> time_response(const Sections &sections, int passes, double gain, Input input,
                                           std::size_t n);
 

@@ -34,7 +34,8 @@ void run(const Options &options) {
         init_amlitude_limit_filer_online(filter.get(), limit);
         return [filter](double x) { return amlitude_limit_filer_online(filter.get(), x); };
     };
-    stream_table(source, options.files, channel_by_channel(make), fmt::format("spikes above {:.6g} rejected", limit), 0);
+    stream_table(source, options.files, channel_by_channel(make), fmt::format("spikes above {:.6g} rejected", limit),
+                 0);
 }
 
 }  // namespace
