@@ -21,7 +21,7 @@ namespace mensura::iir::MENSURA_TARGET {
 namespace {
 
 // Samples between neighbouring sections: an output has the time of three steps to become the next section's input.
-constexpr std::size_t kLag = 3;
+inline constexpr std::size_t kLag = 3;
 
 // `count` neighbouring sections, a lane each.
 template <std::size_t count, typename Cascade>

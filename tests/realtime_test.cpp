@@ -113,15 +113,15 @@ const Call kCalls[] = {
     CALL(4, 35, central_difference(samples, out, states, 0.01)),
     CALL(9, 9, request.edge[0] = 100 * std::abs(sample); mensura_sos_design(&request, sos, MENSURA_SOS_MAX_SECTIONS)),
     CALL(9, 9, mensura_sos_order(&requirement, -1, 0, &request, sizeof request)),
-    CALL(4, 4, mensura_sos_filter(sos, 3, registers, samples, 1, out, 1, states);
+    CALL(4, 12, mensura_sos_filter(sos, 3, registers, samples, 1, out, 1, states);
          mensura_sos_filter_channels(sos, 3, registers, 5, samples, 5, 1, out, 5, 1, states / 5)),
-    CALL(4, 4, mensura_sos_steady_state(sos, 3, sample, registers);
+    CALL(4, 12, mensura_sos_steady_state(sos, 3, sample, registers);
          mensura_sos_filtfilt(sos, 3, MENSURA_SOS_ENDS_ODD, 8, samples, 1, out, 1, states, work)),
     CALL(4, 4, mensura_sos_response(sos, 3, 360, &sample, &z.re, &z.im, 1)),
     CALL(4, 4, mensura_sos_group_delay(sos, 3, 360, &sample, out, 1); mensura_sos_pole_radius(sos, 3, out)),
     CALL(4, 4, mensura_sos_extremes(sos, 3, 360, 0, 100, out, nullptr);
          mensura_sos_crossings(sos, 3, 360, sample, out, 9)),
-    CALL(4, 4, mensura_sos_step_response(sos, 3, out, 9); mensura_sos_impulse_response(sos, 3, out, 9);
+    CALL(4, 12, mensura_sos_step_response(sos, 3, out, 9); mensura_sos_impulse_response(sos, 3, out, 9);
          mensura_sos_step_figures(sos, 3, 0.1, 1000, out, &settled)),
     CALL(4, 4, rkf45(0, 0.01, 1, 1e-6, grow, tame, 20, nullptr, out)),
     CALL(4, 4, rkf452(0, 0.01, 100, grow, tame, 20, nullptr, out)),
