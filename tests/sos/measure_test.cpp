@@ -75,7 +75,7 @@ void expect_response_and_delay(const Sections &s, double f) {
         h *= numerator / denominator;
         delay += (c[1] * w + 2 * c[2] * w2) / numerator - (c[4] * w + 2 * c[5] * w2) / denominator;
     }
-    EXPECT_CLOSE(response(s, f), std::complex<double>(h), 1e-8 * static_cast<double>(std::abs(h)) + 1e-15) << f;
+    EXPECT_CLOSE(response(s, f), std::complex<double>(h), 1e-9 * static_cast<double>(std::abs(h)) + 1e-15) << f;
     EXPECT_NEAR(group_delay(s, f), static_cast<double>(delay.real()), 1e-7 * (1 + std::fabs(group_delay(s, f)))) << f;
 }
 
@@ -83,7 +83,7 @@ void expect_response_and_delay(const Sections &s, double f) {
 
 TEST(Measure, KeepsItsDigitsAtLowAndHighFrequencies) {
     const Sections high = {{1, 0, 0, 1, 2 * kR, kR * kR}};  // the same with its poles at -r
-    constexpr double a1 = -1.9999987654321, a2 = 0.9999987654331;
+    constexpr double a1 = -1.9999987654321, a2 = 0.99999877;
     const Sections all_pass = {{0.7 * a2, 0.7 * a1, 0.7, 1, a1, a2}};  // the sum b0 + b1 is not exact
     for (const double f : {0.0, 1e-7, 1e-5, 1e-3, 0.1}) {
         expect_response_and_delay(all_pass, f);
