@@ -118,6 +118,8 @@ void print_achieved(Report &report, const Design &design) {
     report.entry("largest pole radius", fmt::format("{:.6f}", a.pole_radius));
     if (!a.measurable()) return;
     report.entry(fmt::format("gain {}", where), level(a.gain_db));
+    if (std::abs(a.reference_db - a.gain_db) > 0.005)  // dB: as far as it would show
+        report.entry("levels relative to", level(a.reference_db) + ", the largest gain of the pass band");
     for (const Level &edge : a.edges)
         report.entry(fmt::format("level at {}", hertz(edge.frequency)), fmt::format("{:.4f} dB", edge.db));
     report.entry("-3 dB at", joined(a.half_power));
