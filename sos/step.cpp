@@ -72,6 +72,14 @@ struct Fading {
     }
 };
 
+// How far a register is from its final value.  Rounding keeps it from getting there, and would, times the sums of many
+// sections, never seem over.
+double apart(double value, double final) {
+    constexpr double kRounding = 1e-9;
+    const double distance = value - final;
+    return std::abs(distance) <= kRounding * std::max(1.0, std::abs(final)) ? 0 : distance;
+}
+
 // A bound on the distance from the final value at all samples to come of a step response.
 double distance_to_come(const double *sos, int sections, const double *state) {
     double input = 1, distance = 0;  // final value of the section's input, bound on its distance
@@ -79,7 +87,8 @@ double distance_to_come(const double *sos, int sections, const double *state) {
         const Quadratic n = numerator(s), d = denominator(s);
         const Fading fading(d);
         const double output = input * gain_at_dc(s);
-        const double x1 = state[0] - input, x2 = state[1] - input, y1 = state[2] - output, y2 = state[3] - output;
+        const double x1 = apart(state[0], input), x2 = apart(state[1], input);
+        const double y1 = apart(state[2], output), y2 = apart(state[3], output);
         const auto free = fading.response(n.c1 * x1 + n.c2 * x2 - d.c1 * y1 - d.c2 * y2, n.c2 * x1 - d.c2 * y1);
         const auto tail = fading.response(n.c1 - n.c0 * d.c1, n.c2 - n.c0 * d.c2);  // of h, from its second sample on
         distance = free.largest + distance * (std::abs(n.c0) + tail.sum);
