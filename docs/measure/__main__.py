@@ -34,7 +34,9 @@ from figures import FILTERS, Untrue
 
 OPTIONAL = {"numpy": "python3-numpy", "scipy": "python3-scipy", "mpmath": "python3-mpmath"}  # what some pages need
 MODULES = {"numbers": "reproducibility"}  # Python has a module numbers of its own
-DEPEND_ON_PROCESSOR = {"accuracy"}  # pages whose matrices and references do; only their text is checked
+# Pages whose numbers depend on the processor: by its matrices and references, by its x87 logarithms and powers.  Only
+# their text is checked.
+DEPEND_ON_PROCESSOR = {"accuracy", "roots"}
 README_PART = re.compile(r"(?<=<!-- speed -->\n).*?(?=<!-- end of speed -->\n)", re.S)
 
 
