@@ -126,7 +126,7 @@ struct Figures {
 
 // Runs until what may still come cannot change the figures; false if that takes more than `most` samples.
 bool run(const double *sos, int sections, double tolerance, ptrdiff_t most, Figures &figures) {
-    constexpr ptrdiff_t kBlock = 128;
+    constexpr ptrdiff_t kBlock = 64;
     std::array<double, kBlock> y;
     std::array<double, kMostSections * kRegisters> state{};
     for (ptrdiff_t start = 0; start < most; start += kBlock) {
