@@ -74,7 +74,7 @@ void sos_filter_against_liquid(benchmark::State &state) {
             b[3 * k + i] = static_cast<float>(low_pass.sos[6 * k + i]);
             a[3 * k + i] = static_cast<float>(low_pass.sos[6 * k + 3 + i]);
         }
-    const iirfilt_rrrf filter = iirfilt_rrrf_create_sos(b.data(), a.data(), kSections);
+    auto *const filter = iirfilt_rrrf_create_sos(b.data(), a.data(), kSections);
     const std::vector<double> noise = bench::noise(kSamples);
     std::vector<float> in(noise.begin(), noise.end()), out(kSamples);
     compare_block(
