@@ -79,8 +79,8 @@ Real monotonic_edge(int n, Real level, const Prototype &prototype) {
 }
 
 // |H|^2 = 1 / sum of (m!)^g w^2m, m = 0 .. n; then the poles move away from the real axis.
-Real factorial_sum(const Specification &spec, Real g, Real stretch, Prototype &prototype) {
-    const int n = spec.order;
+Real factorial_sum(const Settings &settings, Real g, Real stretch, Prototype &prototype) {
+    const int n = settings.order;
     Coefficients c{};
     Real factorial = 1;
     c[0] = 1;
@@ -96,7 +96,7 @@ Real factorial_sum(const Specification &spec, Real g, Real stretch, Prototype &p
         p = pole_of_square(p);
         p.im *= stretch;
     }
-    return monotonic_edge(n, spec.level, prototype);
+    return monotonic_edge(n, settings.level, prototype);
 }
 
 constexpr std::size_t kPapoulisOrders = iir::kPapoulisMaxOrder;
@@ -132,8 +132,8 @@ constexpr auto kPapoulisChebyshev = [] {
 // H = c[0] / sum of c[k] s^k, c[k] = (2n-k)! / (k! (n-k)! 2^(n-k)): the reverse Bessel polynomial (Thomson WE, Proc IEE
 // 96(III):487, 1949).  The roots lie around -n/2; taken about an integer there, the polynomial keeps integer coefficients
 // and loses one digit at its roots instead of five.
-Real bessel(const Specification &spec, Prototype &prototype) {
-    const int n = spec.order;
+Real bessel(const Settings &settings, Prototype &prototype) {
+    const int n = settings.order;
     const auto order = static_cast<std::size_t>(n);
     Coefficients c{};
     c[order] = 1;
@@ -149,20 +149,20 @@ Real bessel(const Specification &spec, Prototype &prototype) {
     const auto roots = start_on_ellipse(n, -size / 2 - centre, size / 2, size, prototype);
     if (!improve_roots([&](Complex s) { return evaluate_powers(terms, s); }, roots)) return 0;
     for (Complex &p : roots) p.re += centre;
-    return monotonic_edge(n, spec.level, prototype);
+    return monotonic_edge(n, settings.level, prototype);
 }
 
 // |H|^2 = 1 / exp(w^2), the exponential cut off after its term w^2n / n!
-Real gaussian(const Specification &spec, Prototype &prototype) { return factorial_sum(spec, -1, 1, prototype); }
+Real gaussian(const Settings &settings, Prototype &prototype) { return factorial_sum(settings, -1, 1, prototype); }
 
-Real adjustable(const Specification &spec, Prototype &prototype) {
+Real adjustable(const Settings &settings, Prototype &prototype) {
     constexpr Real kStretch = 1.1L;
-    return factorial_sum(spec, spec.gamma > 0 ? 2 * spec.gamma : spec.gamma, kStretch, prototype);
+    return factorial_sum(settings, settings.gamma > 0 ? 2 * settings.gamma : settings.gamma, kStretch, prototype);
 }
 
 // |H|^2 = 1 / (1 + 0.1 L_n(w^2))
-Real papoulis(const Specification &spec, Prototype &prototype) {
-    const int n = spec.order;
+Real papoulis(const Settings &settings, Prototype &prototype) {
+    const int n = settings.order;
     const auto order = static_cast<std::size_t>(n);
     const Real scale = std::ldexp(Real{1} / 10, 1 - 2 * n);
     Coefficients c{};
@@ -173,7 +173,7 @@ Real papoulis(const Specification &spec, Prototype &prototype) {
     const auto roots = start_on_ellipse(n, 0, std::cosh(size), std::sinh(size), prototype);
     if (!improve_roots([&](Complex x) { return evaluate_chebyshev(terms, x); }, roots)) return 0;
     for (Complex &p : roots) p = pole_of_square({(p.re + 1) / 2, p.im / 2});
-    return monotonic_edge(n, spec.level, prototype);
+    return monotonic_edge(n, settings.level, prototype);
 }
 
 }  // namespace mensura::sos

@@ -122,14 +122,14 @@ void place_poles_and_zeros(int n, Modulus bands, const Landen &of_bands, Real sh
 
 }  // namespace
 
-Real elliptic(const Specification &spec, Prototype &prototype) {
-    const int n = spec.order;
+Real elliptic(const Settings &settings, Prototype &prototype) {
+    const int n = settings.order;
     const auto order = static_cast<Real>(n);
-    const Real eps2 = epsilon_squared(spec.ripple_db), stop2 = epsilon_squared(spec.stop_db);
-    const Real level2 = epsilon_squared_of(spec.level);
+    const Real eps2 = epsilon_squared(settings.ripple_db), stop2 = epsilon_squared(settings.stop_db);
+    const Real level2 = epsilon_squared_of(settings.level);
     if (is_below_stop_band(level2, stop2)) return 0;
 
-    const Real difference = (1 + eps2) * epsilon_squared(spec.stop_db - spec.ripple_db);  // stop2 - eps2
+    const Real difference = (1 + eps2) * epsilon_squared(settings.stop_db - settings.ripple_db);  // stop2 - eps2
     const Modulus ripples = {std::sqrt(eps2 / stop2), std::sqrt(difference / stop2)};
     const Modulus bands = modulus_of_ratio(period_ratio(ripples) / order);
     const Landen of_ripples(ripples), of_bands(bands);

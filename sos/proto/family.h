@@ -9,7 +9,7 @@
 namespace mensura::sos {
 
 // What a family is told, as figures of one pass.
-struct Specification {
+struct Settings {
     int order;
     Real level;               // a ratio below 1
     Real ripple_db, stop_db;  // above 0
@@ -43,13 +43,13 @@ inline Real ripple_peak(int n, Real eps2) { return n % 2 == 0 ? std::sqrt(1 + ep
 // Whether a level lies below the stop band by more than rounding; both as epsilon_squared.
 inline bool is_below_stop_band(Real level, Real stop_band) { return level > stop_band * (1 + Real{1e-12}); }
 
-Real butterworth(const Specification &spec, Prototype &prototype);
-Real chebyshev(const Specification &spec, Prototype &prototype);
-Real inverse_chebyshev(const Specification &spec, Prototype &prototype);
-Real elliptic(const Specification &spec, Prototype &prototype);
-Real bessel(const Specification &spec, Prototype &prototype);
-Real gaussian(const Specification &spec, Prototype &prototype);
-Real adjustable(const Specification &spec, Prototype &prototype);
-Real papoulis(const Specification &spec, Prototype &prototype);
+Real butterworth(const Settings &settings, Prototype &prototype);
+Real chebyshev(const Settings &settings, Prototype &prototype);
+Real inverse_chebyshev(const Settings &settings, Prototype &prototype);
+Real elliptic(const Settings &settings, Prototype &prototype);
+Real bessel(const Settings &settings, Prototype &prototype);
+Real gaussian(const Settings &settings, Prototype &prototype);
+Real adjustable(const Settings &settings, Prototype &prototype);
+Real papoulis(const Settings &settings, Prototype &prototype);
 
 }  // namespace mensura::sos

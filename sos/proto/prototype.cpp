@@ -12,21 +12,21 @@ namespace mensura::sos {
 namespace {
 
 // Ripple and stop band are requested for all passes together.
-Specification of_one_pass(const mensura_sos_request &request, Real level) {
+Settings of_one_pass(const mensura_sos_request &request, Real level) {
     const Real passes = static_cast<Real>(request.passes);
     return {request.poles, level, request.ripple_db / passes, request.stop_db / passes, request.gamma};
 }
 
-Real family_edge(int family, const Specification &spec, Prototype &prototype) {
+Real family_edge(int family, const Settings &settings, Prototype &prototype) {
     switch (family) {
-        case pfButterworth: return butterworth(spec, prototype);
-        case pfGaussian: return gaussian(spec, prototype);
-        case pfBessel: return bessel(spec, prototype);
-        case pfAdjustable: return adjustable(spec, prototype);
-        case pfChebyshev: return chebyshev(spec, prototype);
-        case pfInverseChebyshev: return inverse_chebyshev(spec, prototype);
-        case pfPapoulis: return papoulis(spec, prototype);
-        case pfElliptic: return elliptic(spec, prototype);
+        case pfButterworth: return butterworth(settings, prototype);
+        case pfGaussian: return gaussian(settings, prototype);
+        case pfBessel: return bessel(settings, prototype);
+        case pfAdjustable: return adjustable(settings, prototype);
+        case pfChebyshev: return chebyshev(settings, prototype);
+        case pfInverseChebyshev: return inverse_chebyshev(settings, prototype);
+        case pfPapoulis: return papoulis(settings, prototype);
+        case pfElliptic: return elliptic(settings, prototype);
         default: return 0;
     }
 }
