@@ -183,7 +183,7 @@ static void run_both_ways(Input &input) {
 
 static void measure(Input &input) {
     const int count = input.ConsumeIntegralInRange(0, 21), n = input.ConsumeIntegralInRange(0, 9);
-    const Doubles sos = sections(input, count), before = untouched();
+    const Doubles sos = sections(input, count);
     const double rate = input.ConsumeBool() ? 1 : number(input);
     const double from = edge(input), to = edge(input), level = number(input);
     const Doubles f(static_cast<std::size_t>(n), from);
