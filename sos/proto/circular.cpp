@@ -13,7 +13,7 @@ namespace {
 void place_on_ellipse(int n, Real a, Real b, Prototype &prototype) {
     const auto pairs = static_cast<std::size_t>((n + 1) / 2);
     for (std::size_t i = 0; i < pairs; ++i) {
-        const Angle angle = ellipse_angle(n, static_cast<int>(i));
+        const SineAndCosine angle = ellipse_angle(n, static_cast<int>(i));
         prototype.poles[i] = {-a * angle.sine, b * angle.cosine};
     }
     prototype.pole_count = pairs;
@@ -44,7 +44,7 @@ Real inverse_chebyshev(const Settings &settings, Prototype &prototype) {
     for (std::size_t i = 0; i < prototype.pole_count; ++i) {
         // The reciprocal of the conjugate: above the real axis, too.
         prototype.poles[i] = reciprocal(conjugate(prototype.poles[i]));
-        const Angle angle = ellipse_angle(settings.order, static_cast<int>(i));
+        const SineAndCosine angle = ellipse_angle(settings.order, static_cast<int>(i));
         if (angle.cosine > 0) prototype.zeros[prototype.zero_count++] = 1 / angle.cosine;
     }
     const Real level2 = epsilon_squared_of(settings.level);

@@ -113,7 +113,7 @@ void place_poles_and_zeros(int n, Modulus bands, const Landen &of_bands, Real sh
     const Real cosh = std::cosh(shift), sinh = std::sinh(shift);
     prototype.pole_count = static_cast<std::size_t>((n + 1) / 2);
     for (std::size_t i = 0; i < prototype.pole_count; ++i) {
-        const Angle u = ellipse_angle(n, static_cast<int>(i));
+        const SineAndCosine u = ellipse_angle(n, static_cast<int>(i));
         const Complex cd = of_bands.ascend({u.cosine * cosh, u.sine * sinh});
         prototype.poles[i] = {-cd.im, cd.re};
         if (u.cosine > 0) prototype.zeros[prototype.zero_count++] = 1 / (bands.k * of_bands.ascend(u.cosine));

@@ -23,11 +23,11 @@ inline Real epsilon_squared(Real db) { return std::expm1(db / 10 * 2.30258509299
 inline Real epsilon_squared_of(Real level) { return (1 - level) * (1 + level) / (level * level); }
 
 // Of theta = (2 i + 1) pi / (2 n): both as sines of an angle below pi/2, so that a small one keeps its digits.
-struct Angle {
+struct SineAndCosine {
     Real sine, cosine;
 };
 
-inline Angle ellipse_angle(int n, int i) {
+inline SineAndCosine ellipse_angle(int n, int i) {
     const Real unit = kPi / static_cast<Real>(2 * n);
     return {std::sin(static_cast<Real>(2 * i + 1) * unit), std::sin(static_cast<Real>(n - 1 - 2 * i) * unit)};
 }
