@@ -21,13 +21,14 @@ constexpr const char *kMessages[] = {
     "a frequency is out of range: an edge lies above 0 and below half the rate, other frequencies from 0 to half of it",
     "the edges are equal or in the wrong order (the lower one comes first), or band is not a mensura_sos_band code",
     ("a level is out of range: it lies below 0 and above -200 dB, with a stop band not below minus its attenuation; a "
-     "loss is above 0 and below the attenuation, which is at most 200 dB"),
+     "loss is above 0 and below the attenuation, which is at most 200 dB; a level to find is finite; a tolerance is "
+     "above 0"),
     "the ripple lies outside 0.0001 .. 10 dB",
     "the attenuation of the stop band lies outside 10 .. 200 dB, or not above the ripple",
     "gamma lies outside -1 .. 1",
     "the gain lies outside -200 .. 200 dB",
     "the array is too small for the result",
-    "a count is negative, or there is no section or no channel",
+    "a count is negative or too large, or there is no section or no channel",
     "the fourth number of a section is not 1",
     "no order of the family meets the requirement",
     "sections of doubles cannot hold this filter: its edges are too low or too close",
