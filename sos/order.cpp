@@ -79,18 +79,20 @@ Bands bands_of(const mensura_sos_requirement &r) {
     }
 }
 
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
 struct Extremes {
-    double lowest = std::numeric_limits<double>::infinity();
-    double highest = -std::numeric_limits<double>::infinity();
+    double lowest = kInfinity, highest = -kInfinity;  // of no band
 };
 
-// In dB of one pass.
+// In dB of one pass.  What cannot be measured is as bad as can be.
 Extremes extremes_of(std::span<const Band, 2> bands, const double *sos, int sections, double rate) {
     Extremes all;
     const bool twice = bands[0].from == bands[1].from;
     for (const Band &band : bands.first(twice ? 1 : 2)) {
         Extremes one;
-        if (mensura_sos_extremes(sos, sections, rate, band.from, band.to, &one.lowest, &one.highest) != 0) return {};
+        if (mensura_sos_extremes(sos, sections, rate, band.from, band.to, &one.lowest, &one.highest) != 0)
+            return {-kInfinity, kInfinity};
         all = {std::min(all.lowest, one.lowest), std::max(all.highest, one.highest)};
     }
     return all;
