@@ -64,7 +64,7 @@ enum mensura_sos_code {
     MENSURA_SOS_FREQUENCY = -8,    /**< an edge does not lie above 0 and below half the rate, or a frequency to measure
                                         at not from 0 to half the rate */
     MENSURA_SOS_EDGES = -9,        /**< edges are equal or in the wrong order, or band is not a mensura_sos_band code */
-    MENSURA_SOS_LEVEL = -10,       /**< a level, loss or attenuation lies outside its range */
+    MENSURA_SOS_LEVEL = -10,       /**< a level, loss, attenuation or tolerance lies outside its range */
     MENSURA_SOS_RIPPLE = -11,      /**< the ripple lies outside its range */
     MENSURA_SOS_STOP_BAND = -12,   /**< the stop-band attenuation lies outside its range */
     MENSURA_SOS_GAMMA = -13,       /**< gamma lies outside -1 .. 1 */
@@ -214,6 +214,10 @@ MENSURA_EXPORT int mensura_sos_filter_channels(const double *sos, int sections, 
 
 /** The state that a filter has reached when its input has always been x: it starts without a transient.
  * Every section is taken at its own gain at DC, (b0 + b1 + b2) / (1 + a1 + a2), so all pass types start settled.
+ * @param sos       the sections
+ * @param sections  their number, 1 or more
+ * @param x         the input
+ * @param state     room for 4 doubles a section
  * @return 0, or a negative code: MENSURA_SOS_STEADY_STATE for a pole at z = 1 */
 MENSURA_EXPORT int mensura_sos_steady_state(const double *sos, int sections, double x, double *state);
 
@@ -227,6 +231,8 @@ enum mensura_sos_ends {
 
 /** The samples by which mensura_sos_filtfilt extends either end by default, as SciPy's sosfiltfilt does:
  * 3 (2 s + 1 - min(number of sections with b2 = 0, number of sections with a2 = 0)) for s sections.
+ * @param sos       the sections
+ * @param sections  their number, 1 or more
  * @return the number of samples, or a negative code */
 MENSURA_EXPORT int mensura_sos_extension(const double *sos, int sections);
 
@@ -236,14 +242,16 @@ MENSURA_EXPORT int mensura_sos_extension(const double *sos, int sections);
  * @param sos        the sections
  * @param sections   their number, 1 or more
  * @param ends       a mensura_sos_ends code
- * @param extension  samples of the extension, less than n; -1: mensura_sos_extension
+ * @param extension  samples of the extension, less than n; -1: mensura_sos_extension; not used where ends is
+ *                   MENSURA_SOS_ENDS_NONE
  * @param x          n samples
  * @param x_stride   doubles from a sample to the next one
  * @param y          room for n samples
  * @param y_stride   doubles from a sample to the next one
- * @param n          number of samples, 0 or more; at most `extension` of them are MENSURA_SOS_ENDS
- * @param work       4 sections + 2 extension doubles, or null: allocated
- * @return 0 or a negative code */
+ * @param n          number of samples, 0 or more
+ * @param work       room for 4 sections + 2 extension doubles, or null: allocated
+ * @return 0, or a negative code: MENSURA_SOS_ENDS where the extension is not shorter than the record;
+ *         MENSURA_SOS_STEADY_STATE for a pole at z = 1; MENSURA_SOS_MEMORY */
 MENSURA_EXPORT int mensura_sos_filtfilt(const double *sos, int sections, int ends, ptrdiff_t extension, const double *x,
                                         ptrdiff_t x_stride, double *y, ptrdiff_t y_stride, ptrdiff_t n, double *work);
 
@@ -302,14 +310,25 @@ MENSURA_EXPORT int mensura_sos_extremes(const double *sos, int sections, double 
                                         double *lowest_db, double *highest_db);
 
 /** The largest magnitude of a pole: 1 or more is unstable.  NaN if a coefficient of the denominators is not finite.
+ * @param sos       the sections
+ * @param sections  their number, 1 or more
+ * @param radius    the result
  * @return 0 or a negative code */
 MENSURA_EXPORT int mensura_sos_pole_radius(const double *sos, int sections, double *radius);
 
 /** The response to 1, 1, 1, ... from rest, n samples of it.
+ * @param sos       the sections
+ * @param sections  their number, 1 or more
+ * @param y         room for n samples
+ * @param n         number of samples, 0 or more
  * @return 0 or a negative code */
 MENSURA_EXPORT int mensura_sos_step_response(const double *sos, int sections, double *y, ptrdiff_t n);
 
 /** The response to 1, 0, 0, ... from rest, n samples of it.
+ * @param sos       the sections
+ * @param sections  their number, 1 or more
+ * @param y         room for n samples
+ * @param n         number of samples, 0 or more
  * @return 0 or a negative code */
 MENSURA_EXPORT int mensura_sos_impulse_response(const double *sos, int sections, double *y, ptrdiff_t n);
 
