@@ -12,7 +12,7 @@ typedef struct {
 
 static int read_block(Source *source, double *x) { /* a stand-in for a device */
     for (int i = 0; i < BLOCK; ++i) x[i] = 5 + sin(0.3 * (source->at++));
-    return source->at < BLOCK * BLOCKS;
+    return source->at <= BLOCK * BLOCKS;
 }
 
 static double sum;
@@ -45,7 +45,7 @@ int main(void) {
     for (int i = 0; i < BLOCK * BLOCKS; ++i) whole[i] = 5 + sin(0.3 * i);
     CHECK(mensura_sos_steady_state(sos, sections, whole[0], state) == 0);
     CHECK(mensura_sos_filter(sos, sections, state, whole, 1, whole, 1, BLOCK * BLOCKS) == 0);
-    for (int i = 0; i < BLOCK * (BLOCKS - 1); ++i) expected += whole[i];
+    for (int i = 0; i < BLOCK * BLOCKS; ++i) expected += whole[i];
     CHECK(sum == expected); /* the bits of the whole */
     return 0;
 }
