@@ -65,8 +65,9 @@ Option add_rate(const Command &app, std::optional<double> &rate, const std::stri
 
 Option add_count(const Command &app, const std::string &name, std::function<void(int)> take, const std::string &help) {
     const auto take_whole = [name, take = std::move(take)](double number) {
-        if (number != std::floor(number) || std::abs(number) > std::numeric_limits<int>::max())
-            reject_option(name, fmt::format("{} is not a whole number", number));
+        if (number != std::floor(number)) reject_option(name, fmt::format("{} is not a whole number", number));
+        if (std::abs(number) > std::numeric_limits<int>::max())
+            reject_option(name, fmt::format("{} is too large", number));
         take(static_cast<int>(number));
     };
     return add_quantity(app, name, std::function<void(double)>(take_whole), kPlain, help).type_name("N");

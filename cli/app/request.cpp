@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <initializer_list>
@@ -192,8 +193,13 @@ mensura_sos_requirement requirement_of(const FilterRequest &request, double rate
         reject("--pass and --stop: {}; the edges must lie farther apart, or the stop band lose less",
                request.family ? fmt::format("no number of poles of {} will do", family_name(*request.family))
                               : "no family will do");
-    if (code == MENSURA_SOS_EDGES)
-        reject("--pass and --stop: the edges are in the wrong order for {}", pass_type_name(request.pass_type));
+    if (code == MENSURA_SOS_EDGES) {
+        constexpr std::array kOrders = {
+            "it passes what is below the stop edge", "it passes what is above the stop edge",
+            "its pass edges lie between its stop edges", "its stop edges lie between its pass edges"};
+        reject("--pass and --stop: the edges are in the wrong order for {}: {}", pass_type_name(request.pass_type),
+               kOrders[static_cast<std::size_t>(request.pass_type)]);
+    }
     if (code == MENSURA_SOS_LEVEL) reject("--pass and --stop: the stop band must lose more than the pass band");
     if (code == MENSURA_SOS_GAMMA) reject("--gamma {}: from -1 to 1", request.gamma.value_or(0));
     reject("--pass and --stop: {}", mensura_sos_message(code));

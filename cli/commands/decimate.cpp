@@ -88,11 +88,12 @@ void report_on(const Options &options, const LowPass &filter, double rate) {
     std::string line = fmt::format("decimate by {}", options.factor);
     if (rate > 0) line += fmt::format(", {:.6g} Hz to {:.6g} Hz", rate, rate / options.factor);
     if (!filter.sections.empty())
-        line += fmt::format(": lowpass, elliptic, {} poles{}, within {} dB to {}, -{} dB from {}", filter.poles,
-                            options.zero_phase ? ", zero phase" : "", kRipple,
-                            rate > 0 ? fmt::format("{:.6g} Hz", 0.5 * kPassed * rate / options.factor)
-                                     : fmt::format("{} of the new Nyquist frequency", kPassed),
-                            kAliases, rate > 0 ? fmt::format("{:.6g} Hz", 0.5 * rate / options.factor) : "there");
+        line += fmt::format(
+            ": lowpass, elliptic, {} poles{}, within {} dB to {}, -{} dB from {}", filter.poles,
+            options.zero_phase ? ", zero phase" : "", kRipple,
+            rate > 0 ? fmt::format("{:.6g} Hz", 0.5 * kPassed * rate / options.factor)
+                     : fmt::format("{} of the new Nyquist frequency", kPassed),
+            kAliases, rate > 0 ? fmt::format("{:.6g} Hz", 0.5 * rate / options.factor) : "the new Nyquist frequency");
     if (!filter.sections.empty() && !options.zero_phase)
         line += rate > 0 ? fmt::format("; delays slow signals by {:.4g} s", filter.delay / rate)
                          : fmt::format("; delays slow signals by {:.4g} rows of the input", filter.delay);

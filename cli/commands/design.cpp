@@ -52,7 +52,7 @@ struct Options {
     bool exported = false;
     int rows = 0;  // of a response
     std::string output;
-    Picture picture = Picture::Response;
+    std::optional<Picture> picture;
     PlotOptions plot;
 };
 
@@ -130,13 +130,14 @@ Figure figure_of(Picture picture, const std::vector<Design> &designs) {
 void run(const Options &options) {
     if (options.picture == Picture::Roots && options.form == Form::Families)
         reject("--show poles is for one family, not for --all-families");
+    if (options.picture && !options.plot.wanted()) reject("--show is for --plot and --plot-script");
     std::vector<Design> designs = designs_for(options);
     comment_on(options, designs);
     for (Design &design : designs) measure_step(design);
     Output out(data_file(options.plot, options.output));
     print(out, options, designs);
     out.commit();
-    if (options.plot.wanted()) draw(figure_of(options.picture, designs), options.plot);
+    if (options.plot.wanted()) draw(figure_of(options.picture.value_or(Picture::Response), designs), options.plot);
 }
 
 // An option that chooses what is printed in so many rows.

@@ -15,6 +15,7 @@ constexpr const char *kHeader = R"(/* {summary}
  *     for (size_t i = 0; i < n; ++i) y[i] = filter(state, x[i]);
  *
  * {passes}
+ * A second filter in the same C file needs other names: replace filter( and FILTER_ in its header.
  */
 #ifndef FILTER_H
 #define FILTER_H

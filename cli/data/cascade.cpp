@@ -1,5 +1,6 @@
 #include "cli/data/cascade.h"
 
+#include <fmt/format.h>
 #include <mensura/sos.h>
 
 #include <algorithm>
@@ -79,7 +80,8 @@ void filter_both_ways(const Sections &sections, int ends, std::vector<double> &s
 void remark_if_short(const std::string &name, std::size_t n, const Sections &sections, int ends) {
     const std::ptrdiff_t usual = usual_extension(sections, ends);
     if (usual > 0 && usual >= signed_size(n))
-        remark("{}: {} samples are too few to extend the ends by {}: extended by {}", name, n, usual, n - 1);
+        remark("{}: {} too few to extend the ends by {}: extended by {}", name,
+               n == 1 ? "1 sample is" : fmt::format("{} samples are", n), usual, n - 1);
 }
 
 }  // namespace cli
