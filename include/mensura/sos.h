@@ -156,7 +156,7 @@ typedef struct mensura_sos_requirement {
 
 /** The least order of a family that meets a requirement.
  * Each order is designed and measured: the pass edges get exactly the loss allowed, and an order counts when the worst
- * levels of its sections in both bands are within the requirement, to a thousandth of the loss and to 0.001 dB.
+ * levels of its sections in both bands are within the requirement, to a thousandth of the loss, at most 0.001 dB.
  * Chebyshev and elliptic filters use the loss as their ripple, inverse Chebyshev and elliptic ones the attenuation as
  * their stop band, each as far as its range goes.
  * @param requirement  what is wanted
