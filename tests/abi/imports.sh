@@ -14,7 +14,7 @@ memcpy|memmove|memset|memcmp|bcmp|strlen
 printf|fprintf|puts|putc|putchar|fputc|fputs|fwrite|fopen|fclose|stdout
 __(printf|fprintf|memcpy|memmove|memset|stack)_chk(_fail)?
 _Unwind_Resume|__gxx_personality_v0|__cxa_begin_catch|_ZSt9terminatev|__tls_get_addr
-__(add|sub|mul|div|eq|ne|ge|gt|le|lt|unord)tf[23]|__(extenddftf|trunctfdf|floats[id]tf|fixtf[sd]i)2?
+__(add|sub|mul|div|eq|ne|ge|gt|le|lt|unord)tf[23]|__(extenddftf|trunctfdf|float(un)?[sd]itf|fixtf[sd]i)2?
 __cxa_finalize|__gmon_start__|_ITM_(de)?registerTMCloneTable
 END
 "$nm" -D --undefined-only "$library" | sed 's/@.*//; s/.* //' > "$tmp/imported"
