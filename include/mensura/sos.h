@@ -334,9 +334,9 @@ MENSURA_EXPORT int mensura_sos_impulse_response(const double *sos, int sections,
 
 /** What the step response does before it comes to rest.
  * Its final value is H at DC.  The overshoot is the most that it goes beyond that value, seen from 0; for a filter
- * whose final value is 0 (high-pass, band-pass), or less than a tenth of its largest value, the most that it swings to
- * the side opposite to its largest value.  It has settled from the first sample on after which it stays within
- * `tolerance` of the final value.  The overshoot and the tolerance are in units of the step.
+ * whose final value is 0 (high-pass, band-pass), or less than a tenth of its largest value, the smaller of its swings
+ * above and below the final value.  It has settled from the first sample on after which it stays within `tolerance` of
+ * the final value.  The overshoot and the tolerance are in units of the step.
  *
  * The response runs until a bound on all that is still to come, from the registers and the poles, is within the
  * tolerance and leaves the overshoot as it is (to 1e-6).
