@@ -100,8 +100,15 @@ std::string joined(const std::vector<double> &frequencies) {
 }
 
 void print_band(Report &report, const char *name, const Band &band) {
-    report.entry(name, fmt::format("{} to {}, from {:.6g} to {:.6g} Hz", level(band.lowest), level(band.highest),
-                                   band.from, band.to));
+    const std::string lowest = level(band.lowest), highest = level(band.highest);
+    const std::string levels = lowest == highest ? lowest : fmt::format("{} to {}", lowest, highest);
+    report.entry(name, fmt::format("{}, from {:.6g} to {:.6g} Hz", levels, band.from, band.to));
+}
+
+// Six decimals would round the radius of a stable filter to 1.
+std::string radius(double value) {
+    constexpr double kClose = 1e-5;
+    return value < 1 && 1 - value < kClose ? fmt::format("1 - {:.3g}", 1 - value) : fmt::format("{:.6f}", value);
 }
 
 std::string duration(double seconds, double rate) {
@@ -115,7 +122,7 @@ void print_achieved(Report &report, const Design &design) {
     const Achieved &a = design.achieved;
     const char *const where = place(design.request.pass_type);
     report.heading("Achieved");
-    report.entry("largest pole radius", fmt::format("{:.6f}", a.pole_radius));
+    report.entry("largest pole radius", radius(a.pole_radius));
     if (!a.measurable()) return;
     report.entry(fmt::format("gain {}", where), level(a.gain_db));
     if (std::abs(a.reference_db - a.gain_db) > 0.005)  // dB: as far as it would show

@@ -91,7 +91,8 @@ void refuse_unsound(const std::string &file, const Sections &sections, bool forc
 Filter from_file(const Options &options) {
     Filter filter{.sections = read_sections(options.sos), .leading = {}, .summary = {}};
     const std::size_t count = filter.sections.size();
-    filter.summary = fmt::format("{} section{} of {}{}", count, count == 1 ? "" : "s", options.sos,
+    filter.summary = fmt::format("{} section{} of {}{}", count, count == 1 ? "" : "s",
+                                 options.sos == "-" ? "standard input" : options.sos,
                                  options.request.zero_phase ? ", zero phase" : "");
     refuse_unsound(options.sos, filter.sections, options.request.force);
     return filter;

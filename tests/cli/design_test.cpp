@@ -167,6 +167,8 @@ TEST_F(Design, requirements_are_met_by_the_family_with_the_fewest_poles) {
     }
     ASSERT_EQ(run("design lowpass --pass 40Hz:1dB --stop 60Hz:50dB --rate 360Hz"), 0);
     EXPECT_HAS(out, "  bessel                    none will do\n");
+    ASSERT_EQ(run("design lowpass --cutoff 1e-6 --poles 1 --rate 360"), 0);
+    EXPECT_HAS(out, "  largest pole radius       1 - 1.75e-08\n");  // 2 pi 1e-6 / 360 below 1
 }
 
 TEST_F(Design, what_cannot_be_made_is_refused) {
