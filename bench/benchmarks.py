@@ -3,7 +3,8 @@
 `results.json` beside this file is what `bench/performance.py` measured last.  Pages take their numbers from here:
 
     SECTIONS              {title: {name of a benchmark: Row}}
-    load()                {"conditions": {...}, "benchmarks": {name: {"unit", "ours", "peer", "ratios"}}}
+    load()                {"conditions": {...}, "benchmarks": {name: {"unit", "ours", "peer", "ratios"}}}; a row that was
+                          measured elsewhere than the others has its "machine"
     tables(results)       all of it as Markdown: tables under headings, then the reasons as notes
     quantity(3880, "ns")  "3.88 µs"
     ratio(measured)       the median of its ratios
@@ -154,7 +155,8 @@ def line(row, measured, notes):
     if misses := list(missed(row, measured)):
         verdict = f"**missed: {'; '.join(misses)}**"
         verdict += f" ({notes.setdefault(row.reason, len(notes) + 1)})" if row.reason else ", no reason known"
-    return (f"| {row.what} | {quantity(measured['ours'], unit)} | {quantity(measured['peer'], unit)}, {row.peer} | "
+    where = f" (on {measured['machine']})" if "machine" in measured else ""
+    return (f"| {row.what}{where} | {quantity(measured['ours'], unit)} | {quantity(measured['peer'], unit)}, {row.peer} | "
             f"{ratio(measured):g} | {least:g} to {most:g} | {', '.join(targets)} | {verdict} |")
 
 

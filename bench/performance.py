@@ -2,7 +2,8 @@
 """Runs every benchmark of a build tree, writes bench/results.json, from which docs/performance.md is made.
 
     cmake --build --preset release --target performance    measures, and makes the page
-    python3 bench/performance.py build/release [rounds]    measures alone
+    bench/performance.py build/release [rounds]            measures alone
+    bench/performance.py build/release 3 sos_              replaces the rows whose names begin so; the others stay
 
 A benchmark that benchmarks.SECTIONS does not name is an error, so that none is left out.
 """
@@ -18,7 +19,7 @@ import subprocess
 import sys
 
 sys.dont_write_bytecode = True  # no cache beside the sources
-from benchmarks import RESULTS, SECTIONS
+from benchmarks import RESULTS, SECTIONS, load
 
 HERE = pathlib.Path(__file__).resolve().parent
 PEERS = """libliquid-dev libgsl-dev libfftw3-dev libkissfft-dev libeigen3-dev libopenblas-dev python3-numpy
@@ -88,14 +89,28 @@ def write(conditions, benchmarks):
     RESULTS.write_text(f'{{\n  "conditions": {head},\n  "benchmarks": {{\n' + ",\n".join(rows) + "\n  }\n}\n")
 
 
+def merged(before, now, measured):
+    """Rows measured before and now; those measured now name their machine where it is another one."""
+    other = now["machine"] != before["conditions"]["machine"]
+    mark = {"machine": re.sub(r"\(R\)| Processor|,.*", "", now["machine"])} if other else {}
+    return {**before["benchmarks"], **{name: {**row, **mark} for name, row in measured.items()}}
+
+
 def main():
     build, rounds = pathlib.Path(sys.argv[1]).resolve(), int(sys.argv[2]) if len(sys.argv) > 2 else ROUNDS
+    prefix = sys.argv[3] if len(sys.argv) > 3 else ""
     runs = [{name: m for command in commands(build) for name, m in run(command).items()} for _ in range(rounds)]
+    names = [name for rows in SECTIONS.values() for name in rows]
     measured = {}
-    for name in (name for rows in SECTIONS.values() for name in rows):
-        if found := [r[name] for r in runs if name in r]:
+    for name in names:
+        if found := [r[name] for r in runs if name in r and name.startswith(prefix)]:
             measured[name] = together(found)
-    write(conditions(build, rounds), measured)
+    now = conditions(build, rounds)
+    if prefix:
+        before = load()
+        measured = merged(before, now, measured)
+        now = before["conditions"]
+    write(now, {name: measured[name] for name in names if name in measured})
 
 
 if __name__ == "__main__":
