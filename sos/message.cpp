@@ -31,7 +31,7 @@ constexpr const char *kMessages[] = {
     "a count is negative or too large, or there is no section or no channel",
     "the fourth number of a section is not 1",
     "no order of the family meets the requirement",
-    "sections of doubles cannot hold this filter: its edges are too low or too close",
+    "sections of doubles cannot hold this filter: its edges are too near 0, half the rate or each other",
     "a constant input leads to no steady state: a pole lies at z = 1",
     "the kind of ends is not a mensura_sos_ends code, or the extension is not shorter than the record",
     "there is no memory for the work array",

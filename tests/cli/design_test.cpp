@@ -185,7 +185,7 @@ TEST_F(Design, what_cannot_be_made_is_refused) {
          {"lowpass --cutoff 40 --family adjustable --gamma 2", "--gamma 2: from -1 to 1"},
          {"lowpass --cutoff 40 --gain 201dB", "--gain 201 dB: from -200 to 200 dB"},
          {"lowpass --cutoff 40 --bandwidth 4", "--bandwidth is for bandpass and notch"},
-         {"lowpass --cutoff 1e-9", "its edges are too low or too close"},
+         {"lowpass --cutoff 1e-9", "its edges are too near 0, half the rate or each other"},
          {"notch --cutoff 50", "notch needs its edges"},
          {"notch --from 48", "--from and --to belong together"},
          {"notch --from 52 --to 48", "the lower edge comes first"},
