@@ -73,8 +73,7 @@ enum mensura_sos_code {
     MENSURA_SOS_COUNT = -16,       /**< a count is negative or too large, or there is no section or no channel */
     MENSURA_SOS_SECTION = -17,     /**< the fourth number of a section is not 1 */
     MENSURA_SOS_UNREACHABLE = -18, /**< no order of the family meets the requirement */
-    MENSURA_SOS_PRECISION =
-        -19, /**< sections of doubles cannot hold this filter: its edges are too near 0, half the rate or each other */
+    MENSURA_SOS_PRECISION = -19, /**< doubles cannot hold this filter: edges too near 0, half the rate or each other */
     MENSURA_SOS_STEADY_STATE = -20, /**< a constant input leads to no steady state: a pole at z = 1 */
     MENSURA_SOS_ENDS = -21,     /**< ends is not a mensura_sos_ends code, or the extension is as long as the record */
     MENSURA_SOS_MEMORY = -22,   /**< there is no memory for the work array */
