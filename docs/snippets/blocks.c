@@ -3,6 +3,7 @@
 #include <mensura/sos.h>
 
 #include "check.h"
+#include "low_pass_40.h"
 
 enum { BLOCK = 64, BLOCKS = 20 };
 
@@ -21,12 +22,8 @@ static void write_block(const double *y) {
 }
 
 int main(void) {
-    mensura_sos_request request;
-    CHECK(mensura_sos_default_request(&request, sizeof request) == 0);
-    request.rate = 360;
-    request.edge[0] = 40;
     double sos[6 * MENSURA_SOS_MAX_SECTIONS];
-    const int sections = mensura_sos_design(&request, sos, MENSURA_SOS_MAX_SECTIONS);
+    const int sections = design_low_pass_40(sos);
     CHECK(sections == 3);
 
     Source source = {0}, *device = &source;
