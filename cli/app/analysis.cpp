@@ -9,19 +9,12 @@
 #include <cstddef>
 #include <limits>
 
-#include "cli/app/diagnostics.h"
-
 namespace cli {
 
 namespace {
 
 const double kHalfPowerDb = 10 * std::log10(0.5);
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-int checked(int code) {
-    if (code < 0) fail("{}", mensura_sos_message(code));
-    return code;
-}
 
 // The functions of mensura/sos.h on one filter.
 class Meter {

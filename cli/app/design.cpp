@@ -130,10 +130,8 @@ Target target_of(const Design &design) {
 // ---- Designed ------------------------------------------------------------------------------------------------------
 
 Sections designed(const mensura_sos_request &request) {
-    Sections sections(MENSURA_SOS_MAX_SECTIONS);
-    const int count = mensura_sos_design(&request, sections.data()->data(), MENSURA_SOS_MAX_SECTIONS);
-    if (count < 0) reject_request(count, request);
-    sections.resize(static_cast<std::size_t>(count));
+    Sections sections;
+    if (const int code = design_sections(request, sections); code < 0) reject_request(code, request);
     return sections;
 }
 

@@ -12,6 +12,7 @@
 #include "cli/app/diagnostics.h"
 #include "cli/app/names.h"
 #include "cli/app/quantity.h"
+#include "cli/app/sections.h"
 #include "iir/default_request.h"
 #include "iir/pass_types.h"
 #include "iir/proto/limits.h"
@@ -162,11 +163,6 @@ void refuse_outside(const char *option, std::optional<double> frequency, double 
 }
 
 // ---- As the library takes it ---------------------------------------------------------------------------------------
-
-int checked(int code) {
-    if (code < 0) fail("{}", mensura_sos_message(code));
-    return code;
-}
 
 // The strictest loss of both edges holds for both.
 mensura_sos_requirement requirement_of(const FilterRequest &request, double rate) {

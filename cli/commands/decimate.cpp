@@ -52,7 +52,7 @@ struct LowPass {
     double delay = 0;  // at 0 Hz, samples
 };
 
-int checked(int code, int factor) {
+int checked_for(int factor, int code) {
     if (code < 0) fail("the low-pass for FACTOR {}: {}", factor, mensura_sos_message(code));
     return code;
 }
@@ -72,13 +72,11 @@ LowPass low_pass(const Options &options) {
                                                  .attenuation_db = kAliases + kRipple};
     mensura_sos_request request;
     LowPass result;
-    result.poles = checked(mensura_sos_order(&requirement, pfElliptic, 0, &request, sizeof request), options.factor);
-    result.sections.resize(MENSURA_SOS_MAX_SECTIONS);
-    double *const numbers = result.sections.data()->data();
-    const int count = checked(mensura_sos_design(&request, numbers, MENSURA_SOS_MAX_SECTIONS), options.factor);
-    result.sections.resize(static_cast<std::size_t>(count));
+    result.poles =
+        checked_for(options.factor, mensura_sos_order(&requirement, pfElliptic, 0, &request, sizeof request));
+    const int count = checked_for(options.factor, design_sections(request, result.sections));
     const double zero = 0;
-    checked(mensura_sos_group_delay(numbers, count, 1, &zero, &result.delay, 1), options.factor);
+    checked_for(options.factor, mensura_sos_group_delay(data_of(result.sections), count, 1, &zero, &result.delay, 1));
     return result;
 }
 

@@ -1,4 +1,5 @@
 // mensura demo: an electrocardiogram freed from mains hum by a notch, with a low-pass beside it, and what each costs.
+#include <fmt/format.h>
 #include <mensura/sos.h>
 #include <mensura/spectral.h>
 
@@ -11,7 +12,6 @@
 #include <vector>
 
 #include "cli/app/commands.h"
-#include "cli/app/diagnostics.h"
 #include "cli/commands/beats.h"
 #include "cli/commands/ecg_record.h"
 #include "cli/data/cascade.h"
@@ -50,11 +50,9 @@ struct Signal {
 constexpr std::size_t kSignals = 4, kDrawn = 3;
 using Signals = std::array<Signal, kSignals>;
 
-Sections designed(mensura_sos_request request) {
-    Sections sections(MENSURA_SOS_MAX_SECTIONS);
-    const int count = mensura_sos_design(&request, sections.data()->data(), MENSURA_SOS_MAX_SECTIONS);
-    if (count < 0) fail("{}", mensura_sos_message(count));
-    sections.resize(static_cast<std::size_t>(count));
+Sections designed(const mensura_sos_request &request) {
+    Sections sections;
+    checked(design_sections(request, sections));
     return sections;
 }
 

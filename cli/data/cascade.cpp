@@ -15,11 +15,6 @@ namespace {
 
 constexpr std::size_t kRegisters = 4;  // of a section
 
-int checked(int code) {
-    if (code < 0) fail("{}", mensura_sos_message(code));
-    return code;
-}
-
 std::ptrdiff_t signed_size(std::size_t size) { return static_cast<std::ptrdiff_t>(size); }
 
 std::ptrdiff_t usual_extension(const Sections &sections, int ends) {
