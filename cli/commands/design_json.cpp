@@ -1,9 +1,11 @@
 // The JSON that mensura design --json prints.
 #include <nlohmann/json.hpp>
+#include <utility>
 #include <vector>
 
 #include "cli/app/request.h"
 #include "cli/commands/design_output.h"
+#include "cli/data/json.h"
 
 namespace cli {
 
@@ -104,7 +106,7 @@ void print_json(Output &out, const Design &design, const FamilyOrders &orders) {
                           {"achieved", achieved_json(design)},
                           {"warnings", warnings_about(design.achieved)}};
     if (!orders.empty()) document["families"] = orders_json(orders);
-    out.write(document.dump(2) + "\n");
+    write_json(std::move(document), out);
 }
 
 }  // namespace cli

@@ -1,7 +1,6 @@
 #include "cli/plot/script.h"
 
 #include <fmt/format.h>
-#include <utf8.h>
 
 #include <algorithm>
 #include <array>
@@ -10,20 +9,14 @@
 #include <iterator>
 #include <optional>
 
+#include "cli/app/utf8.h"
+
 namespace cli {
 
 namespace {
 
 // Grey for the first curve, then colours that people with any kind of colour vision can distinguish (Okabe and Ito).
 constexpr std::array kColours{"#999999", "#0072b2", "#d55e00", "#009e73", "#cc79a7", "#56b4e9", "#e69f00", "#000000"};
-
-// Names in a table may be in Latin-1, whose bytes are the first 256 code points; a picture holds UTF-8 alone.
-std::string as_utf8(const std::string &text) {
-    if (utf8::is_valid(text.begin(), text.end())) return text;
-    std::string result;
-    for (const char c : text) utf8::append(static_cast<unsigned char>(c), std::back_inserter(result));
-    return result;
-}
 
 std::string gnuplot_string(const std::string &text) {
     std::string result = "'";
