@@ -2,10 +2,16 @@
 
 namespace cli {
 
-void add_columns(const Command &app, std::vector<std::string> &columns) {
-    app.add_option("--column", columns, "column by name or number from 1; repeatable; default every column of numbers")
+void add_reading(const Command &app, InputOptions &input) {
+    app.add_option("--column", input.columns,
+                   "column by name or number from 1; repeatable; default every column of numbers")
         .type_name("NAME|N")
         .one_at_a_time();
+}
+
+void add_input(const Command &app, InputOptions &input) {
+    app.add_option("FILE", input.file, "input; - or none is standard input");
+    add_reading(app, input);
 }
 
 void add_output(const Command &app, std::string &output) {
@@ -13,8 +19,7 @@ void add_output(const Command &app, std::string &output) {
 }
 
 void add_files(const Command &app, Files &files) {
-    app.add_option("FILE", files.input, "input; - or none is standard input");
-    add_columns(app, files.columns);
+    add_input(app, files.input);
     add_output(app, files.output);
     add_plot_options(app, files.plot);
 }

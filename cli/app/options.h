@@ -1,22 +1,25 @@
-// Options that several commands share: the input, the choice of its columns, where the results go.
+// Options that several commands share: the input and how it is read, where the results go.
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "cli/app/command_line.h"
+#include "cli/data/input.h"
 #include "cli/plot/options.h"
 
 namespace cli {
 
 struct Files {
-    std::string input, output;
-    std::vector<std::string> columns;
+    InputOptions input;
+    std::string output;
     PlotOptions plot;
 };
 
 void add_files(const Command &app, Files &files);
-void add_columns(const Command &app, std::vector<std::string> &columns);
+// The argument FILE, and the options of add_reading().
+void add_input(const Command &app, InputOptions &input);
+// Which columns are read, and how.
+void add_reading(const Command &app, InputOptions &input);
 void add_output(const Command &app, std::string &output);
 
 }  // namespace cli

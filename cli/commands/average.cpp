@@ -7,9 +7,9 @@
 #include "cli/app/diagnostics.h"
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
-#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -29,14 +29,15 @@ struct Options {
 void run(const Options &options) {
     const int length = options.length;
     if (length < 1 || length > kLongest) reject("--length {} is not from 1 to {}", length, kLongest);
-    Source source(options.files.input);
-    refuse_wav(source);
+    Source source(options.files.input.file);
+    refuse_sound(source);
     const MakeFilter make = [length]() -> ChannelFilter {
         const auto filter = std::make_shared<MovingAverageOnline>();
         init_move_average_filter_online(filter.get(), length);
         return [filter](double x) { return move_average_filter_online(filter.get(), x); };
     };
-    stream_table(source, options.files, channel_by_channel(make), fmt::format("average of {} samples", length), 0);
+    ChannelByChannel filter(make);
+    stream_table(source, options.files, filter, fmt::format("average of {} samples", length), 0);
 }
 
 }  // namespace

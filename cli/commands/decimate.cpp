@@ -16,11 +16,11 @@
 #include "cli/app/quantity.h"
 #include "cli/data/cascade.h"
 #include "cli/data/record.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
 #include "cli/data/table.h"
 #include "cli/data/times.h"
-#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -37,9 +37,8 @@ constexpr double kPassed = 0.8;                 // of the new Nyquist frequency
 constexpr int kLargest = 10000;                 // from 30000 on, doubles hold the low-pass too coarsely
 
 struct Options {
-    std::string input, output;
-    std::vector<std::string> columns;
-    std::optional<double> rate;
+    InputOptions input;
+    std::string output;
     int factor = 1;
     bool zero_phase = false, quiet = false;
 
@@ -98,8 +97,8 @@ void report_on(const Options &options, const LowPass &filter, double rate) {
     report(line);
 }
 
-int new_rate(const WavReader &wav, int factor) {
-    const int rate = wav.format().samplerate;
+int new_rate(const SoundReader &sound, int factor) {
+    const int rate = sound.format().samplerate;
     if (rate % factor != 0)
         reject("FACTOR {}: a WAV has a whole rate, and {} Hz / {} is {:.6g} Hz", factor, rate, factor,
                static_cast<double>(rate) / factor);
@@ -116,7 +115,7 @@ class Decimator {
     // Returns those of the frames that are kept, which lie at their front then.
     std::span<double> run(std::span<double> frames, std::size_t channels) {
         gaps_.fill(frames, channels);
-        if (filter_) (*filter_)(frames, channels);
+        if (filter_) filter_->run(frames, channels);
         std::size_t kept = 0;
         for (; next_ < frames.size() / channels; next_ += step_, ++kept)
             std::copy_n(frames.data() + next_ * channels, channels, frames.data() + kept * channels);
@@ -131,40 +130,40 @@ class Decimator {
 };
 
 void decimate_table(const Options &options, const LowPass &filter, Source &source) {
-    TableReader table(source, options.columns);
+    TableReader table(source, options.input);
     Output out(options.output);
     Decimator decimator(options, filter.sections);
     EvenTimes times(source.name());
     std::vector<double> row;
-    if (options.rate) report_on(options, filter, *options.rate);
+    if (options.input.rate) report_on(options, filter, *options.input.rate);
     for_each_line(table, out, [&] {
         if (table.kind() != LineKind::Data) return table.write_line(out);
-        if (!options.rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
+        if (!options.input.rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
         row = table.values();
         if (!decimator.run(row, row.size()).empty()) table.write_row(out, row);
     });
-    if (!options.rate) report_on(options, filter, table.has_time() && table.rows() > 1 ? times.rate() : 0);
+    if (!options.input.rate) report_on(options, filter, table.has_time() && table.rows() > 1 ? times.rate() : 0);
     out.commit();
 }
 
 void decimate_sound(const Options &options, const LowPass &filter, Source &source) {
-    WavReader wav(source);
-    wav.check_request(options.rate, options.columns);
-    const int rate = new_rate(wav, options.factor);
+    SoundReader sound(source);
+    sound.check_request(options.input);
+    const int rate = new_rate(sound, options.factor);
     Output out(options.output);
-    WavWriter result(out, wav, rate);
-    report_on(options, filter, wav.rate());
+    SoundWriter result(out, sound, rate);
+    report_on(options, filter, sound.rate());
     Decimator decimator(options, filter.sections);
-    std::vector<double> frames(kWavFrames * wav.channels());
-    while (const std::size_t count = wav.read(frames))
-        result.write(decimator.run(std::span(frames).first(count), wav.channels()));
+    std::vector<double> frames(kSoundFrames * sound.channels());
+    while (const std::size_t count = sound.read(frames))
+        result.write(decimator.run(std::span(frames).first(count), sound.channels()));
     result.finish();
     out.commit();
 }
 
 void decimate_record(const Options &options, const LowPass &filter, Source &source) {
-    Record record = read_record(source, options.columns, options.rate);
-    if (record.wav) new_rate(*record.wav, options.factor);
+    Record record = read_record(source, options.input);
+    if (record.sound) new_rate(*record.sound, options.factor);
     remark_missing(record);
     report_on(options, filter, record.rate);
     if (!filter.sections.empty()) {
@@ -180,10 +179,10 @@ void decimate_record(const Options &options, const LowPass &filter, Source &sour
 void run(const Options &options) {
     if (options.factor < 1 || options.factor > kLargest)
         reject("FACTOR {}: must lie between 1 and {}; a larger one is the product of two", options.factor, kLargest);
-    Source source(options.input);
+    Source source(options.input.file);
     const LowPass filter = low_pass(options);
     if (options.zero_phase) return decimate_record(options, filter, source);
-    if (is_wav(source)) return decimate_sound(options, filter, source);
+    if (is_sound(source)) return decimate_sound(options, filter, source);
     decimate_table(options, filter, source);
 }
 
@@ -199,12 +198,12 @@ void add_decimate(const Command &program) {
                     kPassed, kAliases),
         kExamples);
     add_count(app, "FACTOR", options->factor, fmt::format("old rate over new rate, 1 to {}", kLargest)).required();
-    add_rate(app, options->rate, "sampling rate in Hz, for what is reported; default: from the column called time");
+    add_rate(app, options->input.rate,
+             "sampling rate in Hz, for what is reported; default: from the column called time");
     app.add_flag("--zero-phase", options->zero_phase,
                  "low-pass forwards and backwards: no delay; reads all input first");
     app.add_flag("--quiet", options->quiet, "do not say on standard error what is done");
-    app.add_option("FILE", options->input, "input; - or none is standard input");
-    add_columns(app, options->columns);
+    add_input(app, options->input);
     add_output(app, options->output);
     app.callback([options] { run(*options); });
 }

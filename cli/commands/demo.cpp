@@ -85,7 +85,7 @@ Signals signals_of(const std::vector<double> &raw, double rate) {
     filter_both_ways(notch(rate), MENSURA_SOS_ENDS_ODD, signals[1].samples);
     filter_both_ways(low_pass(rate, 2), MENSURA_SOS_ENDS_ODD, signals[2].samples);
     CascadeFilter one_way(low_pass(rate, 1));
-    one_way(signals[3].samples, 1);
+    one_way.run(signals[3].samples, 1);
     return signals;
 }
 
@@ -191,7 +191,7 @@ Panel spectra_panel(const Signals &signals, double rate) {
 
 void run(const Options &options) {
     Source source("the electrocardiogram", kEcgRecord);
-    const Record record = read_record(source, {}, {});
+    const Record record = read_record(source, {});
     const double rate = rate_of(record);
     const Signals signals = signals_of(record.channels.front().samples, rate);
     Output out(data_file(options.plot, ""));

@@ -2,7 +2,7 @@
 #include <mensura/online.h>
 
 #include <memory>
-#include <optional>
+#include <span>
 #include <vector>
 
 #include "cli/app/commands.h"
@@ -11,8 +11,8 @@
 #include "cli/app/quantity.h"
 #include "cli/data/record.h"
 #include "cli/data/rewrite.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
-#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -24,19 +24,17 @@ constexpr const char *kExamples =
 
 struct Options {
     Files files;
-    std::optional<double> rate;
 };
 
 void run(const Options &options) {
-    Source source(options.files.input);
-    refuse_wav(source);
-    Record record = read_record(source, options.files.columns, options.rate);
+    Source source(options.files.input.file);
+    refuse_sound(source);
+    Record record = read_record(source, options.files.input);
     if (record.length() < 2) reject("{}: a derivative needs 2 rows at least; there is 1", record.name);
     const double h = 1 / rate_of(record);
-    const Change change = [h](Channel &channel) {
-        std::vector<double> &x = channel.samples, dx(x.size());
-        central_difference(x.data(), dx.data(), static_cast<int>(x.size()), h);
-        x.swap(dx);
+    const Change change = [h](const Channel &, std::span<double> piece) {
+        const std::vector<double> x(piece.begin(), piece.end());
+        central_difference(x.data(), piece.data(), static_cast<int>(x.size()), h);
     };
     rewrite_record(record, options.files, change, "derivative, per second");
 }
@@ -47,7 +45,7 @@ void add_derive(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command(
         "derive", "differentiate the columns of a table, in their unit per second, by central differences", kExamples);
-    add_rate(app, options->rate, "sampling rate in Hz; default: from the column called time");
+    add_rate(app, options->files.input.rate, "sampling rate in Hz; default: from the column called time");
     add_files(app, options->files);
     app.callback([options] { run(*options); });
 }

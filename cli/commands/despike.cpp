@@ -7,9 +7,9 @@
 #include "cli/app/diagnostics.h"
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
-#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -27,15 +27,15 @@ struct Options {
 void run(const Options &options) {
     const double limit = options.limit;
     if (limit <= 0) reject("--limit {} is not above 0", limit);
-    Source source(options.files.input);
-    refuse_wav(source);
+    Source source(options.files.input.file);
+    refuse_sound(source);
     const MakeFilter make = [limit]() -> ChannelFilter {
         const auto filter = std::make_shared<AmplitudeLimitOnline>();
         init_amlitude_limit_filer_online(filter.get(), limit);
         return [filter](double x) { return amlitude_limit_filer_online(filter.get(), x); };
     };
-    stream_table(source, options.files, channel_by_channel(make), fmt::format("spikes above {:.6g} rejected", limit),
-                 0);
+    ChannelByChannel filter(make);
+    stream_table(source, options.files, filter, fmt::format("spikes above {:.6g} rejected", limit), 0);
 }
 
 }  // namespace

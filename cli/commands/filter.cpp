@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -21,9 +22,9 @@
 #include "cli/data/record.h"
 #include "cli/data/rewrite.h"
 #include "cli/data/sections_file.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
-#include "cli/data/wav.h"
 #include "iir/pass_types.h"
 
 namespace cli {
@@ -124,12 +125,12 @@ MakeFilter copies_of(const TIIRFilter &design) {
     };
 }
 
-FrameFilter one_way(const Filter &filter) {
-    if (filter.leading) return channel_by_channel(copies_of(*filter.leading));
-    return CascadeFilter(filter.sections);
+std::unique_ptr<FrameFilter> one_way(const Filter &filter) {
+    if (filter.leading) return std::make_unique<ChannelByChannel>(copies_of(*filter.leading));
+    return std::make_unique<CascadeFilter>(filter.sections);
 }
 
-void apply_zero_phase(TIIRFilter filter, std::vector<double> &samples) {
+void apply_zero_phase(TIIRFilter filter, std::span<double> samples) {
     IIRFilterZeroPhase(&filter, samples.data(), nullptr, static_cast<int>(samples.size()));
 }
 
@@ -144,8 +145,8 @@ void report_cutoff(const std::string &channel, double cutoff, double nyquist, bo
 }
 
 // Gives the bits of dataZeroPhaseFilter, which is given the sampling interval: hence the rate as 1 / (1 / rate).
-void filter_automatically(Channel &channel, double given_rate, double ratio, bool quiet) {
-    std::vector<double> &samples = channel.samples;
+void filter_automatically(const Channel &channel, std::span<double> samples, double given_rate, double ratio,
+                          bool quiet) {
     if (samples.size() < 4) reject("--auto needs 4 samples at least; there are {}", samples.size());
     if (samples.size() > kLongTransform)
         remark("{}: finding the cut-off from {} samples, in a time that grows as their square", channel.name,
@@ -160,7 +161,9 @@ void filter_automatically(Channel &channel, double given_rate, double ratio, boo
 
 void run_automatically(const Options &options, Record &record) {
     const double rate = rate_of(record), ratio = *options.ratio;
-    const Change change = [&](Channel &channel) { filter_automatically(channel, rate, ratio, options.quiet); };
+    const Change change = [&](const Channel &channel, std::span<double> piece) {
+        filter_automatically(channel, piece, rate, ratio, options.quiet);
+    };
     rewrite_record(record, options.files, change, "zero-phase lowpass, cut-off from the spectrum");
 }
 
@@ -169,24 +172,24 @@ void run_on_record(const Options &options, Record &record) {
     const bool zero_phase = options.request.zero_phase;
     const int ends = options.ends.value_or(MENSURA_SOS_ENDS_ODD);
     if (zero_phase && !filter.leading) remark_if_short(record.name, record.length(), filter.sections, ends);
-    const Change change = [&](Channel &channel) {
-        if (!zero_phase) return one_way(filter)(channel.samples, 1);
-        if (filter.leading) return apply_zero_phase(*filter.leading, channel.samples);
-        filter_both_ways(filter.sections, ends, channel.samples);
+    const Change change = [&](const Channel &, std::span<double> piece) {
+        if (!zero_phase) return one_way(filter)->run(piece, 1);
+        if (filter.leading) return apply_zero_phase(*filter.leading, piece);
+        filter_both_ways(filter.sections, ends, piece);
     };
     rewrite_record(record, options.files, change, filter.summary);
 }
 
 void run_as_stream(const Options &options, Source &source) {
-    if (is_wav(source)) {
-        WavReader wav(source);
-        wav.check_request(options.request.rate, options.files.columns);
-        const Filter filter = filter_for(options, wav.rate());
-        stream_wav(wav, options.files, one_way(filter), filter.summary);
+    if (is_sound(source)) {
+        SoundReader sound(source);
+        sound.check_request(options.files.input);
+        const Filter filter = filter_for(options, sound.rate());
+        stream_sound(sound, options.files, *one_way(filter), filter.summary);
     } else {
         const double rate = options.request.rate.value_or(0);
         const Filter filter = filter_for(options, rate);
-        stream_table(source, options.files, one_way(filter), filter.summary, rate);
+        stream_table(source, options.files, *one_way(filter), filter.summary, rate);
     }
 }
 
@@ -197,8 +200,8 @@ void take_type(Options &options) {
         options.request.pass_type = row_named("TYPE", options.type, kPassTypes, &PassType::word).code;
         return;
     }
-    if (!options.files.input.empty()) reject("--sos FILE takes the place of TYPE: leave out \"{}\"", options.type);
-    options.files.input = options.type;
+    if (!options.files.input.file.empty()) reject("--sos FILE takes the place of TYPE: leave out \"{}\"", options.type);
+    options.files.input.file = options.type;
 }
 
 void check(const Options &options) {
@@ -215,10 +218,11 @@ void check(const Options &options) {
 void run(Options &options) {
     take_type(options);
     check(options);
-    Source source(options.files.input);
-    const bool streams = is_wav(source) || options.request.rate || !options.sos.empty();
+    options.files.input.rate = options.request.rate;
+    Source source(options.files.input.file);
+    const bool streams = is_sound(source) || options.request.rate || !options.sos.empty();
     if (streams && !options.request.zero_phase && !options.ratio) return run_as_stream(options, source);
-    Record record = read_record(source, options.files.columns, options.request.rate);
+    Record record = read_record(source, options.files.input);
     if (options.ratio)
         run_automatically(options, record);
     else

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,8 @@
 #include "cli/app/quantity.h"
 #include "cli/data/record.h"
 #include "cli/data/rewrite.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
-#include "cli/data/wav.h"
 
 namespace cli {
 
@@ -63,15 +64,14 @@ const Smoother &chosen(const Options &options) {
 
 void run(const Options &options) {
     const Smoother &smoother = chosen(options);
-    Source source(options.files.input);
-    refuse_wav(source);
-    Record record = read_record(source, options.files.columns, {});
+    Source source(options.files.input.file);
+    refuse_sound(source);
+    Record record = read_record(source, options.files.input);
     if (record.length() < static_cast<std::size_t>(smoother.window))
         remark("{}: nothing is smoothed: the window is longer than the record of {}", record.name, record.length());
-    const Change change = [&smoother](Channel &channel) {
-        std::vector<double> &x = channel.samples, y(x.size());
-        smoother.function(x.data(), y.data(), static_cast<int>(x.size()));
-        x.swap(y);
+    const Change change = [&smoother](const Channel &, std::span<double> piece) {
+        const std::vector<double> x(piece.begin(), piece.end());
+        smoother.function(x.data(), piece.data(), static_cast<int>(x.size()));
     };
     rewrite_record(record, options.files, change,
                    fmt::format("smoothed, degree {}, window {}", smoother.degree, smoother.window));

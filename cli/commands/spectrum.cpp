@@ -33,7 +33,6 @@ constexpr double kDepthOfPicture = 200;  // dB below the highest bin; anything l
 
 struct Options {
     SpectrumOptions spectrum;
-    std::optional<double> rate;
     Files files;
 };
 
@@ -94,7 +93,7 @@ Figure figure_of(const NumberTable &spectra, double spacing, const SpectrumOptio
 
 void run(const Options &options) {
     remark_on(options.spectrum.window);
-    Record record = read_signals(options.files.input, options.files.columns, options.rate);
+    Record record = read_signals(options.files.input);
     const SpectrumLayout layout = layout_for(record.length());
     remark_on_length(layout, record.length());
     const NumberTable spectra = spectra_of(record, options.spectrum);
@@ -110,7 +109,7 @@ void run(const Options &options) {
 void add_spectrum(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command("spectrum", "amplitudes over frequency", kExamples);
-    add_rate(app, options->rate, "sampling rate in Hz; default from the column of times or the WAV");
+    add_rate(app, options->files.input.rate, "sampling rate in Hz; default from the column of times or the WAV");
     add_spectrum_options(app, options->spectrum);
     add_files(app, options->files);
     app.callback([options] { run(*options); });

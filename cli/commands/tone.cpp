@@ -26,9 +26,8 @@ constexpr const char *kExamples =
 
 struct Options {
     SpectrumOptions spectrum;
-    std::optional<double> rate;
     std::vector<std::string> arguments;  // frequencies, and after them a file
-    std::vector<std::string> columns;
+    InputOptions input;
     std::string output;
 };
 
@@ -68,10 +67,11 @@ NumberTable tones_of(Record record, const std::vector<double> &frequencies, cons
     return table;
 }
 
-void run(const Options &options) {
+void run(Options &options) {
     const Request request = request_of(options.arguments);
+    options.input.file = request.file;
     remark_on(options.spectrum.window);
-    Record record = read_signals(request.file, options.columns, options.rate);
+    Record record = read_signals(options.input);
     const NumberTable tones = tones_of(std::move(record), request.frequencies, options.spectrum);
     Output out(options.output);
     write_csv(tones, out);
@@ -88,9 +88,9 @@ void add_tone(const Command &program) {
                    "input")
         .type_name("... [FILE]")
         .required();
-    add_rate(app, options->rate, "sampling rate in Hz; default from the column of times or the WAV");
+    add_rate(app, options->input.rate, "sampling rate in Hz; default from the column of times or the WAV");
     add_spectrum_options(app, options->spectrum);
-    add_columns(app, options->columns);
+    add_reading(app, options->input);
     add_output(app, options->output);
     app.callback([options] { run(*options); });
 }

@@ -14,10 +14,10 @@
 #include "cli/commands/track_axis.h"
 #include "cli/data/csv.h"
 #include "cli/data/record.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
 #include "cli/data/table.h"
-#include "cli/data/wav.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
 
@@ -34,7 +34,7 @@ constexpr std::size_t kMostColumns = 100;  // a Kalman filter takes 1.3 MB
 
 struct Options {
     Files files;
-    std::optional<double> qaa, bandwidth, p, rate;
+    std::optional<double> qaa, bandwidth, p;
     double r = 0;
 };
 
@@ -122,7 +122,7 @@ void write_row(Output &out, const TableReader &table, std::vector<Axis> &axes, C
 
 void track(Source &source, const Options &options, double rate) {
     const TrackingModel model = model_of(options, rate);
-    TableReader table(source, options.files.columns);
+    TableReader table(source, options.files.input);
     Output out(data_file(options.files.plot, options.files.output));
     Comparison comparison(options.files.plot);
     std::vector<Axis> axes;
@@ -156,10 +156,10 @@ void check(const Options &options) {
 
 void run(const Options &options) {
     check(options);
-    Source source(options.files.input);
-    refuse_wav(source);
-    if (options.rate) return track(source, options, *options.rate);
-    Record record = read_record(source, options.files.columns, {});
+    Source source(options.files.input.file);
+    refuse_sound(source);
+    if (options.files.input.rate) return track(source, options, *options.files.input.rate);
+    Record record = read_record(source, options.files.input);
     const double rate = rate_of(record);
     record.channels.clear();
     Source again(record.name, std::move(record.text));
@@ -185,7 +185,7 @@ void add_track(const Command &program) {
     add_quantity(app, "--p", options->p, kPlain,
                  "variance of the first position, in the unit of the column squared; default 10000 R")
         .type_name("P");
-    add_rate(app, options->rate,
+    add_rate(app, options->files.input.rate,
              "sampling rate in Hz: a line in, a line out; default: all is read, and the rate is that of the column "
              "called time");
     add_files(app, options->files);

@@ -30,7 +30,7 @@ CascadeFilter::CascadeFilter(const Sections &sections) : sections_(sections) {
     if (settles_) checked(code);
 }
 
-void CascadeFilter::operator()(std::span<double> frames, std::size_t channels) {
+void CascadeFilter::run(std::span<double> frames, std::size_t channels) {
     if (started_.size() < channels) {
         waiting_ += channels - started_.size();
         started_.resize(channels);
@@ -38,10 +38,16 @@ void CascadeFilter::operator()(std::span<double> frames, std::size_t channels) {
     }
     while (waiting_ > 0 && !frames.empty()) {
         start(frames.first(channels));
-        run(frames.first(channels), channels);
+        filter(frames.first(channels), channels);
         frames = frames.subspan(channels);
     }
-    run(frames, channels);
+    filter(frames, channels);
+}
+
+void CascadeFilter::restart(std::size_t channel) {
+    if (channel >= started_.size() || !started_[channel]) return;
+    started_[channel] = false;
+    ++waiting_;
 }
 
 void CascadeFilter::start(std::span<const double> frame) {
@@ -58,14 +64,14 @@ void CascadeFilter::start(std::span<const double> frame) {
     }
 }
 
-void CascadeFilter::run(std::span<double> frames, std::size_t channels) {
+void CascadeFilter::filter(std::span<double> frames, std::size_t channels) {
     const std::ptrdiff_t stride = signed_size(channels), n = signed_size(frames.size() / channels);
     checked(mensura_sos_filter_channels(data_of(sections_), count_of(sections_), states_.data(),
                                         static_cast<int>(channels), frames.data(), stride, 1, frames.data(), stride, 1,
                                         n));
 }
 
-void filter_both_ways(const Sections &sections, int ends, std::vector<double> &samples) {
+void filter_both_ways(const Sections &sections, int ends, std::span<double> samples) {
     const std::ptrdiff_t n = signed_size(samples.size());
     const std::ptrdiff_t extension = n > 0 ? std::min(usual_extension(sections, ends), n - 1) : 0;
     checked(mensura_sos_filtfilt(data_of(sections), count_of(sections), ends, extension, samples.data(), 1,

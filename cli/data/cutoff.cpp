@@ -3,14 +3,15 @@
 #include <mensura/complex.h>
 
 #include <cstddef>
+#include <vector>
 
 #include "cli/data/transform.h"
 
 namespace cli {
 
-double automatic_cutoff(const std::vector<double> &samples, double rate, double ratio) {
+double automatic_cutoff(std::span<const double> samples, double rate, double ratio) {
     constexpr double kSafety = 15;  // cut-off over the highest frequency that counts as signal
-    const Bins bins = inverse_transform(samples);
+    const Bins bins = inverse_transform({samples.begin(), samples.end()});
     std::vector<double> magnitude(samples.size() / 2);
     for (std::size_t k = 0; k < magnitude.size(); ++k) magnitude[k] = CplxDCabs({bins.re[k], bins.im[k]});
 

@@ -1,7 +1,7 @@
 // The cut-off that the spectrum of a record suggests.
 #pragma once
 
-#include <vector>
+#include <span>
 
 namespace cli {
 
@@ -9,6 +9,6 @@ namespace cli {
 // |X[k]| exceeds `ratio` times the largest |X[k]| of 1 <= k < n / 2,
 //     cut-off = 15 K rate / (n - 1),
 // in Hz; not above 0 when the spectrum has no peak.  Takes 4 samples at least, and n^2 steps.
-double automatic_cutoff(const std::vector<double> &samples, double rate, double ratio);
+double automatic_cutoff(std::span<const double> samples, double rate, double ratio);
 
 }  // namespace cli

@@ -25,41 +25,46 @@ void append(Channel &channel, double value) {
     samples.push_back(std::isnan(value) && !samples.empty() ? samples.back() : value);
 }
 
-Record read_csv(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
-    Record record{.name = source.name(), .rate = rate.value_or(0), .text = source.rest(), .columns = columns};
+void close(Channel &channel) {
+    fill_front(channel.samples);
+    if (channel.has_numbers()) channel.pieces = {{0, channel.samples.size()}};
+}
+
+Record read_csv(Source &source, const InputOptions &input) {
+    Record record{.name = source.name(), .rate = input.rate.value_or(0), .text = source.rest(), .input = input};
     Source again(record.name, record.text);
-    TableReader table(again, columns);
+    TableReader table(again, input);
     EvenTimes times(record.name);
     while (table.next()) {
         if (table.kind() != LineKind::Data) continue;
-        if (!rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
+        if (!input.rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
         record.channels.resize(table.columns().size());
         for (std::size_t i = 0; i < record.channels.size(); ++i) append(record.channels[i], table.values()[i]);
     }
-    if (!rate && table.has_time()) record.rate = times.rate();
+    if (!input.rate && table.has_time()) record.rate = times.rate();
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         record.channels[i].name = table.columns()[i].name;
-        fill_front(record.channels[i].samples);
+        close(record.channels[i]);
     }
     return record;
 }
 
-Record read_wav(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
-    Record record{.name = source.name(), .wav = std::make_shared<WavReader>(source)};
-    WavReader &wav = *record.wav;
-    wav.check_request(rate, columns);
-    record.rate = wav.rate();
-    for (std::size_t i = 0; i < wav.channels(); ++i) record.channels.push_back({.name = wav.channel_name(i)});
-    std::vector<double> frames(kWavFrames * wav.channels());
-    while (const std::size_t count = wav.read(frames))
-        for (std::size_t i = 0; i < count; ++i) append(record.channels[i % wav.channels()], frames[i]);
-    for (Channel &channel : record.channels) fill_front(channel.samples);
+Record read_sound(Source &source, const InputOptions &input) {
+    Record record{.name = source.name(), .sound = std::make_shared<SoundReader>(source)};
+    SoundReader &sound = *record.sound;
+    sound.check_request(input);
+    record.rate = sound.rate();
+    for (std::size_t i = 0; i < sound.channels(); ++i) record.channels.push_back({.name = sound.channel_name(i)});
+    std::vector<double> frames(kSoundFrames * sound.channels());
+    while (const std::size_t count = sound.read(frames))
+        for (std::size_t i = 0; i < count; ++i) append(record.channels[i % sound.channels()], frames[i]);
+    for (Channel &channel : record.channels) close(channel);
     return record;
 }
 
 void write_table(const Record &record, Output &out, std::size_t every) {
     Source again(record.name, record.text);
-    TableReader table(again, record.columns);
+    TableReader table(again, record.input);
     std::vector<double> row(record.channels.size());
     while (table.next()) {
         if (table.kind() != LineKind::Data) {
@@ -75,21 +80,21 @@ void write_table(const Record &record, Output &out, std::size_t every) {
 
 void write_sound(const Record &record, Output &out, std::size_t every) {
     const std::size_t channels = record.channels.size(), n = record.length();
-    WavWriter wav(out, *record.wav, record.wav->format().samplerate / static_cast<int>(every));
+    SoundWriter sound(out, *record.sound, record.sound->format().samplerate / static_cast<int>(every));
     std::vector<double> frames;
     for (std::size_t i = 0; i < n; i += every) {
         for (std::size_t k = 0; k < channels; ++k) frames.push_back(record.channels[k].samples[i]);
-        if (frames.size() < kWavFrames * channels && i + every < n) continue;
-        wav.write(frames);
+        if (frames.size() < kSoundFrames * channels && i + every < n) continue;
+        sound.write(frames);
         frames.clear();
     }
-    wav.finish();
+    sound.finish();
 }
 
 }  // namespace
 
-Record read_record(Source &source, const std::vector<std::string> &columns, std::optional<double> rate) {
-    Record record = is_wav(source) ? read_wav(source, columns, rate) : read_csv(source, columns, rate);
+Record read_record(Source &source, const InputOptions &input) {
+    Record record = is_sound(source) ? read_sound(source, input) : read_csv(source, input);
     if (record.length() > INT_MAX) reject("{}: has more than {} samples", record.name, INT_MAX);
     return record;
 }
@@ -107,9 +112,9 @@ void remark_missing(const Record &record) {
                    channel.name, channel.missing, record.length());
 }
 
-Record read_signals(const std::string &file, const std::vector<std::string> &columns, std::optional<double> rate) {
-    Source source(file);
-    Record record = read_record(source, columns, rate);
+Record read_signals(const InputOptions &input) {
+    Source source(input.file);
+    Record record = read_record(source, input);
     std::erase_if(record.channels, [](const Channel &channel) { return !channel.has_numbers(); });
     if (record.channels.empty()) reject("{}: holds no numbers", record.name);
     rate_of(record);
@@ -118,7 +123,7 @@ Record read_signals(const std::string &file, const std::vector<std::string> &col
 }
 
 void write_record(const Record &record, Output &out, std::size_t every) {
-    if (record.wav)
+    if (record.sound)
         write_sound(record, out, every);
     else
         write_table(record, out, every);

@@ -3,20 +3,26 @@
 
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/data/input.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
-#include "cli/data/wav.h"
 #include "cli/files/output.h"
 
 namespace cli {
+
+// A run of evenly spaced samples.
+struct Piece {
+    std::size_t begin = 0, end = 0;
+};
 
 struct Channel {
     std::string name = {};
     std::vector<double> samples = {};  // a missing one is replaced by the one before it, or by the first
     std::size_t missing = 0;
+    std::vector<Piece> pieces = {};  // what holds numbers, in order: one unless the record is split at its holes
 
     bool has_numbers() const { return missing < samples.size(); }  // else a column of text, or an empty one
 };
@@ -24,16 +30,19 @@ struct Channel {
 struct Record {
     std::string name = {};  // of its file
     std::vector<Channel> channels = {};
-    double rate = 0;                        // Hz, 0: not known
-    std::shared_ptr<WavReader> wav = {};    // null for a CSV
-    std::string text = {};                  // of a CSV
-    std::vector<std::string> columns = {};  // as chosen on the command line
+    double rate = 0;                          // Hz, 0: not known
+    std::shared_ptr<SoundReader> sound = {};  // null for a CSV
+    std::string text = {};                    // of a CSV
+    InputOptions input = {};                  // as it was read
+
+    // Of a CSV with holes in its times that are filled: the sample that belongs to each row; empty: the row's number.
+    std::vector<std::size_t> sample_of_row = {};
 
     std::size_t length() const { return channels.front().samples.size(); }
 };
 
-// `columns` as in TableReader; `rate` from the command line, else it comes from the WAV or from the column of times.
-Record read_record(Source &source, const std::vector<std::string> &columns, std::optional<double> rate);
+// The rate is that of `input`, else that of the sound or of the column of times.
+Record read_record(Source &source, const InputOptions &input);
 
 // The rate; where it is not known, refuses the record with the option that gives it.
 double rate_of(const Record &record);
@@ -42,7 +51,7 @@ double rate_of(const Record &record);
 void remark_missing(const Record &record);
 
 // The columns of numbers or the channels of a file, of which the rate must be known.
-Record read_signals(const std::string &file, const std::vector<std::string> &columns, std::optional<double> rate);
+Record read_signals(const InputOptions &input);
 
 // The table with the record's samples in the place of its numbers, or the WAV with them; `every`: each such row or frame,
 // beginning with the first, the rate of a WAV being lower by that.

@@ -1,6 +1,7 @@
 #include "cli/data/rewrite.h"
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 #include "cli/files/output.h"
@@ -15,7 +16,8 @@ void rewrite_record(Record &record, const Files &files, const Change &change, co
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         Channel &channel = record.channels[i];
         const std::vector<double> before = files.plot.wanted() ? channel.samples : std::vector<double>();
-        if (channel.has_numbers()) change(channel);
+        for (const Piece &piece : channel.pieces)
+            change(channel, std::span(channel.samples).subspan(piece.begin, piece.end - piece.begin));
         for (std::size_t k = 0; k < before.size(); ++k) comparison.add(i, before[k], channel.samples[k]);
         names.push_back(channel.name);
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <string>
 
 #include "cli/app/options.h"
@@ -9,8 +10,8 @@
 
 namespace cli {
 
-// Changes the samples of every channel that has numbers in place, writes the record and draws it before and after.
-using Change = std::function<void(Channel &channel)>;
+// Changes every piece of every channel in place, writes the record and draws it before and after.
+using Change = std::function<void(const Channel &channel, std::span<double> piece)>;
 void rewrite_record(Record &record, const Files &files, const Change &change, const std::string &title);
 
 }  // namespace cli

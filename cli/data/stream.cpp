@@ -20,14 +20,6 @@ std::vector<std::string> names_of(const TableReader &table) {
 
 }  // namespace
 
-FrameFilter channel_by_channel(const MakeFilter &make) {
-    return [make, filters = std::vector<ChannelFilter>()](std::span<double> frames, std::size_t channels) mutable {
-        while (filters.size() < channels) filters.push_back(make());
-        for (std::size_t i = 0; i < frames.size(); ++i)
-            if (!std::isnan(frames[i])) frames[i] = filters[i % channels](frames[i]);
-    };
-}
-
 void Gaps::fill(std::span<double> frames, std::size_t channels) {
     last_.resize(channels, kMissing);
     for (std::size_t i = 0; i < frames.size(); i += channels)
@@ -38,9 +30,8 @@ void Gaps::fill(std::span<double> frames, std::size_t channels) {
         }
 }
 
-void stream_table(Source &source, const Files &files, const FrameFilter &filter, const std::string &title,
-                  double rate) {
-    TableReader table(source, files.columns);
+void stream_table(Source &source, const Files &files, FrameFilter &filter, const std::string &title, double rate) {
+    TableReader table(source, files.input);
     Output out(data_file(files.plot, files.output));
     Comparison comparison(files.plot);
     Gaps gaps;
@@ -49,7 +40,7 @@ void stream_table(Source &source, const Files &files, const FrameFilter &filter,
         if (table.kind() != LineKind::Data) return table.write_line(out);
         row = table.values();
         gaps.fill(row, row.size());
-        filter(row, row.size());
+        filter.run(row, row.size());
         comparison.add(table.values(), row, row.size());
         table.write_row(out, row);
     });
@@ -57,25 +48,25 @@ void stream_table(Source &source, const Files &files, const FrameFilter &filter,
     comparison.draw(title, names_of(table), rate);
 }
 
-void stream_wav(WavReader &wav, const Files &files, const FrameFilter &filter, const std::string &title) {
+void stream_sound(SoundReader &sound, const Files &files, FrameFilter &filter, const std::string &title) {
     Output out(data_file(files.plot, files.output));
-    WavWriter result(out, wav);
+    SoundWriter result(out, sound);
     Comparison comparison(files.plot);
     Gaps gaps;
-    std::vector<double> frames(kWavFrames * wav.channels()), before;
-    while (const std::size_t count = wav.read(frames)) {
+    std::vector<double> frames(kSoundFrames * sound.channels()), before;
+    while (const std::size_t count = sound.read(frames)) {
         const std::span<double> block(frames.data(), count);
         if (files.plot.wanted()) before = frames;
-        gaps.fill(block, wav.channels());
-        filter(block, wav.channels());
-        comparison.add(before, block, wav.channels());
+        gaps.fill(block, sound.channels());
+        filter.run(block, sound.channels());
+        comparison.add(before, block, sound.channels());
         result.write(block);
     }
     result.finish();
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < wav.channels(); ++i) names.push_back(wav.channel_name(i));
+    for (std::size_t i = 0; i < sound.channels(); ++i) names.push_back(sound.channel_name(i));
     out.commit();
-    comparison.draw(title, names, wav.rate());
+    comparison.draw(title, names, sound.rate());
 }
 
 }  // namespace cli

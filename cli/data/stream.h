@@ -2,27 +2,18 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "cli/app/options.h"
+#include "cli/data/frame_filter.h"
+#include "cli/data/sound.h"
 #include "cli/data/source.h"
 #include "cli/data/table.h"
-#include "cli/data/wav.h"
 #include "cli/files/output.h"
 
 namespace cli {
-
-// Filters frames, a sample of each channel, in place.  A channel is missing (NaN) before its first number, never later.
-using FrameFilter = std::function<void(std::span<double> frames, std::size_t channels)>;
-
-// A filter of one channel: a sample in, a sample out.
-using ChannelFilter = std::function<double(double)>;
-using MakeFilter = std::function<ChannelFilter()>;
-// Every channel with a filter of its own, which begins with its first number.
-FrameFilter channel_by_channel(const MakeFilter &make);
 
 // Puts the value before it in its channel into the place of each sample that is missing.
 class Gaps {
@@ -34,8 +25,8 @@ class Gaps {
 };
 
 // `rate` is for the picture.
-void stream_table(Source &source, const Files &files, const FrameFilter &filter, const std::string &title, double rate);
-void stream_wav(WavReader &wav, const Files &files, const FrameFilter &filter, const std::string &title);
+void stream_table(Source &source, const Files &files, FrameFilter &filter, const std::string &title, double rate);
+void stream_sound(SoundReader &sound, const Files &files, FrameFilter &filter, const std::string &title);
 
 // Reads a table to its end and calls answer() for each line.  Output is flushed before the program waits for the next
 // line, so that a sender of single lines receives the result of each at once.

@@ -43,8 +43,7 @@ bool has_decimal_comma(std::string_view cell) {
 
 }  // namespace
 
-TableReader::TableReader(Source &source, std::vector<std::string> wanted)
-    : lines_(source), wanted_(std::move(wanted)) {}
+TableReader::TableReader(Source &source, InputOptions input) : lines_(source), input_(std::move(input)) {}
 
 bool TableReader::next() {
     if (!lines_.next(line_)) {
@@ -147,8 +146,8 @@ void TableReader::begin_rows() {
 }
 
 void TableReader::choose_columns() {
-    for (const std::string &wanted : wanted_) choose(wanted);
-    for (std::size_t i = 0; i < width_ && wanted_.empty(); ++i)
+    for (const std::string &wanted : input_.columns) choose(wanted);
+    for (std::size_t i = 0; i < width_ && input_.columns.empty(); ++i)
         if (i != time_.index) columns_.push_back({.index = i});
     for (Column &column : columns_)
         column.name = column.index < names_.size() && !names_[column.index].empty()

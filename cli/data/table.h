@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/data/input.h"
 #include "cli/data/lines.h"
 #include "cli/data/source.h"
 #include "cli/files/output.h"
@@ -28,8 +29,7 @@ enum class LineKind { Other, Header, Data };  // Other: comments and blank lines
 
 class TableReader {
   public:
-    // `wanted`: names or numbers (from 1) of columns; empty: all but the time.
-    TableReader(Source &source, std::vector<std::string> wanted);
+    TableReader(Source &source, InputOptions input);
 
     // Reads a line; false at the end, where a table without a row is refused.
     bool next();
@@ -71,7 +71,8 @@ class TableReader {
 
     LineReader lines_;
     Line line_;
-    std::vector<std::string> wanted_, names_;
+    InputOptions input_;
+    std::vector<std::string> names_;
     LineKind kind_ = LineKind::Other;
     char separator_ = '\0';  // '\0': not yet known, ' ': blanks
     std::size_t rows_ = 0, width_ = 0, width_line_ = 0;

@@ -11,7 +11,7 @@ using namespace fuzz;
 // All numbers of a table, which is written into `out` line by line.
 static Doubles copy_table(const std::string &text, const std::vector<std::string> &wanted, cli::Output &out) {
     cli::Source source("table", text);
-    cli::TableReader table(source, wanted);
+    cli::TableReader table(source, {.columns = wanted});
     Doubles all;
     while (table.next()) {
         if (table.kind() != cli::LineKind::Data) {
@@ -38,7 +38,7 @@ void fuzz::test(Input &input) {
         check(pread(out.descriptor(), copy.data(), copy.size(), 0) == static_cast<ssize_t>(copy.size()));
         check(same_bits(before, copy_table(copy, wanted, again)));
         cli::Source source("table", text);
-        const cli::Record record = cli::read_record(source, wanted, {});
+        const cli::Record record = cli::read_record(source, {.columns = wanted});
         for (const cli::Channel &channel : record.channels) check(channel.samples.size() == record.length());
     } catch (const cli::Failure &) {  // tells of bad input
     }

@@ -3,14 +3,14 @@
 #include <unistd.h>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/wav.h"
+#include "cli/data/sound.h"
 #include "input.h"
 
 using namespace fuzz;
 
-static Doubles samples_of(cli::WavReader &wav) {
+static Doubles samples_of(cli::SoundReader &wav) {
     check(wav.channels() >= 1);
-    Doubles all, block(cli::kWavFrames * wav.channels());
+    Doubles all, block(cli::kSoundFrames * wav.channels());
     while (const std::size_t count = wav.read(block)) {
         check(count <= block.size() && count % wav.channels() == 0);
         all.insert(all.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(count));
@@ -25,13 +25,13 @@ void fuzz::test(Input &input) {
     cli::Output out("/tmp/never_committed");
     try {
         cli::Source source(fmt::format("/proc/self/fd/{}", file));
-        cli::WavReader wav(source);
+        cli::SoundReader wav(source);
         const Doubles samples = samples_of(wav);
-        cli::WavWriter writer(out, wav);
+        cli::SoundWriter writer(out, wav);
         writer.write(samples);
         writer.finish();
         cli::Source written(fmt::format("/proc/self/fd/{}", out.descriptor()));
-        cli::WavReader again(written);
+        cli::SoundReader again(written);
         check(again.channels() == wav.channels() && samples_of(again).size() == samples.size());
     } catch (const cli::Failure &) {  // tells of bad input
     }

@@ -11,34 +11,35 @@
 #include <utility>
 #include <vector>
 
+#include "cli/data/input.h"
 #include "cli/data/source.h"
 #include "cli/files/output.h"
 
 namespace cli {
 
 // Whether the input begins like a WAV; waits for no more bytes than that takes.
-bool is_wav(Source &source);
+bool is_sound(Source &source);
 
 // Refuses a WAV, for commands that read tables only.
-void refuse_wav(Source &source);
+void refuse_sound(Source &source);
 
-inline constexpr std::size_t kWavFrames = 4096;  // to read and write at a time
+inline constexpr std::size_t kSoundFrames = 4096;  // to read and write at a time
 
 using SoundFile = std::unique_ptr<SNDFILE, int (*)(SNDFILE *)>;
 
-class WavReader {
+class SoundReader {
   public:
-    explicit WavReader(Source &source);
-    ~WavReader();
-    WavReader(const WavReader &) = delete;
-    WavReader &operator=(const WavReader &) = delete;
+    explicit SoundReader(Source &source);
+    ~SoundReader();
+    SoundReader(const SoundReader &) = delete;
+    SoundReader &operator=(const SoundReader &) = delete;
 
     const SF_INFO &format() const { return format_; }
     std::size_t channels() const { return static_cast<std::size_t>(format_.channels); }
     double rate() const { return format_.samplerate; }
     std::string channel_name(std::size_t channel) const;
     // Refuses another rate than the file's, and a choice of columns.
-    void check_request(std::optional<double> rate, const std::vector<std::string> &columns) const;
+    void check_request(const InputOptions &input) const;
     // Fills whole frames (a sample of each channel); returns how many numbers were read, 0 at the end.
     std::size_t read(std::span<double> samples);
     std::vector<std::pair<int, std::string>> texts() const;  // title, artist, ...
@@ -50,13 +51,13 @@ class WavReader {
     SoundFile file_{nullptr, sf_close};
 };
 
-class WavWriter {
+class SoundWriter {
   public:
-    WavWriter(Output &out, const WavReader &like) : WavWriter(out, like, like.format().samplerate) {}
-    WavWriter(Output &out, const WavReader &like, int rate);
-    ~WavWriter();
-    WavWriter(const WavWriter &) = delete;
-    WavWriter &operator=(const WavWriter &) = delete;
+    SoundWriter(Output &out, const SoundReader &like) : SoundWriter(out, like, like.format().samplerate) {}
+    SoundWriter(Output &out, const SoundReader &like, int rate);
+    ~SoundWriter();
+    SoundWriter(const SoundWriter &) = delete;
+    SoundWriter &operator=(const SoundWriter &) = delete;
 
     void write(std::span<const double> samples);
     // Completes the file and says how many samples had to be clipped.

@@ -1,4 +1,4 @@
-#include "cli/data/wav.h"
+#include "cli/data/sound.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -72,7 +72,7 @@ int bits_of(const SF_INFO &format) {
 
 }  // namespace
 
-bool is_wav(Source &source) {
+bool is_sound(Source &source) {
     const auto begins_like = [&source](std::string_view magic) {
         return source.pending().substr(0, magic.size()) == magic.substr(0, source.pending().size());
     };
@@ -83,11 +83,11 @@ bool is_wav(Source &source) {
            (head.starts_with("RIFF") || head.starts_with("RIFX") || head.starts_with("RF64"));
 }
 
-void refuse_wav(Source &source) {
-    if (is_wav(source)) reject("{}: is a WAV; this command reads tables (CSV)", source.name());
+void refuse_sound(Source &source) {
+    if (is_sound(source)) reject("{}: is a WAV; this command reads tables (CSV)", source.name());
 }
 
-WavReader::WavReader(Source &source) : name_(source.name()), descriptor_(seekable(source)) {
+SoundReader::SoundReader(Source &source) : name_(source.name()), descriptor_(seekable(source)) {
     refuse_truncated(descriptor_, name_);
     lseek(descriptor_, 0, SEEK_SET);
     file_.reset(sf_open_fd(descriptor_, SFM_READ, &format_, SF_FALSE));
@@ -95,28 +95,29 @@ WavReader::WavReader(Source &source) : name_(source.name()), descriptor_(seekabl
     if (format_.frames == 0) reject("{}: holds no sound", name_);
 }
 
-WavReader::~WavReader() {
+SoundReader::~SoundReader() {
     file_.reset();
     close(descriptor_);
 }
 
-std::string WavReader::channel_name(std::size_t channel) const {
+std::string SoundReader::channel_name(std::size_t channel) const {
     return channels() == 1 ? "sound" : fmt::format("channel {}", channel + 1);
 }
 
-void WavReader::check_request(std::optional<double> wanted, const std::vector<std::string> &columns) const {
-    if (wanted && *wanted != rate()) reject("{}: is sampled at {} Hz; leave --rate out, or give that", name_, rate());
-    if (!columns.empty()) reject("{}: is a WAV, all of whose channels are taken; --column is for tables", name_);
+void SoundReader::check_request(const InputOptions &input) const {
+    if (input.rate && *input.rate != rate())
+        reject("{}: is sampled at {} Hz; leave --rate out, or give that", name_, rate());
+    if (!input.columns.empty()) reject("{}: is a WAV, all of whose channels are taken; --column is for tables", name_);
 }
 
-std::size_t WavReader::read(std::span<double> samples) {
+std::size_t SoundReader::read(std::span<double> samples) {
     const auto count =
         static_cast<std::size_t>(sf_read_double(file_.get(), samples.data(), static_cast<sf_count_t>(samples.size())));
     if (count % channels() != 0) reject("{}: ends within a sample of its {} channels", name_, channels());
     return count;
 }
 
-std::vector<std::pair<int, std::string>> WavReader::texts() const {
+std::vector<std::pair<int, std::string>> SoundReader::texts() const {
     std::vector<std::pair<int, std::string>> found;
     for (int kind = SF_STR_FIRST; kind <= SF_STR_LAST; ++kind)
         if (const char *const text = sf_get_string(file_.get(), kind)) found.emplace_back(kind, text);
@@ -124,7 +125,7 @@ std::vector<std::pair<int, std::string>> WavReader::texts() const {
 }
 
 // The header is completed at the end, for which the output must be able to seek.
-WavWriter::WavWriter(Output &out, const WavReader &like, int rate) : out_(out), bits_(bits_of(like.format())) {
+SoundWriter::SoundWriter(Output &out, const SoundReader &like, int rate) : out_(out), bits_(bits_of(like.format())) {
     if (isatty(out.descriptor()) != 0) reject("a WAV is not for a terminal; name a file with --output, or redirect");
     const bool direct = lseek(out.descriptor(), 0, SEEK_CUR) == 0 && out.descriptor() != STDOUT_FILENO;
     descriptor_ = direct ? dup(out.descriptor()) : nameless_file();
@@ -137,13 +138,13 @@ WavWriter::WavWriter(Output &out, const WavReader &like, int rate) : out_(out), 
     for (const auto &[kind, text] : like.texts()) sf_set_string(file_.get(), kind, text.c_str());
 }
 
-WavWriter::~WavWriter() {
+SoundWriter::~SoundWriter() {
     file_.reset();
     close(descriptor_);
 }
 
 // Rounded to the nearest integer here: libsndfile would round down, and scale by 2^15 - 1 what it has divided by 2^15.
-void WavWriter::write_integers(std::span<const double> samples) {
+void SoundWriter::write_integers(std::span<const double> samples) {
     const double scale = std::ldexp(1.0, bits_ - 1);
     integers_.resize(samples.size());
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -156,14 +157,14 @@ void WavWriter::write_integers(std::span<const double> samples) {
         fail("{}: {}", out_.name(), sf_strerror(file_.get()));
 }
 
-void WavWriter::write(std::span<const double> samples) {
+void SoundWriter::write(std::span<const double> samples) {
     if (bits_ > 0) return write_integers(samples);
     if (sf_write_double(file_.get(), samples.data(), static_cast<sf_count_t>(samples.size())) !=
         static_cast<sf_count_t>(samples.size()))
         fail("{}: {}", out_.name(), sf_strerror(file_.get()));
 }
 
-void WavWriter::finish() {
+void SoundWriter::finish() {
     const int failed = sf_close(file_.release());
     if (failed != 0) fail("{}: {}", out_.name(), sf_error_number(failed));
     if (out_.descriptor() == STDOUT_FILENO || lseek(out_.descriptor(), 0, SEEK_CUR) < 0)
