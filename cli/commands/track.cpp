@@ -162,7 +162,7 @@ void run(const Options &options) {
     Record record = read_record(source, options.files.input);
     const double rate = rate_of(record);
     record.channels.clear();
-    Source again(record.name, std::move(record.text));
+    Source again(record.name, record.text);
     track(again, options, rate);
 }
 

@@ -47,7 +47,7 @@ void refuse_truncated(int descriptor, const std::string &name) {
 // A descriptor at the start of the file that can seek: of the file itself, or of a copy of what comes through a pipe.
 int seekable(Source &source) {
     const int own = source.descriptor();
-    if (lseek(own, 0, SEEK_SET) == 0) return dup(own);
+    if (source.is_plain() && lseek(own, 0, SEEK_SET) == 0) return dup(own);
     const int copy = nameless_file();
     do {
         const std::string_view block = source.pending();

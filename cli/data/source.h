@@ -1,11 +1,11 @@
-// Bytes from a file or from standard input, in the blocks in which they come.
+// Bytes from a file or from standard input, in the blocks in which they come, unpacked and as UTF-8.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-#include "cli/app/progress.h"
+#include "cli/data/decode.h"
 
 namespace cli {
 
@@ -16,27 +16,30 @@ class Source {
   public:
     // A file; "" or "-" is standard input.
     explicit Source(const std::string &file);
-    // Text that has been read before, under the name of its file.
-    Source(const std::string &name, std::string text);
-    ~Source();
+    // Text that has been read before, under the name of its file.  It must outlive the source.
+    Source(const std::string &name, std::string_view text);
     Source(const Source &) = delete;
     Source &operator=(const Source &) = delete;
 
     const std::string &name() const { return name_; }
     int descriptor() const { return descriptor_; }
+    // Whether the descriptor gives these very bytes, neither packed nor in another encoding.
+    bool is_plain();
     // The bytes still to come begin with this (as far as they have been read).
-    std::string_view pending() const { return std::string_view(buffer_).substr(position_); }
+    std::string_view pending() const { return bytes_.pending(); }
     // Waits for more bytes and appends them to the pending ones; false at the end.
     bool more();
-    void skip(std::size_t count) { position_ += count; }
+    void skip(std::size_t count) { bytes_.skip(count); }
     // Everything still to come.
     std::string rest();
 
   private:
-    std::string name_, buffer_;
-    std::size_t position_ = 0, consumed_ = 0, size_ = 0;  // size 0: not known
+    void recognise();
+
+    std::string name_;
     int descriptor_ = -1;
-    Progress progress_{name_};
+    Bytes bytes_;
+    bool recognised_ = false, plain_ = true;
 };
 
 }  // namespace cli

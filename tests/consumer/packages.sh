@@ -41,7 +41,7 @@ printf '%s\n' "$libdir"/libmensura.so.1{,.1.0} $doc/libmensura1/changelog.gz | u
 printf '%s\n' usr/bin/mensura usr/share/man/man1/mensura.1.gz $doc/mensura/{changelog.gz,cli.md} | unpack mensura
 
 for package in libc6 libstdc++6; do depends libmensura1 "$package"; done
-for package in libc6 libstdc++6 libfmt9 libsndfile1; do depends mensura "$package"; done
+for package in libc6 libstdc++6 libfmt9 libsndfile1 libzstd1 zlib1g; do depends mensura "$package"; done
 same_version libmensura-dev
 same_version mensura
 [[ $(field mensura Recommends) == gnuplot-nox ]] || die "mensura does not recommend gnuplot-nox"
