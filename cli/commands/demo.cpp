@@ -171,17 +171,17 @@ Panel signals_panel(const Signals &signals, double rate) {
     return panel;
 }
 
-Panel spectra_panel(const Signals &signals, double rate) {
+Panel spectra_panel(const Signals &signals, double rate, const PlotOptions &plot) {
     Panel panel{.x_label = "frequency [Hz]",
                 .y_label = "amplitude [dB re 1 mV]",
-                .marks = {kHum},
+                .marks = {{kHum, fmt::format("{} Hz", kHum)}},
                 .y_lowest = -140,
                 .x_lowest = 0,
                 .x_highest = 0.5 * rate};
     const SpectrumLayout layout = layout_for(signals[0].samples.size());
     for (std::size_t s = 0; s < kDrawn; ++s) {
         const Signal &signal = signals[s];
-        Envelope envelope;
+        Envelope envelope(plot);
         for (const double amplitude : amplitude_spectrum(signal.samples, kWindow, true))
             envelope.add(scaled(amplitude, true, Scale::Decibel));
         panel.curves.push_back(envelope.curve(signal.name, 1 / layout.frequency(1, rate)));
@@ -198,7 +198,7 @@ void run(const Options &options) {
     print_table(out, signals, rate);
     out.flush();
     draw({.title = "An electrocardiogram freed from 60 Hz hum",
-          .panels = {signals_panel(signals, rate), spectra_panel(signals, rate)}},
+          .panels = {signals_panel(signals, rate), spectra_panel(signals, rate, options.plot)}},
          options.plot);
     if (!options.output.empty()) print_signals(options.output, signals, rate);
     if (options.plot.kind == PlotOptions::File) out.write(fmt::format("\npicture in {}\n", options.plot.file));

@@ -119,11 +119,11 @@ void print(Output &out, const Options &options, const std::vector<Design> &desig
     }
 }
 
-Figure figure_of(Picture picture, const std::vector<Design> &designs) {
-    switch (picture) {
+Figure figure_of(const Options &options, const std::vector<Design> &designs) {
+    switch (options.picture.value_or(Picture::Response)) {
         case Picture::Step: return step_figure(designs);
         case Picture::Roots: return root_figure(designs.front());
-        default: return response_figure(designs);
+        default: return response_figure(designs, options.plot);
     }
 }
 
@@ -131,13 +131,16 @@ void run(const Options &options) {
     if (options.picture == Picture::Roots && options.form == Form::Families)
         reject("--show poles is for one family, not for --all-families");
     if (options.picture && !options.plot.wanted()) reject("--show is for --plot and --plot-script");
+    check_axis(options.plot);
+    if (options.plot.axis != PlotOptions::Automatic && options.picture.value_or(Picture::Response) != Picture::Response)
+        reject("--axis is for --show response");
     std::vector<Design> designs = designs_for(options);
     comment_on(options, designs);
     for (Design &design : designs) measure_step(design);
     Output out(data_file(options.plot, options.output));
     print(out, options, designs);
     out.commit();
-    if (options.plot.wanted()) draw(figure_of(options.picture.value_or(Picture::Response), designs), options.plot);
+    if (options.plot.wanted()) draw(figure_of(options, designs), options.plot);
 }
 
 // An option that chooses what is printed in so many rows.
@@ -188,6 +191,7 @@ void add_design(const Command &program) {
     add_forms(app, *options);
     add_output(app, options->output);
     add_plot_options(app, options->plot);
+    add_axis_option(app, options->plot);
     const auto take_picture = [options](const std::string &text) {
         options->picture = row_named("--show", text, kPictures, &PictureName::word).picture;
     };

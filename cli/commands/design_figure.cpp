@@ -16,22 +16,7 @@ namespace cli {
 namespace {
 
 constexpr double kDegrees = 180 / std::numbers::pi;  // in a radian
-constexpr double kDepth = 100;                       // dB: what lies deeper is not shown
-constexpr int kPoints = 1000;                        // of a curve
-
-// "lowpass, butterworth, 6 poles, -3 dB at 40 Hz"; of several families without the one and, where they differ, the
-// other.
-std::string title_of(const std::vector<Design> &designs) {
-    const Design &first = designs.front();
-    const mensura_sos_request &made = first.made;
-    const std::string rate = fmt::format(", sampled at {:.6g} Hz", first.rate);
-    if (designs.size() == 1) return first.summary + rate;
-    std::string text = pass_type_name(made.pass_type);
-    if (!first.request.by_requirement()) text += fmt::format(", {} poles", made.poles);
-    if (first.leading) return fmt::format("{}, leading sections, asked for at {:.6g} Hz{}", text, made.edge[0], rate);
-    if (made.passes == 2) text += ", zero phase";
-    return fmt::format("{}, {}{}", text, edges_text(first), rate);
-}
+constexpr double kDepth = 100, kMargin = 5;          // dB: what lies deeper is not shown; above the highest gain
 
 std::vector<double> edges_of(const Design &design) {
     std::vector<double> edges;
@@ -39,26 +24,60 @@ std::vector<double> edges_of(const Design &design) {
     return edges;
 }
 
+// ", 4 Hz wide, sampled at 360 Hz"
+std::string width_and_rate(const Design &design) {
+    const std::vector<double> edges = design.leading ? design.achieved.half_power : edges_of(design);
+    const std::string width = edges.size() == 2 ? fmt::format(", {:.6g} Hz wide", edges[1] - edges[0]) : "";
+    return fmt::format("{}, sampled at {:.6g} Hz", width, design.rate);
+}
+
+// "lowpass, butterworth, 6 poles, -3 dB at 40 Hz"; of several families without the one and, where they differ, the
+// other.
+std::string title_of(const std::vector<Design> &designs) {
+    const Design &first = designs.front();
+    const mensura_sos_request &made = first.made;
+    if (designs.size() == 1) return first.summary + width_and_rate(first);
+    std::string text = pass_type_name(made.pass_type);
+    if (!first.request.by_requirement()) text += fmt::format(", {} poles", made.poles);
+    if (first.leading)
+        return fmt::format("{}, leading sections, asked for at {:.6g} Hz, sampled at {:.6g} Hz", text, made.edge[0],
+                           first.rate);
+    if (made.passes == 2) text += ", zero phase";
+    return fmt::format("{}, {}{}", text, edges_text(first), width_and_rate(first));
+}
+
+// Of a curve over frequency.
+int points_of(const PlotOptions &plot) { return plot.is_page() ? 10000 : 1000; }
+
 // ---- Over frequency ------------------------------------------------------------------------------------------------
 
 struct Axis {
     double from, to;  // Hz
     bool logarithmic;
+    int points;
 
     double at(int i) const {
-        const double part = static_cast<double>(i) / kPoints;
+        const double part = static_cast<double>(i) / points;
         return std::min(logarithmic ? from * std::pow(to / from, part) : from + part * (to - from), to);
     }
 };
 
-// From a hundredth of the edge up to Nyquist; band types a decade to either side, narrow ones four widths.
-Axis axis_of(const Design &design) {
+// Two decades below the edge, up to half the rate; to either side of a band three of its widths, or a decade where it is
+// wider than two octaves.
+Axis axis_of(const Design &design, const PlotOptions &plot) {
+    constexpr double kDecade = 10, kWidths = 3, kWide = 4;
     const double nyquist = 0.5 * design.rate;
     const std::vector<double> edges = edges_of(design);
-    if (edges.size() < 2) return {0.01 * design.made.edge[0], nyquist, true};
-    const double width = edges[1] - edges[0], centre = 0.5 * (edges[0] + edges[1]);
-    if (4 * width > centre) return {0.1 * edges[0], std::min(10 * edges[1], nyquist), true};
-    return {centre - 4 * width, std::min(centre + 4 * width, nyquist), false};
+    const int points = points_of(plot);
+    if (edges.size() < 2) {
+        const double edge = design.made.edge[0];
+        if (plot.logarithmic(true)) return {edge / (kDecade * kDecade), nyquist, true, points};
+        return {0, std::min(kDecade * edge, nyquist), false, points};
+    }
+    if (plot.logarithmic(edges[1] > kWide * edges[0]))
+        return {edges[0] / kDecade, std::min(edges[1] * kDecade, nyquist), true, points};
+    const double margin = kWidths * (edges[1] - edges[0]);
+    return {std::max(edges[0] - margin, 0.0), std::min(edges[1] + margin, nyquist), false, points};
 }
 
 std::complex<double> response_at(const Design &design, double frequency) {
@@ -70,7 +89,7 @@ std::complex<double> response_at(const Design &design, double frequency) {
 Curve gain_curve(const Design &design, const Axis &axis, const std::string &title) {
     constexpr double kZero = 1e-20;  // the picture ends above it
     Curve curve{.title = title};
-    for (int i = 0; i <= kPoints; ++i) {
+    for (int i = 0; i <= axis.points; ++i) {
         const double magnitude = std::max(std::abs(response_at(design, axis.at(i))), kZero);
         const double level = design.made.passes * 20 * std::log10(magnitude);
         curve.x.push_back(axis.at(i));
@@ -79,12 +98,14 @@ Curve gain_curve(const Design &design, const Axis &axis, const std::string &titl
     return curve;
 }
 
+// No line where the phase jumps: by 360 degrees, or by 180 at a zero on the unit circle.
 Curve phase_curve(const Design &design, const Axis &axis) {
+    constexpr double kJump = 90;
     Curve curve;
-    for (int i = 0; i <= kPoints; ++i) {
+    for (int i = 0; i <= axis.points; ++i) {
         const std::complex<double> h = response_at(design, axis.at(i));
         const double degrees = std::abs(h) < 1e-15 ? std::nan("") : std::arg(h) * kDegrees;
-        if (i > 0 && std::abs(degrees - curve.y.back()) > 180) {  // no line where the phase jumps by 360 degrees
+        if (i > 0 && std::abs(degrees - curve.y.back()) > kJump) {
             curve.x.push_back(axis.at(i));
             curve.y.push_back(std::nan(""));
         }
@@ -94,10 +115,36 @@ Curve phase_curve(const Design &design, const Axis &axis) {
     return curve;
 }
 
+// "-3 dB at 40 Hz"
+std::string level_text(double db, double frequency) {
+    constexpr double kHalfPower = -3.0103;
+    return fmt::format("{:.4g} dB at {:.6g} Hz", std::abs(db - kHalfPower) < 1e-3 ? -3 : db, frequency);
+}
+
+// Beside the lines where no curve runs: inside of the band of a band-pass, outside of that of a notch.
+std::vector<Mark> marks_of(const Design &design) {
+    std::vector<Mark> marks;
+    const int type = design.made.pass_type;
+    for (const Level &edge : design.achieved.edges) {
+        const bool upper = !marks.empty();
+        const bool before = type == ptLowPass || (type == ptBandPass && upper) || (type == ptNotch && !upper);
+        marks.push_back({edge.frequency, level_text(edge.db, edge.frequency), before});
+    }
+    const double centre = marks.empty() ? 0 : 0.5 * (marks.front().at + marks.back().at);
+    for (const Corner &stop : design.request.stop)
+        marks.push_back({stop.frequency, level_text(-stop.loss, stop.frequency), stop.frequency < centre, true});
+    return marks;
+}
+
+std::vector<Mark> without_labels(std::vector<Mark> marks) {
+    for (Mark &mark : marks) mark.label.clear();
+    return marks;
+}
+
 Panel frequency_panel(const Design &design, const Axis &axis, const char *label) {
     return {.x_label = "frequency [Hz]",
             .y_label = label,
-            .marks = edges_of(design),
+            .marks = without_labels(marks_of(design)),
             .logarithmic = axis.logarithmic,
             .key_below = design.made.pass_type == ptLowPass,  // where no curve runs
             .x_lowest = axis.from,
@@ -107,24 +154,49 @@ Panel frequency_panel(const Design &design, const Axis &axis, const char *label)
 // Down to 100 dB below the requested gain.
 Panel gain_panel(const std::vector<Design> &designs, const Axis &axis) {
     Panel panel = frequency_panel(designs.front(), axis, "gain [dB]");
-    const double floor = designs.front().made.gain_db - kDepth;
+    panel.marks = marks_of(designs.front());
+    const double gain = designs.front().made.gain_db, floor = gain - kDepth;
+    double lowest = gain, highest = gain;
     for (const Design &design : designs) {
         panel.curves.push_back(gain_curve(design, axis, family_name(design.made.family)));
-        const auto [lowest, highest] = std::ranges::minmax(panel.curves.back().y);
-        if (lowest < floor && highest > floor) panel.y_lowest = floor;
+        const auto [least, most] = std::ranges::minmax(panel.curves.back().y);
+        lowest = std::min(lowest, least);
+        highest = std::max(highest, most);
     }
+    if (lowest >= floor) return panel;
+    panel.y_lowest = floor;
+    panel.y_highest = highest + kMargin;
+    panel.y_step = 20;
+    panel.levels = {{floor, fmt::format("clipped at {:.6g} dB", floor)}};
+    return panel;
+}
+
+// From -180 to 180 degrees, or what is needed of it in steps of 45.
+Panel phase_panel(const Design &design, const Axis &axis) {
+    Panel panel = frequency_panel(design, axis, "phase [degrees]");
+    panel.curves = {phase_curve(design, axis)};
+    double lowest = 0, highest = 0;
+    for (const double y : panel.curves[0].y) {
+        lowest = std::fmin(lowest, y);
+        highest = std::fmax(highest, y);
+    }
+    panel.y_lowest = 45 * std::floor(lowest / 45);
+    panel.y_highest = std::max(45 * std::ceil(highest / 45), *panel.y_lowest + 45);
+    panel.y_step = *panel.y_highest - *panel.y_lowest > 180 ? 90 : 45;
     return panel;
 }
 
 // The surroundings of the edges and of their level; the colours are those of the panel above.
-Panel edge_panel(const std::vector<Design> &designs) {
+Panel edge_panel(const std::vector<Design> &designs, int points) {
     const Design &first = designs.front();
     const std::vector<double> edges = edges_of(first);
     const double lower = edges.front(), upper = edges.back(), nyquist = 0.5 * first.rate;
     const double margin = edges.size() == 1 ? lower : upper - lower;
-    const Axis axis{std::max(lower - margin, 0.0), std::min(upper + margin, nyquist), false};
+    const Axis axis{std::max(lower - margin, 0.0), std::min(upper + margin, nyquist), false, points};
     Panel panel = frequency_panel(first, axis, "gain [dB]");
-    panel.levels = {first.achieved.reference_db + first.made.level_db};
+    const double level = first.achieved.reference_db + first.made.level_db;
+    panel.levels = {{level, fmt::format("{:.3g} dB", level)}};
+    panel.key_below = false;
     panel.y_lowest = first.achieved.reference_db + 5 * first.made.level_db;
     panel.y_highest = first.achieved.reference_db - 0.5 * first.made.level_db;
     for (const Design &design : designs) panel.curves.push_back(gain_curve(design, axis, ""));
@@ -174,16 +246,14 @@ std::size_t samples_to_show(const std::vector<Design> &designs) {
 
 }  // namespace
 
-Figure response_figure(const std::vector<Design> &designs) {
+Figure response_figure(const std::vector<Design> &designs, const PlotOptions &plot) {
     const Design &first = designs.front();
-    const Axis axis = axis_of(first);
+    const Axis axis = axis_of(first, plot);
     Figure figure{.title = title_of(designs), .panels = {gain_panel(designs, axis)}};
     if (designs.size() > 1 && !first.achieved.edges.empty()) {
-        figure.panels.push_back(edge_panel(designs));
+        figure.panels.push_back(edge_panel(designs, axis.points));
     } else if (designs.size() == 1 && first.made.passes == 1) {
-        figure.panels.push_back(frequency_panel(first, axis, "phase [degrees]"));
-        figure.panels[1].curves = {phase_curve(first, axis)};
-        figure.panels[1].y_step = 90;
+        figure.panels.push_back(phase_panel(first, axis));
     }
     if (figure.panels.size() == 1) figure.panels[0].title = figure.title;
     return figure;

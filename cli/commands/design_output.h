@@ -8,6 +8,7 @@
 #include "cli/app/time_response.h"
 #include "cli/files/output.h"
 #include "cli/plot/figure.h"
+#include "cli/plot/options.h"
 
 namespace cli {
 
@@ -31,7 +32,7 @@ void print_response(Output &out, const Design &design, int points);
 void print_time_response(Output &out, const Design &design, Input input, int samples);
 
 // Gain over frequency; of a single design its phase too, of several the surroundings of the edges.
-Figure response_figure(const std::vector<Design> &designs);
+Figure response_figure(const std::vector<Design> &designs, const PlotOptions &plot);
 Figure step_figure(const std::vector<Design> &designs);
 Figure root_figure(const Design &design);  // poles and zeros
 

@@ -71,14 +71,14 @@ double highest_finite(const std::vector<double> &values) {
     return highest;
 }
 
-Figure figure_of(const NumberTable &spectra, double spacing, const SpectrumOptions &options) {
+Figure figure_of(const NumberTable &spectra, double spacing, const SpectrumOptions &options, const PlotOptions &plot) {
     const std::string title = fmt::format("spectrum, {} window", window_name(options.window.kind));
     const std::size_t channels = spectra.names.size() - 1;
     Figure figure{.title = title};
     for (std::size_t i = 1; i <= std::min(channels, kMostPanels); ++i) {
         const std::vector<double> &values = spectra.columns[i];
         const double lowest = options.scale == Scale::Decibel ? highest_finite(values) - kDepthOfPicture : 0.0;
-        Envelope envelope;
+        Envelope envelope(plot);
         for (const double value : values) envelope.add(std::max(value, lowest));
         figure.panels.push_back({.title = channels == 1 ? title : "",
                                  .x_label = "frequency [Hz]",
@@ -101,7 +101,8 @@ void run(const Options &options) {
     write_csv(spectra, out);
     out.commit();
     if (options.files.plot.wanted())
-        draw(figure_of(spectra, layout.frequency(1, record.rate), options.spectrum), options.files.plot);
+        draw(figure_of(spectra, layout.frequency(1, record.rate), options.spectrum, options.files.plot),
+             options.files.plot);
 }
 
 }  // namespace

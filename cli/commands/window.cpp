@@ -41,8 +41,8 @@ void write_weights(const std::vector<double> &weights, Output &out) {
     }
 }
 
-Figure figure_of(const std::vector<double> &weights, int kind) {
-    Envelope envelope;
+Figure figure_of(const std::vector<double> &weights, int kind, const PlotOptions &plot) {
+    Envelope envelope(plot);
     for (const double weight : weights) envelope.add(weight);
     const Panel panel{.title = fmt::format("{} window of {} samples", window_name(kind), weights.size()),
                       .x_label = "sample",
@@ -60,7 +60,7 @@ void run(const Options &options) {
     Output out(data_file(options.plot, options.output));
     write_weights(weights, out);
     out.commit();
-    if (options.plot.wanted()) draw(figure_of(weights, options.window.kind), options.plot);
+    if (options.plot.wanted()) draw(figure_of(weights, options.window.kind, options.plot), options.plot);
 }
 
 }  // namespace

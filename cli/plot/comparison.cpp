@@ -9,8 +9,8 @@ namespace cli {
 void Comparison::add(std::size_t channel, double before, double after) {
     if (!plot_.wanted() || channel >= kMostPanels) return;
     if (before_.size() <= channel) {
-        before_.resize(channel + 1);
-        after_.resize(channel + 1);
+        before_.resize(channel + 1, Envelope(plot_));
+        after_.resize(channel + 1, Envelope(plot_));
     }
     before_[channel].add(before);
     after_[channel].add(after);

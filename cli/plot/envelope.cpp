@@ -1,12 +1,13 @@
 #include "cli/plot/envelope.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace cli {
 
 void Envelope::add(double value) {
     if (buckets_.empty() || filled_ == stride_) {
-        if (buckets_.size() == kCapacity) merge_pairs();
+        if (buckets_.size() == capacity_) merge_pairs();
         buckets_.push_back({value, value, true});
         filled_ = 1;
         return;
@@ -45,6 +46,30 @@ Curve Envelope::curve(const std::string &title, double rate) const {
         if (stride_ == 1) continue;
         curve.x.push_back(x + 0.5 * stride * step);
         curve.y.push_back(bucket.low_first ? bucket.high : bucket.low);
+    }
+    return curve;
+}
+
+Curve bounded_curve(const std::string &title, std::span<const double> x, std::span<const double> y,
+                    const PlotOptions &plot, bool logarithmic) {
+    Curve curve{.title = title};
+    const auto place = [logarithmic](double value) { return logarithmic ? std::log(value) : value; };
+    const std::size_t first = logarithmic && !x.empty() && x[0] <= 0 ? 1 : 0;
+    if (x.size() <= first) return curve;
+    const double from = place(x[first]), width = (place(x.back()) - from) / static_cast<double>(plot.columns());
+    const auto add = [&](std::size_t i) {
+        curve.x.push_back(x[i]);
+        curve.y.push_back(y[i]);
+    };
+    for (std::size_t i = first, end = i; i < x.size(); i = end) {
+        const double column = std::floor((place(x[i]) - from) / width);
+        std::size_t lowest = i, highest = i;
+        for (end = i + 1; end < x.size() && std::floor((place(x[end]) - from) / width) == column; ++end) {
+            if (y[end] < y[lowest]) lowest = end;
+            if (y[end] > y[highest]) highest = end;
+        }
+        add(std::min(lowest, highest));
+        if (lowest != highest) add(std::max(lowest, highest));
     }
     return curve;
 }

@@ -2,16 +2,19 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "cli/plot/figure.h"
+#include "cli/plot/options.h"
 
 namespace cli {
 
 // A long record as its minimum and maximum per pixel column, in bounded memory.
 class Envelope {
   public:
+    explicit Envelope(const PlotOptions &plot) : capacity_(plot.columns()) {}
     void add(double value);
     // A curve over time, or over the sample's number if the rate is 0.
     Curve curve(const std::string &title, double rate) const;
@@ -23,9 +26,14 @@ class Envelope {
     };
     void merge_pairs();
 
-    static constexpr std::size_t kCapacity = 1600;  // a picture has no more than half as many columns
+    std::size_t capacity_;
     std::vector<Bucket> buckets_;
     std::size_t stride_ = 1, filled_ = 0;  // samples in a bucket, and in the last one
 };
+
+// The least and the largest value in each pixel column of an axis, of points whose x increases.  On a logarithmic axis, where an
+// Envelope would leave few points at its low end, those at 0 are left out.
+Curve bounded_curve(const std::string &title, std::span<const double> x, std::span<const double> y,
+                    const PlotOptions &plot, bool logarithmic);
 
 }  // namespace cli

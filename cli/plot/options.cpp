@@ -5,9 +5,21 @@
 #include <cstddef>
 #include <string_view>
 
+#include "cli/app/diagnostics.h"
+#include "cli/app/names.h"
 #include "cli/app/number.h"
 
 namespace cli {
+
+namespace {
+
+struct AxisName {
+    const char *word;
+    PlotOptions::Axis axis;
+};
+constexpr AxisName kAxes[] = {{"linear", PlotOptions::Linear}, {"log", PlotOptions::Logarithmic}};
+
+}  // namespace
 
 std::string suffix_of(const std::string &file) {
     const std::size_t dot = file.rfind('.');
@@ -16,22 +28,39 @@ std::string suffix_of(const std::string &file) {
 
 bool is_picture(const std::string &file) {
     const std::string suffix = suffix_of(file);
-    return suffix == "svg" || suffix == "png" || suffix == "pdf";
+    return suffix == "svg" || suffix == "png" || suffix == "pdf" || suffix == "html";
 }
+
+bool PlotOptions::is_page() const { return kind == File && suffix_of(file) == "html"; }
 
 void add_plot_options(const Command &app, PlotOptions &plot) {
     const auto take = [&plot](const std::string &file) {
         if (file != kPlotInTerminal && !is_picture(file))
-            reject_option("--plot", fmt::format("\"{}\" does not end in .svg, .png or .pdf", file));
-        plot = {file == kPlotInTerminal ? PlotOptions::Terminal : PlotOptions::File, file};
+            reject_option("--plot", fmt::format("\"{}\" does not end in .svg, .png, .pdf or .html", file));
+        plot.kind = file == kPlotInTerminal ? PlotOptions::Terminal : PlotOptions::File;
+        plot.file = file;
     };
     app.add_option(
            "--plot", take,
-           "draw a picture, --plot=FILE.svg, .png or .pdf; plain --plot draws in the terminal instead of the data")
+           "draw a picture, --plot=FILE.svg, .png or .pdf, or .html to zoom into; plain --plot draws in the terminal "
+           "instead of the data")
         .type_name("[=FILE]");
     app.add_flag(
         "--plot-script", [&plot] { plot.kind = PlotOptions::Script; },
         "print the gnuplot script of the picture instead of the data");
+}
+
+void add_axis_option(const Command &app, PlotOptions &plot) {
+    const auto take = [&plot](const std::string &name) {
+        plot.axis = row_named("--axis", name, kAxes, &AxisName::word).axis;
+    };
+    app.add_option("--axis", take,
+                   fmt::format("with --plot, the axis of frequencies: {}", joined(kAxes, &AxisName::word, " or ")))
+        .type_name("KIND");
+}
+
+void check_axis(const PlotOptions &plot) {
+    if (plot.axis != PlotOptions::Automatic && !plot.wanted()) reject("--axis is for --plot and --plot-script");
 }
 
 std::string data_file(const PlotOptions &plot, const std::string &output) {

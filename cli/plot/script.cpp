@@ -3,20 +3,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <iterator>
 #include <optional>
 
 #include "cli/app/utf8.h"
+#include "cli/plot/colours.h"
 
 namespace cli {
 
 namespace {
 
-// Grey for the first curve, then colours that people with any kind of colour vision can distinguish (Okabe and Ito).
-constexpr std::array kColours{"#999999", "#0072b2", "#d55e00", "#009e73", "#cc79a7", "#56b4e9", "#e69f00", "#000000"};
+constexpr int kLeftMargin = 11;  // characters: the panels stand exactly below each other
 
 std::string gnuplot_string(const std::string &text) {
     std::string result = "'";
@@ -36,6 +35,20 @@ void append_data(std::string &script, const std::string &name, const Curve &curv
     script += "EOD\n";
 }
 
+void append_matrix(std::string &script, const std::string &name, const Image &image) {
+    script += name + " << EOD\n";
+    for (std::size_t i = 0; i < image.values.size(); ++i)
+        script += coordinate(image.values[i]) + ((i + 1) % image.columns == 0 ? '\n' : ' ');
+    script += "EOD\n";
+}
+
+std::string palette() {
+    std::string colours;
+    for (std::size_t i = 0; i < kPalette.size(); ++i)
+        colours += fmt::format("{}{} '{}'", i > 0 ? ", " : "", i, kPalette[i]);
+    return fmt::format("set palette defined ({})\n", colours);
+}
+
 std::string limit(std::optional<double> value) { return value ? coordinate(*value) : "*"; }
 
 const char *style_of(const Curve &curve) {
@@ -43,7 +56,37 @@ const char *style_of(const Curve &curve) {
     return curve.points ? "points pointtype 6" : "lines";
 }
 
-void append_panel(std::string &script, const Panel &panel, std::size_t number) {
+void append_label(std::string &script, const std::string &text, const std::string &place) {
+    if (!text.empty())
+        fmt::format_to(std::back_inserter(script),
+                       "set label {} at {} front boxed noenhanced textcolor rgb '#555555' font ',11'\n",
+                       gnuplot_string(text), place);
+}
+
+void append_lines(std::string &script, const Panel &panel) {
+    const auto append_line = [&script](const std::string &from, const std::string &to) {
+        fmt::format_to(std::back_inserter(script),
+                       "set arrow from {} to {} nohead dashtype 2 linecolor rgb '#666666'\n", from, to);
+    };
+    for (const Mark &mark : panel.marks) {
+        const std::string x = coordinate(mark.at);
+        append_line(x + ", graph 0", x + ", graph 1");
+        append_label(script, mark.label,
+                     fmt::format("{}, graph {} rotate by 90 {} offset {},0", x, mark.label_on_top ? 0.95 : 0.1,
+                                 mark.label_on_top ? "right" : "left", mark.label_before ? -1.1 : 1.2));
+    }
+    for (const Mark &level : panel.levels) {
+        const std::string y = "first " + coordinate(level.at);
+        append_line("graph 0, " + y, "graph 1, " + y);
+        append_label(script, level.label,
+                     fmt::format("graph {}, {} center offset 0,0.7", panel.key_below ? 0.45 : 0.16, y));
+    }
+    for (const Label &label : panel.labels)
+        append_label(script, label.text,
+                     fmt::format("{}, {} center offset 0,0.7", coordinate(label.x), coordinate(label.y)));
+}
+
+void append_axes(std::string &script, const Panel &panel) {
     auto out = std::back_inserter(script);
     fmt::format_to(out, "set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
                    gnuplot_string(panel.title), gnuplot_string(panel.x_label), gnuplot_string(panel.y_label));
@@ -51,27 +94,54 @@ void append_panel(std::string &script, const Panel &panel, std::size_t number) {
                    panel.curves.size() < 2 ? "off"
                    : panel.key_below       ? "on inside bottom left"
                                            : "on above right horizontal");
-    fmt::format_to(out, "set {}logscale x\nset size {}\nunset arrow\n", panel.logarithmic ? "" : "no",
+    fmt::format_to(out, "set {}logscale x\nset size {}\nunset arrow\nunset label\n", panel.logarithmic ? "" : "no",
                    panel.square ? "ratio -1" : "noratio");
     fmt::format_to(out, "set xrange [{}:{}] noextend\nset yrange [{}:{}]\n", limit(panel.x_lowest),
                    limit(panel.x_highest), limit(panel.y_lowest), limit(panel.y_highest));
     fmt::format_to(out, "set ytics {}\n", panel.y_step ? coordinate(*panel.y_step) : "autofreq");
-    for (const double x : panel.marks)
-        fmt::format_to(out, "set arrow from {0}, graph 0 to {0}, graph 1 nohead dashtype 2 linecolor rgb '#666666'\n",
-                       coordinate(x));
-    for (const double y : panel.levels)
-        fmt::format_to(
-            out, "set arrow from graph 0, first {0} to graph 1, first {0} nohead dashtype 2 linecolor rgb '#666666'\n",
-            coordinate(y));
+}
+
+void append_image(std::string &script, const Image &image, std::size_t number) {
+    const double width = (image.x_to - image.x_from) / static_cast<double>(image.columns);
+    const double height = (image.y_to - image.y_from) / static_cast<double>(image.rows);
+    fmt::format_to(std::back_inserter(script),
+                   "set cblabel {} noenhanced\nset cbrange [{}:{}]\n"
+                   "plot $panel{}image matrix using ({} + {} * $1):({} + {} * $2):3 with image notitle\n",
+                   gnuplot_string(image.label), limit(image.lowest), limit(image.highest), number,
+                   coordinate(image.x_from + 0.5 * width), coordinate(width), coordinate(image.y_from + 0.5 * height),
+                   coordinate(height));
+}
+
+void append_curves(std::string &script, const Panel &panel, std::size_t number) {
     script += "plot ";
     for (std::size_t i = 0; i < panel.curves.size(); ++i) {
         const Curve &curve = panel.curves[i];
         const std::size_t colour = panel.curves.size() == 1 ? 1 : i % kColours.size();
-        fmt::format_to(out, "{}$panel{}curve{} with {} linecolor rgb '{}' linewidth 1.5 title {} noenhanced",
+        fmt::format_to(std::back_inserter(script),
+                       "{}$panel{}curve{} with {} linecolor rgb '{}' linewidth 1.5 title {} noenhanced",
                        i > 0 ? ", \\\n     " : "", number, i, style_of(curve), kColours[colour],
                        gnuplot_string(curve.title));
     }
     script += '\n';
+}
+
+void append_panel(std::string &script, const Panel &panel, std::size_t number) {
+    append_axes(script, panel);
+    append_lines(script, panel);
+    if (panel.image)
+        append_image(script, *panel.image, number);
+    else
+        append_curves(script, panel, number);
+}
+
+void append_data_of(std::string &script, const Panel &panel, std::size_t number) {
+    for (std::size_t i = 0; i < panel.curves.size(); ++i)
+        append_data(script, fmt::format("$panel{}curve{}", number, i), panel.curves[i]);
+    if (panel.image) append_matrix(script, fmt::format("$panel{}image", number), *panel.image);
+}
+
+bool has_image(const Figure &figure) {
+    return std::ranges::any_of(figure.panels, [](const Panel &panel) { return panel.image.has_value(); });
 }
 
 }  // namespace
@@ -81,19 +151,19 @@ Figure drawable(Figure figure) {
         return std::ranges::none_of(curve.y, [](double y) { return std::isfinite(y); });
     };
     for (Panel &panel : figure.panels) std::erase_if(panel.curves, has_no_point);
-    std::erase_if(figure.panels, [](const Panel &panel) { return panel.curves.empty(); });
+    std::erase_if(figure.panels, [](const Panel &panel) { return panel.curves.empty() && !panel.image; });
     return figure;
 }
 
 std::string gnuplot_script(const Figure &figure, bool grid) {
-    std::string script = grid ? "set grid linetype 1 linecolor rgb '#dddddd'\n" : "";
-    for (std::size_t i = 0; i < figure.panels.size(); ++i)
-        for (std::size_t k = 0; k < figure.panels[i].curves.size(); ++k)
-            append_data(script, fmt::format("$panel{}curve{}", i, k), figure.panels[i].curves[k]);
+    std::string script = "set style textbox opaque noborder margins 0.3,0.3\n";
+    if (grid) script += "set grid linetype 1 linecolor rgb '#dddddd'\n";
+    for (std::size_t i = 0; i < figure.panels.size(); ++i) append_data_of(script, figure.panels[i], i);
+    if (has_image(figure)) script += palette();
     const bool several = figure.panels.size() > 1;
     if (several)
-        script += fmt::format("set multiplot layout {}, 1 title {} noenhanced\n", figure.panels.size(),
-                              gnuplot_string(figure.title));
+        script += fmt::format("set lmargin {}\nset multiplot layout {}, 1 title {} noenhanced\n", kLeftMargin,
+                              figure.panels.size(), gnuplot_string(figure.title));
     for (std::size_t i = 0; i < figure.panels.size(); ++i) append_panel(script, figure.panels[i], i);
     if (several) script += "unset multiplot\n";
     return script;

@@ -26,7 +26,7 @@ TEST_F(CommandLine, pictures_hold_every_curve) {
     EXPECT_EQ(run(kLowpass + "x.csv --column=1 --plot=x.PDF"), 0) << err;
     EXPECT_TRUE(read("x.PDF").starts_with("%PDF-"));
     EXPECT_EQ(out, read("y.csv"));
-    expect_refused(kLowpass + "x.csv --plot=x.txt", "\"x.txt\" does not end in .svg, .png or .pdf");
+    expect_refused(kLowpass + "x.csv --plot=x.txt", "\"x.txt\" does not end in .svg, .png, .pdf or .html");
 }
 
 // UTF-8 stays; other bytes, here Latin-1 and an overlong form of "/", become the code points of their values.
