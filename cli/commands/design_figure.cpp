@@ -156,14 +156,14 @@ Panel gain_panel(const std::vector<Design> &designs, const Axis &axis) {
     Panel panel = frequency_panel(designs.front(), axis, "gain [dB]");
     panel.marks = marks_of(designs.front());
     const double gain = designs.front().made.gain_db, floor = gain - kDepth;
-    double lowest = gain, highest = gain;
+    double lowest = gain, highest = -HUGE_VAL;
     for (const Design &design : designs) {
         panel.curves.push_back(gain_curve(design, axis, family_name(design.made.family)));
         const auto [least, most] = std::ranges::minmax(panel.curves.back().y);
         lowest = std::min(lowest, least);
         highest = std::max(highest, most);
     }
-    if (lowest >= floor) return panel;
+    if (lowest >= floor || highest <= floor) return panel;
     panel.y_lowest = floor;
     panel.y_highest = highest + kMargin;
     panel.y_step = 20;
