@@ -18,5 +18,6 @@ void add_average(const Command &program);
 void add_track(const Command &program);
 void add_roots(const Command &program);
 void add_demo(const Command &program);
+void add_completion(const Command &program);
 
 }  // namespace cli

@@ -20,6 +20,12 @@ class Failure : public std::runtime_error {
     Status status_;
 };
 
+// The reader of standard output has gone, as `head` does when it has seen enough.
+class ReaderGone : public Failure {
+  public:
+    ReaderGone() : Failure(Status::Failed, "standard output: the reader has closed the pipe") {}
+};
+
 // The work failed: the disk, a pipe, memory, another program.
 template <class... Arguments>
 [[noreturn]] void fail(fmt::format_string<Arguments...> text, Arguments &&...arguments) {

@@ -39,4 +39,23 @@ const auto &row_named(const std::string &option, const std::string &text, const 
     reject_option(option, fmt::format("\"{}\" is none of {}", text, joined(table, name)));
 }
 
+template <class Table, class Name>
+Words words_of(const Table &table, Name name) {
+    Words words;
+    for (const auto &row : table) words.emplace_back(std::invoke(name, row));
+    return words;
+}
+
+// An option, or an argument, whose value is the name of one of the table's rows; `take` gets the row.  In the help the
+// names stand in the place of {}.
+template <class Table, class Name, class Take>
+Option add_choice(const Command &app, const std::string &option, const Table &table, Name name, Take take,
+                  const std::string &help) {
+    const auto take_name = [option, &table, name, take](const std::string &text) {
+        take(row_named(option, text, table, name));
+    };
+    return app.add_option(option, take_name, fmt::format(fmt::runtime(help), joined(table, name, " or ")))
+        .words(words_of(table, name));
+}
+
 }  // namespace cli

@@ -15,6 +15,7 @@
 #include "cli/app/number.h"
 #include "cli/data/source.h"
 #include "cli/files/output.h"
+#include "cli/files/signals.h"
 #include "cli/plot/options.h"
 
 namespace cli {
@@ -132,15 +133,16 @@ void describe(CLI::App &program) {
     program.require_subcommand(0, 1);
     program.set_help_flag("-h,--help", "show this help");
     program.set_help_all_flag("--help-all", "show the help of every command");
-    program.set_version_flag("--version", MENSURA_CLI_VERSION, "show the version");
+    program.set_version_flag("-V,--version", MENSURA_CLI_VERSION, "show the version");
     program.footer(
         "Tables are CSV, with or without a line of names; what is not changed comes back as it was.\n"
         "Missing cells stay missing; where a value is needed, the last one before them is used.\n"
         "Data go to standard output, messages to standard error.\n"
         "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
+    const Command commands(&program);
     for (const auto add : {add_design, add_filter, add_decimate, add_spectrum, add_tone, add_window, add_smooth,
-                           add_derive, add_despike, add_average, add_track, add_roots, add_demo})
-        add(Command(&program));
+                           add_derive, add_despike, add_average, add_track, add_roots, add_demo, add_completion})
+        add(commands);
 }
 
 int run_and_report(int argc, char **argv) {
@@ -148,6 +150,9 @@ int run_and_report(int argc, char **argv) {
         CLI::App program;
         describe(program);
         return run(program, argc, argv);
+    } catch (const ReaderGone &gone) {
+        end_by_broken_pipe();
+        return report_error(gone.status(), gone.what());
     } catch (const Failure &failure) {
         return report_error(failure.status(), failure.what());
     } catch (const std::bad_alloc &) {

@@ -68,11 +68,9 @@ void add_edges(const Command &app, FilterRequest &request) {
 }
 
 void add_prototype(const Command &app, FilterRequest &request) {
-    const auto take_family = [&request](const std::string &text) {
-        request.family = row_named("--family", text, kFamilies, &Family::word).code;
-    };
-    app.add_option("--family", take_family,
-                   fmt::format("{}; default {}", joined(kFamilies, &Family::word, " or "), family_name(kDefaultFamily)))
+    add_choice(
+        app, "--family", kFamilies, &Family::word, [&request](const Family &family) { request.family = family.code; },
+        fmt::format("family of the low-pass prototype: {{}}; default {}", family_name(kDefaultFamily)))
         .type_name("NAME");
     add_count(app, "--poles", request.poles,
               fmt::format("poles of the low-pass prototype, default {}; band types have twice as many",
@@ -208,10 +206,9 @@ const char *family_name(int family) { return kFamilies[static_cast<std::size_t>(
 bool is_band_type(int pass_type) { return mensura::iir::is_band_type(pass_type); }
 
 Option add_pass_type(const Command &app, FilterRequest &request) {
-    const auto take_type = [&request](const std::string &text) {
-        request.pass_type = row_named("TYPE", text, kPassTypes, &PassType::word).code;
-    };
-    return app.add_option("TYPE", take_type, joined(kPassTypes, &PassType::word, " or "));
+    return add_choice(
+        app, "TYPE", kPassTypes, &PassType::word, [&request](const PassType &type) { request.pass_type = type.code; },
+        "{}");
 }
 
 void add_filter_options(const Command &app, FilterRequest &request) {

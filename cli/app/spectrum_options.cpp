@@ -22,7 +22,8 @@ void add_spectrum_options(const Command &app, SpectrumOptions &options) {
            [&window = options.window](const std::string &name) { window.kind = window_kind("--window", name); },
            fmt::format("data window: {}; default {}, which changes nothing; flattop shows true amplitudes between bins",
                        window_names(), window_name(options.window.kind)))
-        .type_name("NAME");
+        .type_name("NAME")
+        .words(window_words());
     add_window_shape(app, options.window);
     const auto add_scale = [&app, &options](const char *name, Scale scale, const char *help) {
         return app.add_flag(

@@ -158,13 +158,13 @@ void add_forms(const Command &app, Options &options) {
     app.add_flag(
         "--json", [&options] { options.form = Form::Json; },
         "print everything as JSON; null stands for minus infinity or for a value that is not defined");
-    const auto take_export = [&options](const std::string &text) {
-        options.form = row_named("--export", text, kExports, &ExportName::word).form;
+    const auto take_export = [&options](const ExportName &name) {
+        options.form = name.form;
         options.exported = true;
     };
-    app.add_option("--export", take_export,
-                   "print the sections for other programs: sos, lines b0,b1,b2,a0,a1,a2 for SciPy and MATLAB; c, a "
-                   "header with a C function; json")
+    add_choice(app, "--export", kExports, &ExportName::word, take_export,
+               "print the sections for other programs: {}; sos is lines b0,b1,b2,a0,a1,a2 for SciPy and MATLAB, c a "
+               "header with a C function")
         .type_name("FORM")
         .excludes({"--json"});
     add_rows(app, "--response", options, Form::Response,
@@ -192,12 +192,10 @@ void add_design(const Command &program) {
     add_output(app, options->output);
     add_plot_options(app, options->plot);
     add_axis_option(app, options->plot);
-    const auto take_picture = [options](const std::string &text) {
-        options->picture = row_named("--show", text, kPictures, &PictureName::word).picture;
-    };
-    app.add_option(
-           "--show", take_picture,
-           fmt::format("what --plot draws: {}; default response", joined(kPictures, &PictureName::word, " or ")))
+    add_choice(
+        app, "--show", kPictures, &PictureName::word,
+        [options](const PictureName &name) { options->picture = name.picture; },
+        "what --plot draws: {}; default response")
         .type_name("WHAT");
     app.callback([options] { run(*options); });
 }

@@ -235,15 +235,13 @@ void add_filter(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app =
         program.add_command("filter", "filter the columns of a table or the channels of a WAV", kExamples);
-    app.add_option("TYPE", options->type, joined(kPassTypes, &PassType::word, " or ") + "; none with --sos");
+    app.add_option("TYPE", options->type, joined(kPassTypes, &PassType::word, " or ") + "; none with --sos")
+        .words(words_of(kPassTypes, &PassType::word));
     add_filter_options(app, options->request);
-    const auto take_ends = [options](const std::string &text) {
-        options->ends = row_named("--ends", text, kEnds, &Ends::word).code;
-    };
-    app.add_option("--ends", take_ends,
-                   fmt::format("with --zero-phase, how the record goes on at its ends: {}; default odd, by as many "
-                               "samples as SciPy's sosfiltfilt takes",
-                               joined(kEnds, &Ends::word, " or ")))
+    add_choice(
+        app, "--ends", kEnds, &Ends::word, [options](const Ends &ends) { options->ends = ends.code; },
+        "with --zero-phase, how the record goes on at its ends: {}; default odd, by as many samples as SciPy's "
+        "sosfiltfilt takes")
         .type_name("HOW")
         .excludes({"--leading-sections"});
     app.add_option("--sos", options->sos,

@@ -71,7 +71,8 @@ void add_window(const Command &program) {
     app.add_option(
            "KIND", [&window = options->window](const std::string &name) { window.kind = window_kind("KIND", name); },
            window_names())
-        .required();
+        .required()
+        .words(window_words());
     add_count(app, "N", options->samples, fmt::format("number of samples, 1 to {}", kLongest)).type_name("").required();
     add_window_shape(app, options->window);
     app.add_flag("--unity-gain", options->unity_gain, "divide the weights by their mean");

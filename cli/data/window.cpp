@@ -52,6 +52,8 @@ const char *window_name(int kind) { return row_of(kind).name; }
 
 std::string window_names() { return joined(kWindows, &NamedWindow::name, " or "); }
 
+std::vector<std::string> window_words() { return words_of(kWindows, &NamedWindow::name); }
+
 int window_kind(const std::string &option, const std::string &name) {
     return row_named(option, name, kWindows, &NamedWindow::name).kind;
 }

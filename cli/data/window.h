@@ -20,6 +20,7 @@ inline constexpr double kLargestAlpha = 1, kLargestBeta = 10;  // the smallest o
 
 const char *window_name(int kind);
 std::string window_names();
+std::vector<std::string> window_words();
 int window_kind(const std::string &option, const std::string &name);  // refuses a name that no window has
 
 // "kaiser 8, sinc 1, ...": the windows that have the setting --beta, and its defaults.

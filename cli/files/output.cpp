@@ -45,6 +45,7 @@ void Output::flush() {
     while (!rest.empty()) {
         const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
         if (written < 0 && errno == EINTR) continue;
+        if (written < 0 && errno == EPIPE && descriptor_ == STDOUT_FILENO) throw ReaderGone();
         if (written < 0 && errno == EPIPE) fail("{}: the reader has closed the pipe", name_);
         if (written < 0) fail("{}: {}", name_, std::strerror(errno));
         rest.remove_prefix(static_cast<std::size_t>(written));

@@ -11,6 +11,8 @@ namespace cli {
 
 namespace {
 
+bool broken_pipes_were_ignored = false;
+
 extern "C" void stop(int signal_number) {
     remove_named_temporary();
     std::signal(signal_number, SIG_DFL);
@@ -27,7 +29,13 @@ void open_standard_descriptors() {
 void handle_signals() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         if (std::signal(number, stop) == SIG_IGN) std::signal(number, SIG_IGN);  // as under nohup
-    std::signal(SIGPIPE, SIG_IGN);
+    broken_pipes_were_ignored = std::signal(SIGPIPE, SIG_IGN) == SIG_IGN;
+}
+
+void end_by_broken_pipe() {
+    if (broken_pipes_were_ignored) return;
+    std::signal(SIGPIPE, SIG_DFL);
+    std::raise(SIGPIPE);
 }
 
 }  // namespace cli

@@ -8,7 +8,11 @@ namespace cli {
 void open_standard_descriptors();
 
 // From now on an interrupted run removes the temporary file that it is writing, and writing into a closed pipe is an
-// error like any other.
+// error like any other, so that the run can clean up.
 void handle_signals();
+
+// Ends the program by SIGPIPE, in silence, as writing into a closed pipe ends any other.  Returns where this program was
+// started with the signal ignored, as nothing may end by it then.
+void end_by_broken_pipe();
 
 }  // namespace cli

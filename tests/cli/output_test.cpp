@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <csignal>
+
 #include "program.h"
 
 TEST_F(CommandLine, files_appear_only_when_they_are_complete) {
@@ -50,14 +52,22 @@ TEST_F(CommandLine, work_that_fails_ends_with_status_1) {
                     1);
     expect_refused("--version >/dev/full", "standard output: No space left on device", 1);
     if (geteuid() != 0) expect_refused(kLowpass + "x.csv -o locked/y", "locked/y: Permission denied", 1);
-    write("pipe.sh", "\"$M\" " + kLowpass + "x.csv | head -n 1\nexit ${PIPESTATUS[0]}\n");
-    EXPECT_EQ(shell("bash pipe.sh"), 1);
-    EXPECT_EQ(err, "mensura: standard output: the reader has closed the pipe\n");
     EXPECT_EQ(shell("PATH=/nothere; $M " + kLowpass + "x.csv -o y --plot=y.svg"), 1);
     EXPECT_HAS(err, "gnuplot");
     EXPECT_TRUE(std::filesystem::exists("y")) << "the data do not wait for the picture";
     EXPECT_FALSE(std::filesystem::exists("y.svg"));
     EXPECT_EQ(run("fliter 2>/dev/full"), 2);
+}
+
+TEST_F(CommandLine, a_reader_that_has_seen_enough_ends_the_run) {
+    ASSERT_EQ(shell("seq 100000 >x.csv; mkfifo f"), 0);
+    write("pipe.sh", "\"$M\" " + kLowpass + "x.csv | head -n 1\nexit ${PIPESTATUS[0]}\n");
+    EXPECT_EQ(shell("bash pipe.sh"), 128 + SIGPIPE);
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(shell("trap '' PIPE; bash pipe.sh"), 1) << "an ignored signal stays ignored";
+    EXPECT_EQ(err, "mensura: standard output: the reader has closed the pipe\n");
+    EXPECT_EQ(shell("head -n 1 f & \"$M\" " + kLowpass + "x.csv -o f"), 1);
+    EXPECT_EQ(err, "mensura: f: the reader has closed the pipe\n");
 }
 
 // A run ends with status 0 and the right result, or not with status 0; at some limits the transform alone has no memory.

@@ -1,0 +1,52 @@
+// The program as a whole: its version, its exit status, what shells complete.
+
+#include "program.h"
+
+TEST_F(CommandLine, version_has_two_names) {
+    EXPECT_EQ(run("-V"), 0);
+    const std::string version = out;
+    EXPECT_TRUE(version.starts_with("mensura ")) << version;
+    EXPECT_EQ(run("--version"), 0);
+    EXPECT_EQ(out, version);
+}
+
+// Each line of a shell is completed at its end.
+TEST_F(CommandLine, bash_completes_commands_options_words_and_files) {
+    write("complete.sh",
+          "source <($M completion bash)\n"
+          "try() { COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _mensura; echo ${COMPREPLY[@]}; }\n"
+          "try mensura fil\ntry mensura filter --fam\ntry mensura filter --family inv\ntry mensura filter --family = "
+          "pap\n"
+          "try mensura filter --cutoff 40Hz no\ntry mensura filter --cutoff = 40Hz no\ntry mensura filter notch no\n"
+          "try mensura design lowpass --show =\ntry mensura window kaiser-\ntry mensura demo ''\ntry mensura x ''\n");
+    EXPECT_EQ(shell("bash complete.sh"), 0);
+    EXPECT_EQ(
+        out, "filter\n--family\ninverse-chebyshev\npapoulis\nnotch\nnotch\n\nresponse step poles\nkaiser-bessel\n\n\n");
+    EXPECT_EQ(err, "");
+    write("options.sh",
+          "source <($M completion bash)\n"
+          "for c in $($M --help | sed -n '/^Subcommands:/,/^$/s/^  \\([a-z]*\\) .*/\\1/p'); do\n"
+          "    COMP_WORDS=(mensura $c -) COMP_CWORD=2; _mensura; echo $c ${COMPREPLY[@]} >>completed\n"
+          "    echo $c $($M $c --help | grep -oE '^  -[a-zA-Z,-]+' | tr , ' ') >>helped\n"
+          "done; diff completed helped && wc -l <helped\n");
+    EXPECT_EQ(shell("bash options.sh"), 0) << out << err;
+    EXPECT_GE(std::stoi(out), 14) << "commands";
+}
+
+TEST_F(CommandLine, zsh_takes_its_script) {
+    if (shell("command -v zsh") != 0) GTEST_SKIP() << "no zsh here";
+    EXPECT_EQ(shell("\"$M\" completion zsh >_mensura && zsh -n _mensura && head -n 1 _mensura"), 0) << err;
+    EXPECT_EQ(out, "#compdef mensura\n");
+}
+
+TEST_F(CommandLine, fish_completes_commands_options_words_and_files) {
+    if (shell("command -v fish") != 0) GTEST_SKIP() << "no fish here";
+    write(
+        "complete.fish",
+        "$M completion fish | source\n"
+        "for line in 'mensura fil' 'mensura spectrum --windo' 'mensura spectrum --window kaiser-' 'mensura filter no' "
+        "'mensura filter notch n' 'mensura spectrum nu'\n    complete -C $line | cut -f 1\nend\n");
+    write("numbers.csv", "");
+    EXPECT_EQ(shell("HOME=. fish complete.fish"), 0) << err;
+    EXPECT_EQ(out, "filter\n--window\nkaiser-bessel\nnotch\nnumbers.csv\nnumbers.csv\n");
+}
