@@ -51,11 +51,9 @@ void add_plot_options(const Command &app, PlotOptions &plot) {
 }
 
 void add_axis_option(const Command &app, PlotOptions &plot) {
-    const auto take = [&plot](const std::string &name) {
-        plot.axis = row_named("--axis", name, kAxes, &AxisName::word).axis;
-    };
-    app.add_option("--axis", take,
-                   fmt::format("with --plot, the axis of frequencies: {}", joined(kAxes, &AxisName::word, " or ")))
+    add_choice(
+        app, "--axis", kAxes, &AxisName::word, [&plot](const AxisName &name) { plot.axis = name.axis; },
+        "with --plot, the axis of frequencies: {}")
         .type_name("KIND");
 }
 
