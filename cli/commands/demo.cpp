@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "cli/commands/ecg_record.h"
 #include "cli/data/cascade.h"
 #include "cli/data/csv.h"
+#include "cli/data/json.h"
 #include "cli/data/record.h"
 #include "cli/data/source.h"
 #include "cli/data/spectrum.h"
@@ -40,6 +42,7 @@ constexpr double kPictureFrom = 28.2, kPictureTo = 29.1;  // s
 
 struct Options {
     PlotOptions plot{.kind = PlotOptions::File, .file = "ecg.svg"};
+    bool json = false;
     std::string output;
 };
 
@@ -114,47 +117,77 @@ void print_signals(const std::string &file, const Signals &signals, double rate)
     out.commit();
 }
 
-using Values = std::array<double, kSignals>;
+// What the demo measures, of each signal.
+struct Measured {
+    const char *key, *label;
+    int decimals;  // that are printed
+    std::array<double, kSignals> values = {};
+};
 
-void print_row(Output &out, const char *label, const Values &values, int decimals) {
-    const double unit = std::pow(10.0, -decimals);
-    out.write(fmt::format("{:<28}", label));
-    for (const double value : values)
-        out.write(fmt::format("{:>12.{}f}", std::round(value / unit) * unit + 0.0, decimals));
-    out.write("\n");
-}
+struct Report {
+    double seconds, rate;
+    std::size_t beats;
+    std::array<Measured, 5> rows;
+};
 
-void print_table(Output &out, const Signals &signals, double rate) {
+Report report_on(const Signals &signals, double rate) {
     const std::vector<double> &raw = signals[0].samples;
     const std::vector<std::size_t> peaks = r_peaks(raw, rate);
     const std::vector<double> before = heights_of(peaks, raw, rate, 0);
-    Values hum{}, height{}, kept{}, worst{}, delay{};
+    Report report{static_cast<double>(raw.size()) / rate,
+                  rate,
+                  peaks.size(),
+                  {{{"hum_uV", "60 Hz hum, amplitude (uV)", 3},
+                    {"r_peak_mV", "R peak, median height (mV)", 3},
+                    {"kept_median_percent", "kept of a beat, median (%)", 1},
+                    {"kept_worst_percent", "kept of a beat, worst (%)", 1},
+                    {"delay_ms", "delay (ms)", 2}}}};
+    auto &[hum, height, kept, worst, delay] = report.rows;
     for (std::size_t s = 0; s < signals.size(); ++s) {
         const std::vector<double> &x = signals[s].samples;
         const double samples = lag(raw, x);
         const std::vector<double> after = heights_of(peaks, x, rate, static_cast<int>(std::lround(samples)));
         std::vector<double> ratio;
         for (std::size_t i = 0; i < peaks.size(); ++i) ratio.push_back(100 * after[i] / before[i]);
-        hum[s] = 1e3 * amplitudes_at({kHum}, rate, x, kWindow, true).front();
-        height[s] = median(after);
-        kept[s] = median(ratio);
-        worst[s] = *std::ranges::min_element(ratio);
-        delay[s] = 1e3 / rate * samples;
+        hum.values[s] = 1e3 * amplitudes_at({kHum}, rate, x, kWindow, true).front();
+        height.values[s] = median(after);
+        kept.values[s] = median(ratio);
+        worst.values[s] = *std::ranges::min_element(ratio);
+        delay.values[s] = 1e3 / rate * samples;
     }
-    out.write(fmt::format(
-        "An electrocardiogram of {:.0f} s, sampled at {} Hz, with {} beats\n\n"
-        "  notch    {} Hz, {} Hz wide, {} poles, zero phase\n"
-        "  lowpass  -3 dB at {} Hz, {} poles, zero phase\n"
-        "  one-way  the same low-pass forwards only, as during a measurement\n\n",
-        static_cast<double>(raw.size()) / rate, rate, peaks.size(), kHum, kWidth, kNotchPoles, kCutoff, kLowpassPoles));
+    return report;
+}
+
+void print_row(Output &out, const Measured &row) {
+    const double unit = std::pow(10.0, -row.decimals);
+    out.write(fmt::format("{:<28}", row.label));
+    for (const double value : row.values)
+        out.write(fmt::format("{:>12.{}f}", std::round(value / unit) * unit + 0.0, row.decimals));
+    out.write("\n");
+}
+
+void print_text(Output &out, const Signals &signals, const Report &report) {
+    out.write(
+        fmt::format("An electrocardiogram of {:.0f} s, sampled at {} Hz, with {} beats\n\n"
+                    "  notch    {} Hz, {} Hz wide, {} poles, zero phase\n"
+                    "  lowpass  -3 dB at {} Hz, {} poles, zero phase\n"
+                    "  one-way  the same low-pass forwards only, as during a measurement\n\n",
+                    report.seconds, report.rate, report.beats, kHum, kWidth, kNotchPoles, kCutoff, kLowpassPoles));
     out.write(fmt::format("{:<28}", ""));
     for (const Signal &signal : signals) out.write(fmt::format("{:>12}", signal.name));
     out.write("\n");
-    print_row(out, "60 Hz hum, amplitude (uV)", hum, 3);
-    print_row(out, "R peak, median height (mV)", height, 3);
-    print_row(out, "kept of a beat, median (%)", kept, 1);
-    print_row(out, "kept of a beat, worst (%)", worst, 1);
-    print_row(out, "delay (ms)", delay, 2);
+    for (const Measured &row : report.rows) print_row(out, row);
+}
+
+void print_json(Output &out, const Signals &signals, const Report &report) {
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (std::size_t s = 0; s < signals.size(); ++s) {
+        nlohmann::ordered_json signal{{"signal", signals[s].name}};
+        for (const Measured &row : report.rows) signal[row.key] = row.values[s];
+        list.push_back(signal);
+    }
+    write_json({{"duration_s", report.seconds}, {"rate_Hz", report.rate}, {"beats", report.beats}, {"signals", list}},
+               out);
 }
 
 Panel signals_panel(const Signals &signals, double rate) {
@@ -195,13 +228,18 @@ void run(const Options &options) {
     const double rate = rate_of(record);
     const Signals signals = signals_of(record.channels.front().samples, rate);
     Output out(data_file(options.plot, ""));
-    print_table(out, signals, rate);
+    const Report report = report_on(signals, rate);
+    if (options.json)
+        print_json(out, signals, report);
+    else
+        print_text(out, signals, report);
     out.flush();
     draw({.title = "An electrocardiogram freed from 60 Hz hum",
           .panels = {signals_panel(signals, rate), spectra_panel(signals, rate, options.plot)}},
          options.plot);
     if (!options.output.empty()) print_signals(options.output, signals, rate);
-    if (options.plot.kind == PlotOptions::File) out.write(fmt::format("\npicture in {}\n", options.plot.file));
+    if (options.plot.kind == PlotOptions::File && !options.json)
+        out.write(fmt::format("\npicture in {}\n", options.plot.file));
     out.commit();
 }
 
@@ -211,6 +249,7 @@ void add_demo(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app =
         program.add_command("demo", "clean an electrocardiogram: a table, and a picture in ecg.svg", kExamples);
+    app.add_flag("--json", options->json, "print the table as JSON");
     app.add_option("-o,--output", options->output, "write the signals there: s, mV (CSV)").type_name("FILE");
     add_plot_options(app, options->plot);
     app.callback([options] { run(*options); });

@@ -1,6 +1,8 @@
 // mensura roots: the roots of a polynomial, checked by multiplying them out again.
 #include <mensura/roots.h>
 
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 #include <cstddef>
 #include <memory>
@@ -15,6 +17,7 @@
 #include "cli/app/quantity.h"
 #include "cli/commands/checked_roots.h"
 #include "cli/data/csv.h"
+#include "cli/data/json.h"
 #include "cli/files/output.h"
 #include "cli/plot/draw.h"
 
@@ -25,12 +28,14 @@ namespace {
 constexpr const char *kExamples =
     "  mensura roots 1 -6 11 -6          # x^3 - 6 x^2 + 11 x - 6: 1, 2 and 3\n"
     "  mensura roots 1 0 0 1e-30 > roots.csv\n"
+    "  mensura roots --json 1 -1.2 .9 -.3\n"
     "  mensura roots --plot=circle.svg 1 -1.2 .9 -.3\n";
 
 constexpr std::size_t kMostCoefficients = 101;
 
 struct Options {
     std::vector<std::string> coefficients;
+    bool json = false;
     std::string output;
     PlotOptions plot;
 };
@@ -52,6 +57,17 @@ std::vector<double> parse_coefficients(const std::vector<std::string> &texts) {
 void write_roots(const std::vector<double> &c, const std::vector<CplxD> &roots, Output &out) {
     out.write("real,imaginary,residual\n");
     for (const CplxD &z : roots) write_row({z.re + 0.0, z.im + 0.0, residual(c, z)}, out);  // no -0
+}
+
+void print_json(const std::vector<double> &c, const CheckedRoots &answer, Output &out) {
+    nlohmann::ordered_json roots = nlohmann::ordered_json::array();
+    for (const CplxD &z : answer.roots)
+        roots.push_back({{"real", z.re + 0.0}, {"imaginary", z.im + 0.0}, {"residual", residual(c, z)}});
+    write_json({{"coefficients", c},
+                {"roots", roots},
+                {"fits", answer.fits()},
+                {"largest_misfit", static_cast<double>(answer.misfit)}},
+               out);
 }
 
 Figure figure_of(const std::vector<CplxD> &roots) {
@@ -76,7 +92,10 @@ void run(const Options &options) {
     const std::vector<double> c = parse_coefficients(options.coefficients);
     const CheckedRoots answer = find_checked_roots(c);
     Output out(data_file(options.plot, options.output));
-    write_roots(c, answer.roots, out);
+    if (options.json)
+        print_json(c, answer, out);
+    else
+        write_roots(c, answer.roots, out);
     out.commit();
     if (options.plot.wanted()) draw(figure_of(answer.roots), options.plot);
     if (!answer.fits())
@@ -94,6 +113,8 @@ void add_roots(const Command &program) {
            fmt::format("coefficients, the highest power first: 2 to {} numbers without a unit", kMostCoefficients))
         .type_name("...")
         .required();
+    app.add_flag("--json", options->json,
+                 "print them as JSON, and how far the coefficients are off when they are multiplied out");
     add_output(app, options->output);
     add_plot_options(app, options->plot);
     app.callback([options] { run(*options); });

@@ -1,5 +1,6 @@
 // mensura tone: the amplitudes of every column or channel at single frequencies.
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "cli/app/quantity.h"
 #include "cli/app/spectrum_options.h"
 #include "cli/data/csv.h"
+#include "cli/data/json.h"
 #include "cli/data/record.h"
 #include "cli/data/spectrum.h"
 #include "cli/files/output.h"
@@ -22,12 +24,13 @@ namespace {
 constexpr const char *kExamples =
     "  mensura tone 50Hz 150Hz 250Hz --rate 10kHz --no-mean current.csv\n"
     "  mensura tone 1kHz --window flattop --db tone.wav\n"
-    "  mensura tone 60 --power ecg.csv\n";
+    "  mensura tone 60 --power --json ecg.csv\n";
 
 struct Options {
     SpectrumOptions spectrum;
     std::vector<std::string> arguments;  // frequencies, and after them a file
     InputOptions input;
+    bool json = false;
     std::string output;
 };
 
@@ -67,14 +70,39 @@ NumberTable tones_of(Record record, const std::vector<double> &frequencies, cons
     return table;
 }
 
+const char *key_of(Scale scale) {
+    switch (scale) {
+        case Scale::Amplitude: return "amplitude";
+        case Scale::Power: return "power";
+        case Scale::Decibel: return "amplitude_dB";
+    }
+    return "";
+}
+
+void print_json(const NumberTable &tones, double rate, const SpectrumOptions &options, Output &out) {
+    using nlohmann::ordered_json;
+    ordered_json columns = ordered_json::array();
+    for (std::size_t k = 1; k < tones.columns.size(); ++k) {
+        ordered_json list = ordered_json::array();
+        for (std::size_t i = 0; i < tones.columns[k].size(); ++i)
+            list.push_back({{"frequency_Hz", tones.columns[0][i]}, {key_of(options.scale), tones.columns[k][i]}});
+        columns.push_back({{"column", tones.names[k]}, {"tones", list}});
+    }
+    write_json({{"rate_Hz", rate}, {"window", window_name(options.window.kind)}, {"columns", columns}}, out);
+}
+
 void run(Options &options) {
     const Request request = request_of(options.arguments);
     options.input.file = request.file;
     remark_on(options.spectrum.window);
     Record record = read_signals(options.input);
+    const double rate = record.rate;
     const NumberTable tones = tones_of(std::move(record), request.frequencies, options.spectrum);
     Output out(options.output);
-    write_csv(tones, out);
+    if (options.json)
+        print_json(tones, rate, options.spectrum, out);
+    else
+        write_csv(tones, out);
     out.commit();
 }
 
@@ -90,6 +118,7 @@ void add_tone(const Command &program) {
         .required();
     add_rate(app, options->input.rate, "sampling rate in Hz; default from the column of times or the WAV");
     add_spectrum_options(app, options->spectrum);
+    app.add_flag("--json", options->json, "print the amplitudes as JSON; null stands for minus infinity");
     add_reading(app, options->input);
     add_output(app, options->output);
     app.callback([options] { run(*options); });

@@ -1,4 +1,6 @@
-// The program as a whole: its version, its exit status, what shells complete.
+// The program as a whole: its version, its reports as JSON, what shells complete.
+
+#include <nlohmann/json.hpp>
 
 #include "program.h"
 
@@ -49,4 +51,33 @@ TEST_F(CommandLine, fish_completes_commands_options_words_and_files) {
     write("numbers.csv", "");
     EXPECT_EQ(shell("HOME=. fish complete.fish"), 0) << err;
     EXPECT_EQ(out, "filter\n--window\nkaiser-bessel\nnotch\nnumbers.csv\nnumbers.csv\n");
+}
+
+TEST_F(CommandLine, reports_as_json_hold_the_numbers_of_the_tables) {
+    ASSERT_EQ(run("roots 2 -.5 1 7 0 --json"), 0) << err;
+    const auto report = nlohmann::json::parse(out);
+    EXPECT_EQ(report["coefficients"], (std::vector<double>{2, -.5, 1, 7, 0}));
+    EXPECT_EQ(report["fits"], true);
+    EXPECT_LT(report["largest_misfit"], 1e-15);
+    ASSERT_EQ(run("roots 2 -.5 1 7 0"), 0);
+    std::vector<std::vector<double>> roots;
+    for (const auto &root : report["roots"]) roots.push_back({root["real"], root["imaginary"], root["residual"]});
+    EXPECT_EQ(roots, rows(out));
+
+    ASSERT_EQ(run("demo --json"), 0) << err;
+    const auto demo = nlohmann::json::parse(out);
+    EXPECT_EQ(demo["beats"], 46);
+    EXPECT_EQ(demo["signals"][2]["signal"], "lowpass");
+    EXPECT_NEAR(demo["signals"][2]["kept_median_percent"], 97.7, 0.05);
+}
+
+// JSON has no infinity, and its text is UTF-8.
+TEST_F(CommandLine, json_takes_silence_and_names_in_latin_1) {
+    write("x.csv", "\xB5V,b\n0,0\n0,1\n");
+    ASSERT_EQ(run("tone .25 .5 --rate 1 --db --json x.csv"), 0) << err;
+    const auto columns = nlohmann::json::parse(out)["columns"];
+    EXPECT_EQ(columns[0]["column"], "\xC2\xB5V");
+    EXPECT_EQ(columns[0]["tones"][1]["amplitude_dB"], nullptr);
+    ASSERT_EQ(run("tone .25 .5 --rate 1 --db x.csv"), 0);
+    EXPECT_EQ(columns[1]["tones"][0]["amplitude_dB"], rows(out)[0].back());
 }

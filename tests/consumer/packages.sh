@@ -38,7 +38,10 @@ printf '%s\n' "$libdir"/libmensura.so.1{,.1.0} $doc/libmensura1/changelog.gz | u
     (cd "$source" && printf "$doc/libmensura-dev/%s\n" changelog.gz docs/*.md docs/{pictures,snippets}/* examples/*.c \
         examples/data/*) | grep -v '/docs/cli\.md$'
 } | unpack libmensura-dev
-printf '%s\n' usr/bin/mensura usr/share/man/man1/mensura.1.gz $doc/mensura/{changelog.gz,cli.md} | unpack mensura
+completions=(usr/share/bash-completion/completions/mensura usr/share/zsh/vendor-completions/_mensura
+    usr/share/fish/vendor_completions.d/mensura.fish)
+printf '%s\n' usr/bin/mensura usr/share/man/man1/mensura.1.gz $doc/mensura/{changelog.gz,cli.md} "${completions[@]}" |
+    unpack mensura
 
 for package in libc6 libstdc++6; do depends libmensura1 "$package"; done
 for package in libc6 libstdc++6 libfmt9 libsndfile1 libzstd1 zlib1g; do depends mensura "$package"; done
@@ -75,6 +78,10 @@ mensura=$root/usr/bin/mensura
 [[ $("$mensura" --version) == "mensura $version" ]] || die "mensura --version: $("$mensura" --version)"
 "$mensura" design lowpass --cutoff 40Hz --rate 360Hz > "$tmp/design"
 says "$tmp/design" '-3 dB at  *40 Hz$'
+
+completed=$(bash -c 'source "$1"; COMP_WORDS=(mensura filter --family pap) COMP_CWORD=3; _mensura; echo $COMPREPLY' \
+    - "$root/${completions[0]}")
+[[ $completed == papoulis ]] || die "bash completes --family pap as \"$completed\""
 
 # The page has a section and a line of the synopsis for every command, and no heading is lost in the text.
 page=$tmp/page
