@@ -1,8 +1,10 @@
 // mensura track: position, velocity and acceleration estimated from measured positions, by the model of docs/kalman.md.
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +14,7 @@
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
 #include "cli/commands/track_axis.h"
+#include "cli/commands/track_smoother.h"
 #include "cli/data/csv.h"
 #include "cli/data/record.h"
 #include "cli/data/sound.h"
@@ -27,47 +30,22 @@ namespace {
 
 constexpr const char *kExamples =
     "  mensura track --bandwidth 3Hz --r 0.0025 drive.csv > estimates.csv\n"
+    "  mensura track --bandwidth 3Hz --r 0.0025 --smooth --sigma drive.csv > path.csv\n"
     "  logger | mensura track --q 1e-4 --r 0.0025 --rate 100Hz --column x --column y | viewer\n";
 
 constexpr const char *kEstimates[] = {"_position", "_velocity", "_acceleration"};
+constexpr const char *kSigma = "_sigma";
 constexpr std::size_t kMostColumns = 100;  // a Kalman filter takes 1.3 MB
 
 struct Options {
     Files files;
     std::optional<double> qaa, bandwidth, p;
     double r = 0;
+    bool smooth = false, sigma = false;
 };
 
-// A column that is tracked.
-struct Axis {
-    std::string name;
-    std::size_t column;  // index in the table's chosen columns
-    TrackedAxis estimates;
-};
-
-// The lines before the first row.  They are written with it, because it shows which columns are numbers, and only those
-// get new names.
-class LeadingLines {
-  public:
-    void add(const TableReader &table) {
-        text_ += table.line().text;
-        if (table.kind() == LineKind::Header) end_of_header_ = text_.size();
-        text_ += table.line().end;
-    }
-
-    void write(Output &out, const std::vector<Axis> &axes, char separator) {
-        std::string names;
-        for (const Axis &axis : axes)
-            for (const char *const estimate : kEstimates)
-                names += separator + cell_text(axis.name + estimate, separator);
-        if (end_of_header_ != kNone) text_.insert(end_of_header_, names);
-        out.write(text_);
-    }
-
-  private:
-    std::string text_;
-    std::size_t end_of_header_ = kNone;
-};
+// The estimates of a row, one for each column that is tracked.
+using RowOfEstimates = std::vector<Estimate>;
 
 // The estimated position has -3 dB at f where qaa dt^4 / r = (f / (0.44 rate))^6, as long as f is far below the rate.
 double qaa_of(const Options &options, double rate) {
@@ -80,70 +58,190 @@ double qaa_of(const Options &options, double rate) {
     return std::pow(f / (kHalfPower * rate), 6) * options.r * std::pow(rate, 4);
 }
 
+// The gain of the first update is 1 - r / v, v being the variance of the position that was predicted for it: rounding
+// reaches the estimates where v / r is near 1e16.
 TrackingModel model_of(const Options &options, double rate) {
-    return {1 / rate, qaa_of(options, rate), options.r, options.p.value_or(1e4 * options.r)};
+    const TrackingModel model = {1 / rate, qaa_of(options, rate), options.r, options.p.value_or(1e4 * options.r)};
+    const double v = model.p * (1 + model.dt * (2 + 1e5 * model.dt));  // A P A^T of getKalmanFilterP
+    if (v > 1e12 * model.r)
+        remark("--p {} makes the first velocity so uncertain that the estimates lose digits; choose a smaller one{}",
+               model.p, model.dt > 1 ? ", or --rate 1Hz, which counts time in rows" : "");
+    return model;
 }
 
-std::vector<Axis> axes_of(const TableReader &table, const TrackingModel &model) {
-    if (table.columns().size() > kMostColumns)
-        reject("{} columns are too many to track, {} at most; choose with --column", table.columns().size(),
-               kMostColumns);
-    std::vector<Axis> axes;
-    for (std::size_t i = 0; i < table.columns().size(); ++i)
-        if (table.columns()[i].kind != Column::Text) axes.push_back({table.columns()[i].name, i, TrackedAxis(model)});
-    return axes;
+[[noreturn]] void fail_lost(const std::string &place, const std::string &column) {
+    fail(
+        "{}: the estimates of {} are lost to rounding or overflow; choose units in which --r is above 1e-12 and the "
+        "positions are not huge",
+        place, column);
 }
 
-// NaN is written as an empty cell, but as text where blanks separate the cells, which would hide an empty one.
-void write_number(Output &out, double value, char separator) {
-    out.write({&separator, 1});
-    if (!std::isnan(value))
-        out.number(value);
-    else if (separator == ' ')
-        out.write("NaN");
-}
+// A table that comes back with the estimates appended to each row.
+class EstimatesWriter {
+  public:
+    EstimatesWriter(TableReader &table, const Options &options)
+        : table_(table), sigma_(options.sigma), out_(data_file(options.files.plot, options.files.output)) {}
 
-void write_row(Output &out, const TableReader &table, std::vector<Axis> &axes, Comparison &comparison,
-               const std::string &file) {
-    out.write(table.line().text);
-    for (std::size_t i = 0; i < axes.size(); ++i) {
-        const double position = table.values()[axes[i].column];
-        const State &state = axes[i].estimates.update(position);
-        if (axes[i].estimates.lost())
-            fail(
-                "{}:{}: the estimates of {} are lost to rounding or overflow; choose units in which --r is above 1e-12 "
-                "and the positions are not huge",
-                file, table.line().number, axes[i].name);
-        for (const double estimate : state) write_number(out, estimate, table.separator());
-        comparison.add(i, position, state[0]);
+    // `estimates` gives those of the row that was read last, in these columns of the table.
+    using Estimates = std::function<const RowOfEstimates &(const std::vector<std::size_t> &columns)>;
+    void run(const Estimates &estimates) {
+        for_each_line(table_, out_, [&] {
+            if (table_.rows() == 0) return add_leading_line();
+            if (!begun_) begin();
+            if (table_.kind() == LineKind::Data)
+                write_row(estimates(tracked_));
+            else
+                table_.write_line(out_);
+        });
+        out_.commit();
     }
-    out.write(table.line().end);
+
+  private:
+    // The lines before the first row are written with it, because it shows which columns are numbers, and only those
+    // get new names.
+    void add_leading_line() {
+        leading_ += table_.line().text;
+        if (table_.kind() == LineKind::Header) end_of_header_ = leading_.size();
+        leading_ += table_.line().end;
+    }
+
+    void begin() {
+        const std::size_t columns = table_.columns().size();
+        if (columns > kMostColumns)
+            reject("{} columns are too many to track, {} at most; choose with --column", columns, kMostColumns);
+        begun_ = true;
+        std::string names;
+        for (std::size_t i = 0; i < columns; ++i) {
+            if (table_.columns()[i].kind == Column::Text) continue;
+            tracked_.push_back(i);
+            for (const char *const estimate : kEstimates) names += new_name(i, estimate);
+            if (sigma_) names += new_name(i, kSigma);
+        }
+        if (end_of_header_ != kNone) leading_.insert(end_of_header_, names);
+        out_.write(leading_);
+    }
+
+    std::string new_name(std::size_t column, const char *estimate) const {
+        return table_.separator() + cell_text(table_.columns()[column].name + estimate, table_.separator());
+    }
+
+    void write_row(const RowOfEstimates &row) {
+        out_.write(table_.line().text);
+        for (const Estimate &estimate : row) {
+            for (const double x : estimate.state) write_number(x);
+            if (sigma_) write_number(estimate.sigma);
+        }
+        out_.write(table_.line().end);
+    }
+
+    // NaN is written as an empty cell, but as text where blanks separate the cells, which would hide an empty one.
+    void write_number(double value) {
+        const char separator = table_.separator();
+        out_.write({&separator, 1});
+        if (!std::isnan(value))
+            out_.number(value);
+        else if (separator == ' ')
+            out_.write("NaN");
+    }
+
+    TableReader &table_;
+    bool sigma_, begun_ = false;
+    Output out_;
+    std::string leading_;
+    std::size_t end_of_header_ = kNone;
+    std::vector<std::size_t> tracked_;  // columns of numbers
+};
+
+std::string title_of(const TrackingModel &model, const Options &options) {
+    return fmt::format("position {}, q = {:.3g}", options.smooth ? "smoothed" : "estimated",
+                       model.qaa * std::pow(model.dt, 4) / model.r);
 }
 
-void track(Source &source, const Options &options, double rate) {
+// A row in, a row out.
+void track_stream(Source &source, const Options &options, double rate) {
     const TrackingModel model = model_of(options, rate);
     TableReader table(source, options.files.input);
-    Output out(data_file(options.files.plot, options.files.output));
     Comparison comparison(options.files.plot);
-    std::vector<Axis> axes;
-    LeadingLines leading;
-    for_each_line(table, out, [&] {
-        if (table.rows() == 0) return leading.add(table);
-        if (axes.empty()) {
-            axes = axes_of(table, model);
-            leading.write(out, axes, table.separator());
-        }
-        if (table.kind() == LineKind::Data)
-            write_row(out, table, axes, comparison, source.name());
-        else
-            table.write_line(out);
-    });
+    std::vector<TrackedAxis> axes;
     std::vector<std::string> names;
-    names.reserve(axes.size());
-    for (const Axis &axis : axes) names.push_back(axis.name);
-    out.commit();
-    comparison.draw(fmt::format("position estimated, q = {:.3g}", model.qaa * std::pow(model.dt, 4) / model.r), names,
-                    rate);
+    RowOfEstimates row;
+    EstimatesWriter(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
+        for (std::size_t k = axes.size(); k < columns.size(); ++k) {
+            axes.emplace_back(model);
+            names.push_back(table.columns()[columns[k]].name);
+        }
+        row.clear();
+        for (std::size_t k = 0; k < axes.size(); ++k) {
+            const double position = table.values()[columns[k]];
+            row.push_back(axes[k].update(position));
+            if (axes[k].lost()) fail_lost(fmt::format("{}:{}", source.name(), table.line().number), names[k]);
+            comparison.add(k, position, row[k].state[0]);
+        }
+        return row;
+    });
+    comparison.draw(title_of(model, options), names, rate);
+}
+
+// Tracks the channels of a record, in which NaN stands for what is missing.
+class RecordTracker {
+  public:
+    RecordTracker(const Record &record, const Options &options, const TrackingModel &model)
+        : record_(record), smooth_(options.smooth), model_(model) {}
+
+    // The estimates at each sample, anew in each piece.
+    std::vector<Estimate> run(const Channel &channel) const {
+        std::vector<Estimate> estimates(channel.samples.size());
+        for (const Piece &piece : channel.pieces) run(channel, piece, std::span(estimates));
+        return estimates;
+    }
+
+  private:
+    void run(const Channel &channel, const Piece &piece, std::span<Estimate> estimates) const {
+        TrackedAxis axis(model_);
+        Smoother smoother;
+        for (std::size_t i = piece.begin; i < piece.end; ++i) {
+            estimates[i] = axis.update(channel.samples[i]);
+            if (axis.lost()) fail_lost(place(i), channel.name);
+            if (smooth_ && !smoother.add(axis))
+                fail(
+                    "{}: smoothing {} loses its digits, for its velocity is hardly known there; choose a smaller --p, "
+                    "or --rate 1Hz, which counts time in rows",
+                    place(i), channel.name);
+        }
+        if (smooth_) smoother.run(estimates.subspan(piece.begin, piece.end - piece.begin), axis);
+    }
+
+    std::string place(std::size_t sample) const {
+        return fmt::format("{}: {:.6g} s after the first row", record_.name, static_cast<double>(sample) * model_.dt);
+    }
+
+    const Record &record_;
+    bool smooth_;
+    TrackingModel model_;
+};
+
+void track_record(Record record, const Options &options) {
+    const TrackingModel model = model_of(options, rate_of(record));
+    Comparison comparison(options.files.plot);
+    std::vector<std::vector<Estimate>> estimates;
+    std::vector<std::string> names;
+    for (Channel &channel : record.channels) {
+        estimates.push_back(RecordTracker(record, options, model).run(channel));
+        if (!channel.has_numbers()) continue;
+        for (std::size_t i = 0; i < channel.samples.size(); ++i)
+            comparison.add(names.size(), channel.samples[i], estimates.back()[i].state[0]);
+        names.push_back(channel.name);
+        channel.samples = {};
+    }
+    Source source(record.name, std::move(record.text));
+    TableReader table(source, options.files.input);
+    RowOfEstimates row;
+    EstimatesWriter(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
+        row.clear();
+        for (const std::size_t i : columns) row.push_back(estimates[i][record.sample_of(table.rows() - 1)]);
+        return row;
+    });
+    comparison.draw(title_of(model, options), names, record.rate);
 }
 
 void check(const Options &options) {
@@ -158,12 +256,8 @@ void run(const Options &options) {
     check(options);
     Source source(options.files.input.file);
     refuse_sound(source);
-    if (options.files.input.rate) return track(source, options, *options.files.input.rate);
-    Record record = read_record(source, options.files.input);
-    const double rate = rate_of(record);
-    record.channels.clear();
-    Source again(record.name, record.text);
-    track(again, options, rate);
+    if (options.files.input.rate && !options.smooth) return track_stream(source, options, *options.files.input.rate);
+    track_record(read_record(source, options.files.input, Missing::Keep), options);
 }
 
 }  // namespace
@@ -185,9 +279,13 @@ void add_track(const Command &program) {
     add_quantity(app, "--p", options->p, kPlain,
                  "variance of the first position, in the unit of the column squared; default 10000 R")
         .type_name("P");
-    add_rate(app, options->files.input.rate,
-             "sampling rate in Hz: a line in, a line out; default: all is read, and the rate is that of the column "
-             "called time");
+    add_rate(
+        app, options->files.input.rate,
+        "sampling rate in Hz: a line in, a line out, unless --smooth; default: all is read, and the rate is that of "
+        "the column called time");
+    app.add_flag("--smooth", options->smooth,
+                 "estimate each row from all rows, also those after it (Rauch, Tung and Striebel); reads all");
+    app.add_flag("--sigma", options->sigma, "append the standard deviation of the position, too");
     add_files(app, options->files);
     app.callback([options] { run(*options); });
 }

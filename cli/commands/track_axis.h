@@ -20,23 +20,38 @@ struct TrackingModel {
 
 using State = std::array<double, 3>;  // position, velocity, acceleration
 
+struct Estimate {
+    State state{kMissing, kMissing, kMissing};
+    double sigma = kMissing;  // standard deviation of the position
+};
+
+// Whether all numbers of a state are finite, and so is their sum.
+bool is_finite(const State &state);
+
 // Starts at its first number.  Where a number is missing, the model predicts.
 class TrackedAxis {
   public:
     explicit TrackedAxis(const TrackingModel &model) : model_(model) {}
 
     // A missing position is NaN.  Before the first number the estimates are NaN.
-    const State &update(double position);
+    const Estimate &update(double position);
+
+    // Starts anew with the next number.
+    void restart() { *this = TrackedAxis(model_); }
 
     // Whether the estimates are lost to rounding or overflow.
     bool lost() const;
 
+    // Null before the first number.
+    const KalmanFilter *filter() const { return filter_.get(); }
+
   private:
     void begin(double position);
+    void predict();
 
     TrackingModel model_;
     std::unique_ptr<KalmanFilter> filter_;
-    State state_{kMissing, kMissing, kMissing};
+    Estimate estimate_;
 };
 
 }  // namespace cli

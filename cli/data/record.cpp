@@ -19,18 +19,19 @@ void fill_front(std::vector<double> &samples) {
     if (first != samples.end()) std::fill(samples.begin(), first, *first);
 }
 
-void append(Channel &channel, double value) {
+void append(Channel &channel, double value, Missing missing) {
     std::vector<double> &samples = channel.samples;
     channel.missing += std::isnan(value);
-    samples.push_back(std::isnan(value) && !samples.empty() ? samples.back() : value);
+    const bool held = missing == Missing::Fill && std::isnan(value) && !samples.empty();
+    samples.push_back(held ? samples.back() : value);
 }
 
-void close(Channel &channel) {
-    fill_front(channel.samples);
+void close(Channel &channel, Missing missing) {
+    if (missing == Missing::Fill) fill_front(channel.samples);
     if (channel.has_numbers()) channel.pieces = {{0, channel.samples.size()}};
 }
 
-Record read_csv(Source &source, const InputOptions &input) {
+Record read_csv(Source &source, const InputOptions &input, Missing missing) {
     Record record{.name = source.name(), .rate = input.rate.value_or(0), .text = source.rest(), .input = input};
     Source again(record.name, record.text);
     TableReader table(again, input);
@@ -39,17 +40,17 @@ Record read_csv(Source &source, const InputOptions &input) {
         if (table.kind() != LineKind::Data) continue;
         if (!input.rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
         record.channels.resize(table.columns().size());
-        for (std::size_t i = 0; i < record.channels.size(); ++i) append(record.channels[i], table.values()[i]);
+        for (std::size_t i = 0; i < record.channels.size(); ++i) append(record.channels[i], table.values()[i], missing);
     }
     if (!input.rate && table.has_time()) record.rate = times.rate();
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         record.channels[i].name = table.columns()[i].name;
-        close(record.channels[i]);
+        close(record.channels[i], missing);
     }
     return record;
 }
 
-Record read_sound(Source &source, const InputOptions &input) {
+Record read_sound(Source &source, const InputOptions &input, Missing missing) {
     Record record{.name = source.name(), .sound = std::make_shared<SoundReader>(source)};
     SoundReader &sound = *record.sound;
     sound.check_request(input);
@@ -57,8 +58,8 @@ Record read_sound(Source &source, const InputOptions &input) {
     for (std::size_t i = 0; i < sound.channels(); ++i) record.channels.push_back({.name = sound.channel_name(i)});
     std::vector<double> frames(kSoundFrames * sound.channels());
     while (const std::size_t count = sound.read(frames))
-        for (std::size_t i = 0; i < count; ++i) append(record.channels[i % sound.channels()], frames[i]);
-    for (Channel &channel : record.channels) close(channel);
+        for (std::size_t i = 0; i < count; ++i) append(record.channels[i % sound.channels()], frames[i], missing);
+    for (Channel &channel : record.channels) close(channel, missing);
     return record;
 }
 
@@ -93,8 +94,8 @@ void write_sound(const Record &record, Output &out, std::size_t every) {
 
 }  // namespace
 
-Record read_record(Source &source, const InputOptions &input) {
-    Record record = is_sound(source) ? read_sound(source, input) : read_csv(source, input);
+Record read_record(Source &source, const InputOptions &input, Missing missing) {
+    Record record = is_sound(source) ? read_sound(source, input, missing) : read_csv(source, input, missing);
     if (record.length() > INT_MAX) reject("{}: has more than {} samples", record.name, INT_MAX);
     return record;
 }

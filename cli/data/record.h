@@ -39,10 +39,16 @@ struct Record {
     std::vector<std::size_t> sample_of_row = {};
 
     std::size_t length() const { return channels.front().samples.size(); }
+    std::size_t sample_of(std::size_t row) const { return sample_of_row.empty() ? row : sample_of_row[row]; }
+};
+
+enum class Missing {
+    Fill,  // replaced as Channel::samples says
+    Keep   // NaN
 };
 
 // The rate is that of `input`, else that of the sound or of the column of times.
-Record read_record(Source &source, const InputOptions &input);
+Record read_record(Source &source, const InputOptions &input, Missing missing = Missing::Fill);
 
 // The rate; where it is not known, refuses the record with the option that gives it.
 double rate_of(const Record &record);
