@@ -63,7 +63,7 @@ double qaa_of(const Options &options, double rate) {
 TrackingModel model_of(const Options &options, double rate) {
     const TrackingModel model = {1 / rate, qaa_of(options, rate), options.r, options.p.value_or(1e4 * options.r)};
     const double v = model.p * (1 + model.dt * (2 + 1e5 * model.dt));  // A P A^T of getKalmanFilterP
-    if (v > 1e12 * model.r)
+    if (v > 1e12 * model.r && !options.smooth)  // a smoother checks itself
         remark("--p {} makes the first velocity so uncertain that the estimates lose digits; choose a smaller one{}",
                model.p, model.dt > 1 ? ", or --rate 1Hz, which counts time in rows" : "");
     return model;

@@ -1,9 +1,4 @@
-// mensura smooth, derive, despike, average, track
-
-#include <mensura/kalman.h>
-
-#include <array>
-#include <cmath>
+// mensura smooth, derive, despike, average; what track has in common with them
 
 #include "program.h"
 #include "support/reference/smooth.h"
@@ -62,60 +57,6 @@ TEST_F(CommandLine, streams_answer_line_by_line) {
     }
 }
 
-// The estimates of one axis, as docs/kalman.md has it; NaN: no measurement.
-static std::vector<std::array<double, 3>> kalman(const std::vector<double> &z, double dt, double qaa, double r,
-                                                 double p) {
-    static KalmanFilter kf;
-    std::array<double, 9> a, q, big_p;
-    std::array<double, 3> c, x{z.front(), 0, 0};
-    initKalmanFilter_d(&kf, getKalmanFilterA(a.data(), 3, dt), getKalmanFilterC(c.data(), 1),
-                       getKalmanFilterQ(q.data(), 3, 0, 0, 0, 0, 0, qaa), &r, getKalmanFilterP(big_p.data(), 3, p),
-                       x.data(), 1, 3);
-    std::vector<std::array<double, 3>> estimates;
-    for (const double position : z) {
-        const double measured = std::isnan(position) ? 0 : position;
-        kf.R.data[0] = std::isnan(position) ? 1e12 * r : r;
-        KalmanFilter_update_d(&kf, &measured, x.data());
-        estimates.push_back(x);
-    }
-    return estimates;
-}
-
-TEST_F(CommandLine, track_appends_the_estimates_of_every_axis) {
-    const double gap = std::nan("");
-    std::string csv = "time,x,\"y,z\",who\n";
-    std::vector<double> x, y;
-    for (int i = 0; i < 40; ++i) {
-        x.push_back(i >= 20 && i < 23 ? gap : 5 + 0.25 * i * i + i % 3);
-        if (i > 0) y.push_back(-3.0 * i);
-        csv += std::to_string(0.125 * i) + "," + (std::isnan(x.back()) ? "" : std::to_string(x.back())) + "," +
-               (i > 0 ? std::to_string(y.back()) : "NaN") + ",p\n";
-    }
-    write("xy.csv", csv);
-    EXPECT_EQ(run("track --q 2 --r 0.5 --p 100 xy.csv -o estimates.csv"), 0) << err;
-    const std::string text = read("estimates.csv"), header = text.substr(0, text.find('\n'));
-    EXPECT_EQ(header,
-              "time,x,\"y,z\",who,x_position,x_velocity,x_acceleration,"
-              "\"y,z_position\",\"y,z_velocity\",\"y,z_acceleration\"");
-    EXPECT_HAS(text, "\n0.000000,5.000000,NaN,p,5,0,0,,,\n0.125000,6.250000,-3.000000,p,");
-    const auto of_x = kalman(x, 0.125, 2, 0.5, 100), of_y = kalman(y, 0.125, 2, 0.5, 100);
-    const auto table = rows(text);  // without missing cells and text: 5 numbers, then 9, of which a gap takes one
-    for (std::size_t i = 1; i < 40; ++i)
-        for (std::size_t k = 0; k < 3; ++k) {
-            const std::vector<double> &row = table.at(i);
-            // A gap has the weight 1e-12 of a measurement, which here is hundreds off.
-            EXPECT_NEAR(row.at(row.size() - 6 + k), of_x[i][k], i < 20 ? 0 : 1e-8) << i;
-            EXPECT_EQ(row.at(row.size() - 3 + k), of_y[i - 1][k]) << i;
-        }
-    // q = (0.05 * 0.44 / 0.44)^6, qaa = q r / dt^4; pow may round otherwise than the decimal fraction.
-    EXPECT_EQ(run("track --bandwidth 176mHz --column x --r 0.01 xy.csv"), 0) << err;
-    const auto slow = kalman(x, 0.125, 1.5625e-8 * 0.01 * 4096, 0.01, 100);
-    for (std::size_t k = 0; k < 3; ++k) EXPECT_NEAR(rows(out).at(39).at(3 + k), slow[39][k], 1e-9);
-    write("y.txt", "1 NaN\n2 8\n");  // between blanks an empty cell would vanish; without a header none is made
-    EXPECT_EQ(run("track --q 1 --r 1e-2 --rate 1 y.txt"), 0);
-    EXPECT_EQ(out.substr(0, 26), "1 NaN 1 0 0 NaN NaN NaN\n2 ");
-}
-
 TEST_F(CommandLine, wrong_calls_and_input_are_refused) {
     write("x.csv", "x\n1\n2\nabc\n");
     write("one.csv", "time,x\n0,1\n");
@@ -127,11 +68,5 @@ TEST_F(CommandLine, wrong_calls_and_input_are_refused) {
     }
     expect_refusals("", {{"derive --rate 1 one.csv", "2 rows at least"},
                          {"despike --limit 0 one.csv", "--limit 0 is not above 0"},
-                         {"average --length 2001 one.csv", "not from 1 to 2000"},
-                         {"track --r 1 one.csv", "--q or --bandwidth is required"},
-                         {"track --r 1 --q 1 --bandwidth 1 one.csv", "--q excludes --bandwidth"},
-                         {"track --r 0 --q 1 one.csv", "--r 0 is not above 0"},
-                         {"track --r 1 --bandwidth 0.5 --rate 1 one.csv", "half the rate"}});
-    write("still.csv", "x\n1\n1\n1\n1\n1\n1\n1\n1\n1\n");
-    expect_refused("track --q 0 --r 1e-17 --rate 1 still.csv", "choose units in which --r is above 1e-12", 1);
+                         {"average --length 2001 one.csv", "not from 1 to 2000"}});
 }
