@@ -209,6 +209,8 @@ void check(const Options &options) {
     if (options.ratio && request.pass_type != ptLowPass) reject("--auto is for lowpass");
     if (options.ratio && !(*options.ratio > 0 && *options.ratio < 1))
         reject("--auto {}: the ratio must lie above 0 and below 1", *options.ratio);
+    if (options.sos == "-" && is_standard_input(options.files.input.file))
+        reject("--sos -: the data come from standard input already; name a file for one of the two");
     if (options.ends && !request.zero_phase) reject("--ends is for --zero-phase");
     if (options.ratio || !options.sos.empty()) return;
     check_request(request);

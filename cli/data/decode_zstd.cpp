@@ -29,7 +29,8 @@ class Unzstd final : public Stage {
     }
 
   private:
-    // libzstd drops what it has unpacked before an error in the same call: it gets a block at a time.
+    // libzstd drops what it has unpacked before an error in the same call: it gets the content of one block at a time,
+    // without the header of the next block, which is in what it asks for.
     std::size_t unpack(std::span<char> block) {
         ZSTD_inBuffer in = {packed_.pending().data(), std::min(packed_.pending().size(), wanted_), 0};
         if (frame_ended_ && in.size == 0) return 0;
@@ -38,7 +39,7 @@ class Unzstd final : public Stage {
         if (ZSTD_isError(left) != 0) refuse(left);
         packed_.skip(in.pos);
         frame_ended_ = left == 0;
-        wanted_ = frame_ended_ ? kBeginning : left;
+        wanted_ = std::max(left, 2 * kBlockHeader) - kBlockHeader;
         return out.pos;
     }
 
@@ -50,12 +51,12 @@ class Unzstd final : public Stage {
         reject("{}: its zstd data are damaged: {}", name_, ZSTD_getErrorString(code));
     }
 
-    static constexpr std::size_t kBeginning = 5;  // of a frame: enough to tell how long its header is
+    static constexpr std::size_t kBlockHeader = 3;  // bytes
 
     Bytes packed_;
     std::string name_;
     std::unique_ptr<ZSTD_DStream, std::size_t (*)(ZSTD_DStream *)> state_{ZSTD_createDStream(), ZSTD_freeDStream};
-    std::size_t wanted_ = kBeginning;
+    std::size_t wanted_ = kBlockHeader;
     bool frame_ended_ = false;
 };
 

@@ -28,8 +28,7 @@ bool LineReader::next(Line &line) {
     }
     line.number = ++number_;
     if (line.text.find('\0') != std::string_view::npos)
-        reject("{}:{}: holds zero bytes; not a text file, or one in UTF-16 without a byte-order mark", name(),
-               number_);
+        reject("{}:{}: holds zero bytes; not a text file, or one in UTF-16 without a byte-order mark", name(), number_);
     source_.skip(line.text.size() + line.end.size());
     return true;
 }

@@ -18,8 +18,6 @@ namespace cli {
 
 namespace {
 
-bool is_standard_input(const std::string &file) { return file.empty() || file == "-"; }
-
 std::string name_of(const std::string &file) { return is_standard_input(file) ? "standard input" : file; }
 
 // The bytes of a descriptor, which it closes.
@@ -58,6 +56,8 @@ class File final : public Stage {
 };
 
 }  // namespace
+
+bool is_standard_input(const std::string &file) { return file.empty() || file == "-"; }
 
 Source::Source(const std::string &file)
     : name_(name_of(file)),

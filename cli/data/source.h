@@ -12,9 +12,11 @@ namespace cli {
 // Thrown when standard input is to be read and is a terminal, where nobody may be typing.
 struct InputIsTerminal {};
 
+// Whether a file's name, "" or "-", means standard input.
+bool is_standard_input(const std::string &file);
+
 class Source {
   public:
-    // A file; "" or "-" is standard input.
     explicit Source(const std::string &file);
     // Text that has been read before, under the name of its file.  It must outlive the source.
     Source(const std::string &name, std::string_view text);
