@@ -47,7 +47,7 @@ std::string title_of(const std::vector<Design> &designs) {
 }
 
 // Of a curve over frequency.
-int points_of(const PlotOptions &plot) { return plot.is_page() ? 10000 : 1000; }
+int points_of(const PlotOptions &plot) { return plot.is_page() ? 5000 : 1000; }
 
 // ---- Over frequency ------------------------------------------------------------------------------------------------
 

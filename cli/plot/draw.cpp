@@ -10,6 +10,7 @@
 #include "cli/app/diagnostics.h"
 #include "cli/files/output.h"
 #include "cli/plot/gnuplot.h"
+#include "cli/plot/page/page.h"
 #include "cli/plot/script.h"
 
 namespace cli {
@@ -32,12 +33,21 @@ std::string text_terminal(std::size_t panels) {
     return fmt::format("set terminal dumb size {},{}\n", columns, rows * panels);
 }
 
+void write_page(const Figure &figure, const std::string &file) {
+    Output out(file);
+    out.write(html_page(figure));
+    out.commit();
+}
+
 }  // namespace
 
 void draw(const Figure &whole, const PlotOptions &plot) {
     if (!plot.wanted()) return;
     const Figure figure = drawable(whole);
     if (figure.panels.empty()) fail("there is nothing to draw: no curve has a point");
+    if (plot.kind == PlotOptions::Terminal && has_image(figure))
+        reject("a terminal shows no picture in colours; choose a file, such as --plot=FILE.png");
+    if (plot.is_page()) return write_page(figure, plot.file);
     const bool grid = plot.kind != PlotOptions::Terminal;  // a grid of letters hides the curve
     const std::string script = gnuplot_script(figure, grid);
     Output out(plot.kind == PlotOptions::File ? plot.file : "");

@@ -15,7 +15,7 @@ namespace cli {
 
 namespace {
 
-constexpr int kLeftMargin = 11;  // characters: the panels stand exactly below each other
+constexpr int kLeftMargin = 11, kRightMargin = 14;  // characters: the panels stand exactly below each other
 
 std::string gnuplot_string(const std::string &text) {
     std::string result = "'";
@@ -140,11 +140,11 @@ void append_data_of(std::string &script, const Panel &panel, std::size_t number)
     if (panel.image) append_matrix(script, fmt::format("$panel{}image", number), *panel.image);
 }
 
+}  // namespace
+
 bool has_image(const Figure &figure) {
     return std::ranges::any_of(figure.panels, [](const Panel &panel) { return panel.image.has_value(); });
 }
-
-}  // namespace
 
 Figure drawable(Figure figure) {
     const auto has_no_point = [](const Curve &curve) {
@@ -161,6 +161,7 @@ std::string gnuplot_script(const Figure &figure, bool grid) {
     for (std::size_t i = 0; i < figure.panels.size(); ++i) append_data_of(script, figure.panels[i], i);
     if (has_image(figure)) script += palette();
     const bool several = figure.panels.size() > 1;
+    if (several && has_image(figure)) script += fmt::format("set rmargin {}\n", kRightMargin);
     if (several)
         script += fmt::format("set lmargin {}\nset multiplot layout {}, 1 title {} noenhanced\n", kLeftMargin,
                               figure.panels.size(), gnuplot_string(figure.title));

@@ -52,3 +52,48 @@ TEST_F(CommandLine, pictures_of_long_records_stay_small) {
     EXPECT_GT(read("x.svg").size(), 20000u);
     EXPECT_LT(read("x.svg").size(), 300000u);
 }
+
+// Whatever the name of a column or a file holds stays text, for gnuplot, for HTML and for the scripts in it.
+TEST_F(CommandLine, names_do_not_become_commands) {
+    const std::string tag = "</script><script>alert(1)</script><!--", file = "<b>'$(touch harm)'\n`touch harm`.csv";
+    write("x.csv", tag + "\t$(touch harm)&amp;'; system \"touch harm\" # `touch harm`\n1\t1\n2\t3\n0\t1\n");
+    write(file, "0.5,0,0,1,0,0\n");
+    const std::string call =
+        "\"$M\" filter --quiet --sos \"$(printf \"<b>'\\$(touch harm)'\\n\\`touch harm\\`.csv\")\" ";
+    EXPECT_EQ(shell(call + "x.csv --plot=x.html && " + call + "x.csv --plot=x.svg"), 0) << err;
+    const std::string page = read("x.html");
+    EXPECT_EQ(page.find(tag), std::string::npos);
+    EXPECT_HAS(page, R"("\u003c/script\u003e\u003cscript\u003ealert(1)\u003c/script\u003e\u003c!--")");
+    EXPECT_HAS(page, R"("$(touch harm)\u0026amp;'; system \"touch harm\" # `touch harm`")");
+    EXPECT_HAS(page, "<h1>1 section of &lt;b&gt;'$(touch harm)'\n`touch harm`.csv</h1>");
+    EXPECT_EQ(shell("xmllint --noout x.svg; ls harm"), 2) << out;
+}
+
+// A page can be opened without a network: a browser that finds a script or a style in it asks for no other file.
+TEST_F(CommandLine, pages_hold_all_that_they_need) {
+    ASSERT_EQ(shell("seq 300000 >x.csv"), 0);
+    EXPECT_EQ(run(kLowpass + "x.csv -o /dev/null --plot=x.html"), 0) << err;
+    const std::string page = read("x.html");
+    EXPECT_HAS(page, "default-src 'none'; script-src 'unsafe-inline'; style-src 'unsafe-inline'");
+    EXPECT_HAS(page, "The MIT License (MIT)");
+    for (const char *outside : {"src=", "href=", "@import", "url(", "fetch(", "import("})
+        EXPECT_EQ(page.find(outside), std::string::npos) << outside;
+    EXPECT_LT(page.size(), 5'000'000u);
+    EXPECT_EQ(run("design bandpass --from 20 --to 40 --rate 360 --show poles --plot=x.html -o /dev/null"), 0) << err;
+    EXPECT_HAS(read("x.html"),
+               "<h1>bandpass, butterworth, 6 poles, -3 dB at 20 and 40 Hz, 20 Hz wide, sampled at 360 Hz");
+}
+
+TEST_F(CommandLine, axes_suit_the_band) {
+    const std::string script = " --rate 360 --plot-script";
+    EXPECT_EQ(run("design bandpass --from 20 --to 40" + script), 0) << err;
+    for (const char *line : {"set nologscale x", "set xrange [0:100]", "'-3 dB at 20 Hz'", "'clipped at -100 dB'",
+                             "set yrange [-180:180]\nset ytics 90"})
+        EXPECT_HAS(out, line);
+    EXPECT_EQ(run("design bandpass --from 0.5 --to 40" + script), 0) << err;
+    EXPECT_HAS(out, "set logscale x");
+    EXPECT_EQ(run("design lowpass --cutoff 40 --poles 1 --axis linear" + script), 0) << err;
+    for (const char *line : {"set nologscale x", "set xrange [0:180]", "set yrange [-90:0]\nset ytics 45"})
+        EXPECT_HAS(out, line);
+    expect_refused("design lowpass --cutoff 40 --rate 360 --axis log", "--axis is for --plot and --plot-script");
+}
