@@ -1,10 +1,6 @@
 // mensura spectrum: the amplitudes of every column or channel over frequency.
-#include <algorithm>
-#include <cmath>
 #include <memory>
-#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "cli/app/commands.h"
@@ -12,13 +8,11 @@
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
 #include "cli/app/spectrum_options.h"
-#include "cli/data/csv.h"
+#include "cli/commands/spectrum_report.h"
 #include "cli/data/record.h"
 #include "cli/data/spectrum.h"
 #include "cli/files/output.h"
-#include "cli/plot/comparison.h"
 #include "cli/plot/draw.h"
-#include "cli/plot/envelope.h"
 
 namespace cli {
 
@@ -27,92 +21,89 @@ namespace {
 constexpr const char *kExamples =
     "  mensura spectrum ecg.csv > spectrum.csv\n"
     "  mensura spectrum --window hanning --db --plot=spectrum.svg ecg.csv\n"
-    "  mensura spectrum --rate 1kHz --column current --window flattop --no-mean --plot measured.csv\n";
+    "  mensura spectrum --average --density --no-mean --plot=density.svg vibration.csv\n"
+    "  mensura spectrum --bands 10Hz-45Hz,45Hz-55Hz vibration.csv\n"
+    "  mensura spectrum --peaks 5 --from 20Hz --json tone.wav\n";
 
-constexpr double kDepthOfPicture = 200;  // dB below the highest bin; anything lower is rounding
+constexpr int kMostPeaks = 1000;
 
 struct Options {
-    SpectrumOptions spectrum;
+    SpectrumRequest request;
+    AveragingOptions averaging;
+    bool json = false;
     Files files;
 };
 
-void remark_on_length(const SpectrumLayout &layout, std::size_t samples) {
+void remark_on_length(const SpectrumReport &report) {
+    const SpectrumLayout &layout = report.layout;
     const std::string padded =
         layout.points == layout.samples ? "" : fmt::format(" padded with zeros to {}", layout.points);
-    if (layout.parts > 1)
-        remark("{} samples: the powers of {} parts of {}{} are averaged", samples, layout.parts, layout.samples,
+    const std::size_t parts = report.channels.front().segments;
+    if (report.request.averaging)
+        remark("{} window, {} segments of {} samples{}, {} % overlap: the {} of their powers",
+               window_name(report.request.spectrum.window.kind), parts, layout.samples, padded,
+               report.request.averaging->overlap, report.request.averaging->median ? "median" : "mean");
+    else if (parts > 1)
+        remark("{} samples: the powers of {} parts of {}{} are averaged", report.samples, parts, layout.samples,
                padded);
     else if (!padded.empty())
-        remark("{} samples are{}", samples, padded);
+        remark("{} samples are{}", report.samples, padded);
 }
 
-// A column of frequencies and one of values for each channel.  The samples are moved out of the record.
-NumberTable spectra_of(Record &record, const SpectrumOptions &options) {
-    const SpectrumLayout layout = layout_for(record.length());
-    NumberTable spectra{.names = {"frequency_Hz"}, .columns = {std::vector<double>(layout.bins())}};
-    for (std::size_t k = 0; k < layout.bins(); ++k) spectra.columns[0][k] = layout.frequency(k, record.rate);
-    for (Channel &channel : record.channels) {
-        std::vector<double> bins = amplitude_spectrum(std::move(channel.samples), options.window, options.no_mean);
-        for (std::size_t k = 0; k < bins.size(); ++k) bins[k] = scaled(bins[k], layout.mirrored(k), options.scale);
-        spectra.names.push_back(channel.name);
-        spectra.columns.push_back(std::move(bins));
-    }
-    return spectra;
-}
-
-std::string label_of(const std::string &name, Scale scale) {
-    return scale == Scale::Decibel ? name + " [dB]" : scale == Scale::Power ? name + ", mean square" : name;
-}
-
-double highest_finite(const std::vector<double> &values) {
-    double highest = std::nan("");
-    for (const double value : values)
-        if (std::isfinite(value)) highest = std::fmax(highest, value);
-    return highest;
-}
-
-Figure figure_of(const NumberTable &spectra, double spacing, const SpectrumOptions &options, const PlotOptions &plot) {
-    const std::string title = fmt::format("spectrum, {} window", window_name(options.window.kind));
-    const std::size_t channels = spectra.names.size() - 1;
-    Figure figure{.title = title};
-    for (std::size_t i = 1; i <= std::min(channels, kMostPanels); ++i) {
-        const std::vector<double> &values = spectra.columns[i];
-        const double lowest = options.scale == Scale::Decibel ? highest_finite(values) - kDepthOfPicture : 0.0;
-        Envelope envelope(plot);
-        for (const double value : values) envelope.add(std::max(value, lowest));
-        figure.panels.push_back({.title = channels == 1 ? title : "",
-                                 .x_label = "frequency [Hz]",
-                                 .y_label = label_of(spectra.names[i], options.scale),
-                                 .curves = {envelope.curve("", 1 / spacing)},
-                                 .x_lowest = 0,
-                                 .x_highest = spectra.columns[0].back()});
-    }
-    remark_on_channels_left_out(channels);
-    return figure;
+SpectrumRequest request_of(const Options &options) {
+    SpectrumRequest request = options.request;
+    request.averaging = averaging_of(options.averaging);
+    const bool leaks = request.averaging || request.peaks || !request.bands.empty();
+    if (leaks && !request.spectrum.window_chosen) request.spectrum.window.kind = wkHanning;
+    return request;
 }
 
 void run(const Options &options) {
-    remark_on(options.spectrum.window);
-    Record record = read_signals(options.files.input);
-    const SpectrumLayout layout = layout_for(record.length());
-    remark_on_length(layout, record.length());
-    const NumberTable spectra = spectra_of(record, options.spectrum);
+    const SpectrumRequest request = request_of(options);
+    check_axis(options.files.plot);
+    remark_on(request.spectrum.window);
+    const SpectrumReport report = spectra_of(read_signals(options.files.input), request);
+    remark_on_length(report);
     Output out(data_file(options.files.plot, options.files.output));
-    write_csv(spectra, out);
+    if (options.json)
+        print_json(report, out);
+    else
+        print_csv(report, out);
     out.commit();
-    if (options.files.plot.wanted())
-        draw(figure_of(spectra, layout.frequency(1, record.rate), options.spectrum, options.files.plot),
-             options.files.plot);
+    if (options.files.plot.wanted()) draw(figure_of(report, options.files.plot), options.files.plot);
+}
+
+void add_selection(const Command &app, SpectrumRequest &request) {
+    app.add_option(
+           "--bands", [&request](const std::string &list) { request.bands = parse_bands("--bands", list); },
+           "instead of the spectrum the rms in these bands, such as 10Hz-45Hz,45Hz-55Hz")
+        .type_name("F-F,...");
+    const auto take_peaks = [&request](int peaks) {
+        if (peaks < 1 || peaks > kMostPeaks)
+            reject_option("--peaks", fmt::format("{} must lie between 1 and {}", peaks, kMostPeaks));
+        request.peaks = peaks;
+    };
+    add_count(app, "--peaks", std::function<void(int)>(take_peaks),
+              "instead of the spectrum its N highest peaks, by interpolation between the bins")
+        .excludes({"--bands"});
+    add_quantity(app, "--from", request.from, kHertz, "lowest frequency in table, peaks and picture");
+    add_quantity(app, "--to", request.to, kHertz, "highest frequency in table, peaks and picture");
 }
 
 }  // namespace
 
 void add_spectrum(const Command &program) {
     const auto options = std::make_shared<Options>();
-    const Command app = program.add_command("spectrum", "amplitudes over frequency", kExamples);
-    add_rate(app, options->files.input.rate, "sampling rate in Hz; default from the column of times or the WAV");
-    add_spectrum_options(app, options->spectrum);
+    const Command app =
+        program.add_command("spectrum", "amplitudes or densities over frequency, peaks, rms in bands", kExamples);
+    add_rate(app, options->files.input.rate, "sampling rate in Hz; default from the column of times or the sound");
+    add_spectrum_options(app, options->request.spectrum, "hanning with --average, --bands and --peaks, else rectangle");
+    add_density(app, options->request.spectrum);
+    add_averaging(app, options->averaging);
+    add_selection(app, options->request);
+    app.add_flag("--json", options->json, "print JSON instead of a table");
     add_files(app, options->files);
+    add_axis_option(app, options->files.plot);
     app.callback([options] { run(*options); });
 }
 

@@ -117,7 +117,7 @@ void add_tone(const Command &program) {
         .type_name("... [FILE]")
         .required();
     add_rate(app, options->input.rate, "sampling rate in Hz; default from the column of times or the WAV");
-    add_spectrum_options(app, options->spectrum);
+    add_spectrum_options(app, options->spectrum, "rectangle, which changes nothing");
     app.add_flag("--json", options->json, "print the amplitudes as JSON; null stands for minus infinity");
     add_reading(app, options->input);
     add_output(app, options->output);

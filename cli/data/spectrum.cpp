@@ -2,36 +2,28 @@
 
 #include <mensura/spectral.h>
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <numbers>
 #include <numeric>
 #include <utility>
 
+#include "cli/app/diagnostics.h"
 #include "cli/data/transform.h"
 
 namespace cli {
 
 namespace {
 
-constexpr std::size_t kLongestFFT = 1048576;
+constexpr std::size_t kLongestFFT = 1048576, kShortestFFT = 8;
 constexpr std::size_t kLongestSum = 32768;  // of RealSigDFT, whose time grows as its square: a second or so
+constexpr std::size_t kMostModuli = std::size_t{1} << 28;  // numbers kept for medians: 2 GiB
 
 void remove_mean(std::vector<double> &samples) {
     const long double sum = std::accumulate(samples.begin(), samples.end(), 0.0L);
     const double mean = static_cast<double>(sum / static_cast<long double>(samples.size()));
     for (double &sample : samples) sample -= mean;
-}
-
-void multiply(std::vector<double> &samples, const std::vector<double> &weights) {
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] *= weights[i];
-}
-
-// |sum x[t] exp(-2 pi i k t / n)| / n for every bin k of n points.
-std::vector<double> moduli(std::vector<double> samples, std::size_t points) {
-    samples.resize(points);
-    Bins bins = forward_transform(samples);
-    bins.re.resize(points / 2 + 1);
-    for (std::size_t k = 0; k < bins.re.size(); ++k) bins.re[k] = std::hypot(bins.re[k], bins.im[k]);
-    return std::move(bins.re);
 }
 
 // |sum x[t] exp(-i pi f t)|.  Goertzel is the faster way, but it loses digits near 0 and Nyquist, and where it finds
@@ -44,36 +36,147 @@ double modulus_at(const std::vector<double> &samples, double f) {
     return goertzel > kNothing ? goertzel : SingleFreqDFT(samples.data(), n, f);
 }
 
+std::size_t points_for(std::size_t samples) {
+    return samples <= kLongestSum ? samples : static_cast<std::size_t>(RequiredFFTSize(static_cast<int>(samples)));
+}
+
+std::size_t segments_in(std::size_t samples, const SpectrumLayout &layout) {
+    return samples < layout.samples ? 0 : 1 + (samples - layout.samples) / layout.step;
+}
+
+// The longest power of two of which, with half of each overlapped, eight segments fit into the record.
+std::size_t usual_segment(std::size_t samples) {
+    const std::size_t most = std::clamp(2 * samples / 9, kShortestFFT, kLongestFFT);
+    return std::min(std::bit_floor(most), samples);
+}
+
+// The expected median of n powers of noise over their mean, which it approaches ln 2 times: with m = (n - 1) / 2
+//     1 + sum (1 / (2i + 1) - 1 / 2i), i = 1 .. m     (Allen et al., Phys. Rev. D 85, 122006, 2012, appendix B)
+double median_bias(std::size_t n) {
+    double bias = 1;
+    for (std::size_t i = 1; i <= (n - 1) / 2; ++i) {
+        const double twice = 2 * static_cast<double>(i);
+        bias += 1 / (twice + 1) - 1 / twice;
+    }
+    return bias;
+}
+
+// The square root of the mean of the squares, and of their median without its bias.
+double rms(std::span<const double> values) {
+    double sum = 0;
+    for (const double value : values) sum = std::hypot(sum, value);
+    return sum / std::sqrt(static_cast<double>(values.size()));
+}
+
+double root_of_median(std::span<double> values) {
+    const std::size_t half = values.size() / 2;
+    std::ranges::nth_element(values, values.begin() + static_cast<std::ptrdiff_t>(half));
+    double median = values[half];
+    if (values.size() % 2 == 0)
+        median = std::hypot(median, *std::ranges::max_element(values.first(half))) * std::numbers::sqrt2 / 2;
+    return median / std::sqrt(median_bias(values.size()));
+}
+
 }  // namespace
 
 SpectrumLayout layout_for(std::size_t samples) {
     const std::size_t parts = (samples + kLongestFFT - 1) / kLongestFFT, length = samples / parts;
-    if (length <= kLongestSum) return {parts, length, length};
-    return {parts, length, static_cast<std::size_t>(RequiredFFTSize(static_cast<int>(length)))};
+    return {length, points_for(length)};
 }
 
-std::vector<double> amplitude_spectrum(std::vector<double> samples, const Window &window, bool no_mean) {
-    if (no_mean) remove_mean(samples);
-    const SpectrumLayout layout = layout_for(samples.size());
-    const std::vector<double> weights = weights_of(window, layout.samples, true);
-    const auto length = static_cast<std::ptrdiff_t>(layout.samples);
-    std::vector<double> amplitudes(layout.bins());
-    for (auto part = samples.begin(); samples.end() - part >= length; part += length) {
-        std::vector<double> block(part, part + length);
-        multiply(block, weights);
-        const std::vector<double> bins = moduli(std::move(block), layout.points);
-        for (std::size_t k = 0; k < bins.size(); ++k) amplitudes[k] = std::hypot(amplitudes[k], bins[k]);
+SpectrumLayout layout_of(std::size_t segment, double overlap) {
+    const auto overlapped = static_cast<std::size_t>(overlap * static_cast<double>(segment) / 100);
+    return {segment, points_for(segment), segment - overlapped};
+}
+
+SpectrumLayout layout_for(std::size_t samples, const Averaging &averaging) {
+    const std::size_t segment =
+        averaging.segment ? static_cast<std::size_t>(*averaging.segment) : usual_segment(samples);
+    if (segment > samples) reject("--segment {}: {} samples in a row are all that there is", segment, samples);
+    return layout_of(segment, averaging.overlap);
+}
+
+// Of weights with a mean of 1: sum w^2 / (sum w)^2.
+double noise_bandwidth(const Window &window, std::size_t samples) {
+    const std::vector<double> weights = weights_of(window, samples, true);
+    const auto n = static_cast<double>(samples);
+    return std::inner_product(weights.begin(), weights.end(), weights.begin(), 0.0) / (n * n);
+}
+
+void prepare(std::vector<double> &segment, const std::vector<double> &weights, bool no_mean) {
+    if (no_mean) remove_mean(segment);
+    for (std::size_t i = 0; i < segment.size(); ++i) segment[i] *= weights[i];
+}
+
+std::vector<double> moduli(std::vector<double> segment, std::size_t points) {
+    segment.resize(points);
+    Bins bins = forward_transform(segment);
+    bins.re.resize(points / 2 + 1);
+    for (std::size_t k = 0; k < bins.re.size(); ++k) bins.re[k] = std::hypot(bins.re[k], bins.im[k]);
+    return std::move(bins.re);
+}
+
+Segments::Segments(const Pieces &pieces, const SpectrumLayout &layout, const Window &window, bool no_mean, bool median)
+    : layout_(layout),
+      window_(window),
+      weights_(weights_of(window, layout.samples, true)),
+      no_mean_(no_mean),
+      median_(median) {
+    for (const std::span<const double> piece : pieces)
+        for (std::size_t i = 0, count = segments_in(piece.size(), layout); i < count; ++i)
+            starts_.push_back(piece.data() + i * layout.step);
+    if (median && count() > kMostModuli / layout.bins())
+        reject("the median of {} segments of {} samples takes too much memory; take their mean, or a lower --overlap",
+               count(), layout.samples);
+}
+
+std::vector<double> Segments::prepared(std::size_t segment) const {
+    std::vector<double> samples(starts_[segment], starts_[segment] + layout_.samples);
+    prepare(samples, weights_, no_mean_);
+    return samples;
+}
+
+std::vector<double> Segments::mean_powers() const {
+    std::vector<double> sums(layout_.bins());
+    for (std::size_t i = 0; i < starts_.size(); ++i) {
+        const std::vector<double> bins = moduli(prepared(i), layout_.points);
+        for (std::size_t k = 0; k < sums.size(); ++k) sums[k] = std::hypot(sums[k], bins[k]);
     }
-    const double padding = static_cast<double>(layout.points) / static_cast<double>(layout.samples);
-    const double scale = padding / std::sqrt(static_cast<double>(layout.parts));
-    for (std::size_t k = 0; k < amplitudes.size(); ++k) amplitudes[k] *= layout.mirrored(k) ? 2 * scale : scale;
-    return amplitudes;
+    for (double &sum : sums) sum /= std::sqrt(static_cast<double>(starts_.size()));
+    return sums;
+}
+
+std::vector<double> Segments::median_powers() const {
+    const std::size_t n = count();
+    std::vector<double> all(layout_.bins() * n), roots(layout_.bins());
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::vector<double> bins = moduli(prepared(i), layout_.points);
+        for (std::size_t k = 0; k < bins.size(); ++k) all[k * n + i] = bins[k];
+    }
+    for (std::size_t k = 0; k < roots.size(); ++k) roots[k] = root_of_median(std::span(all).subspan(k * n, n));
+    return roots;
+}
+
+std::vector<double> Segments::amplitudes() const {
+    std::vector<double> bins = median_ ? median_powers() : mean_powers();
+    const double padding = static_cast<double>(layout_.points) / static_cast<double>(layout_.samples);
+    for (std::size_t k = 0; k < bins.size(); ++k) bins[k] *= layout_.mirrored(k) ? 2 * padding : padding;
+    return bins;
+}
+
+double Segments::amplitude_at(double frequency) const {
+    std::vector<double> moduli(starts_.size());
+    for (std::size_t i = 0; i < starts_.size(); ++i) moduli[i] = modulus_at(prepared(i), 2 * frequency);
+    return 2 * (median_ ? root_of_median(moduli) : rms(moduli)) / static_cast<double>(layout_.samples);
+}
+
+std::vector<double> amplitude_spectrum(const std::vector<double> &samples, const Window &window, bool no_mean) {
+    return Segments({samples}, layout_for(samples.size()), window, no_mean).amplitudes();
 }
 
 std::vector<double> amplitudes_at(const std::vector<double> &frequencies, double rate, std::vector<double> samples,
                                   const Window &window, bool no_mean) {
-    if (no_mean) remove_mean(samples);
-    multiply(samples, weights_of(window, samples.size(), true));
+    prepare(samples, weights_of(window, samples.size(), true), no_mean);
     std::vector<double> amplitudes;
     for (const double frequency : frequencies) {
         const bool mirrored = frequency > 0 && frequency < 0.5 * rate;
@@ -83,9 +186,16 @@ std::vector<double> amplitudes_at(const std::vector<double> &frequencies, double
     return amplitudes;
 }
 
-double scaled(double amplitude, bool mirrored, Scale scale) {
-    if (scale == Scale::Decibel) return 20 * std::log10(amplitude);
-    if (scale == Scale::Power) return amplitude * amplitude * (mirrored ? 0.5 : 1);
+double scaled(double amplitude, bool mirrored, Scale scale, double bandwidth) {
+    const double power = amplitude * amplitude * (mirrored ? 0.5 : 1);
+    switch (scale) {
+        case Scale::Amplitude: break;
+        case Scale::Power: return power;
+        case Scale::Density: return power / bandwidth;
+        case Scale::Decibel: return 20 * std::log10(amplitude);
+        case Scale::DensityDecibel:  // in the amplitude, whose square may be 0 or infinite
+            return 20 * std::log10(amplitude) - 10 * std::log10(bandwidth * (mirrored ? 2 : 1));
+    }
     return amplitude;
 }
 
