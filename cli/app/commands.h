@@ -10,6 +10,7 @@ void add_filter(const Command &program);
 void add_decimate(const Command &program);
 void add_spectrum(const Command &program);
 void add_tone(const Command &program);
+void add_stats(const Command &program);
 void add_window(const Command &program);
 void add_smooth(const Command &program);
 void add_derive(const Command &program);

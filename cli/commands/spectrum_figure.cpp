@@ -12,7 +12,7 @@ namespace cli {
 namespace {
 
 constexpr double kDepthOfPicture = 200;  // dB below the highest bin; anything lower is rounding
-constexpr std::size_t kMostLabels = 10;
+constexpr double kRoomForLabel = 0.12;   // of the axis
 
 std::string label_of(const std::string &name, Scale scale) {
     switch (scale) {
@@ -54,13 +54,18 @@ Curve curve_of(const ChannelSpectrum &channel, const SpectrumReport &report, con
     return bounded_curve("", report.frequencies, values, plot, plot.logarithmic(false));
 }
 
-std::vector<Label> labels_of(const ChannelSpectrum &channel, const SpectrumReport &report) {
+// Of the peaks, the highest first, those that are not beside one which has a label.
+std::vector<Label> labels_of(const ChannelSpectrum &channel, const SpectrumReport &report, bool logarithmic) {
+    const auto place = [logarithmic](double x) { return logarithmic ? std::log(x) : x; };
+    const double range = place(report.frequencies.back()) - place(lowest_of(report, logarithmic));
     std::vector<Label> labels;
-    for (std::size_t i = 0; i < std::min(channel.peaks.size(), kMostLabels); ++i) {
-        const Peak &peak = channel.peaks[i];
-        labels.push_back({peak.frequency,
-                          scaled(peak.amplitude, true, report.request.spectrum.scale, report.noise_bandwidth),
-                          fmt::format("{:.6g} Hz", peak.frequency)});
+    for (const Peak &peak : channel.peaks) {
+        const auto beside = [&](const Label &label) {
+            return std::abs(place(label.x) - place(peak.frequency)) < kRoomForLabel * range;
+        };
+        if (std::ranges::any_of(labels, beside)) continue;
+        const double height = scaled(peak.amplitude, true, report.request.spectrum.scale, report.noise_bandwidth);
+        labels.push_back({peak.frequency, height, fmt::format("{:.5g} Hz", peak.frequency)});
     }
     return labels;
 }
@@ -77,7 +82,7 @@ Figure figure_of(const SpectrumReport &report, const PlotOptions &plot) {
                                  .x_label = "frequency [Hz]",
                                  .y_label = label_of(channel.name, report.request.spectrum.scale),
                                  .curves = {curve_of(channel, report, plot)},
-                                 .labels = labels_of(channel, report),
+                                 .labels = labels_of(channel, report, logarithmic),
                                  .logarithmic = logarithmic,
                                  .x_lowest = lowest_of(report, logarithmic),
                                  .x_highest = report.request.to.value_or(report.frequencies.back())});

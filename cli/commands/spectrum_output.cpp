@@ -11,17 +11,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-const char *name_of(Scale scale) {
-    switch (scale) {
-        case Scale::Amplitude: break;
-        case Scale::Power: return "mean_square";
-        case Scale::Density: return "density_per_Hz";
-        case Scale::Decibel: return "level_dB";
-        case Scale::DensityDecibel: return "density_dB";
-    }
-    return "amplitude";
-}
-
 void write_named(const std::string &name, std::initializer_list<double> numbers, Output &out) {
     out.write(cell_text(name, ',') + ',');
     write_row(numbers, out);
@@ -70,7 +59,7 @@ ordered_json channel_json(const ChannelSpectrum &channel, const SpectrumRequest 
     else if (!request.bands.empty())
         json["bands"] = bands_json(request.bands, channel.rms);
     else
-        json[name_of(request.spectrum.scale)] = channel.values;
+        json[key_of(request.spectrum.scale)] = channel.values;
     return json;
 }
 
@@ -94,7 +83,7 @@ void print_json(const SpectrumReport &report, Output &out) {
                           {"average", request.averaging && request.averaging->median ? "median" : "mean"}};
     if (!request.peaks && request.bands.empty()) document["frequency_Hz"] = report.frequencies;
     for (const ChannelSpectrum &channel : report.channels)
-        document["channels"].push_back(channel_json(channel, request));
+        document["columns"].push_back(channel_json(channel, request));
     write_json(document, out);
 }
 

@@ -110,7 +110,7 @@ void print_json(const std::vector<Described> &channels, Output &out) {
         for (const Quantity &figure : kFigures) json[figure.name] = (one.statistics.*figure.value)();
         list.push_back(json);
     }
-    write_json({{"channels", list}}, out);
+    write_json({{"columns", list}}, out);
 }
 
 void run(const Options &options) {

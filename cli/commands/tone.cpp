@@ -70,15 +70,6 @@ NumberTable tones_of(Record record, const std::vector<double> &frequencies, cons
     return table;
 }
 
-const char *key_of(Scale scale) {
-    switch (scale) {
-        case Scale::Amplitude: return "amplitude";
-        case Scale::Power: return "power";
-        case Scale::Decibel: return "amplitude_dB";
-    }
-    return "";
-}
-
 void print_json(const NumberTable &tones, double rate, const SpectrumOptions &options, Output &out) {
     using nlohmann::ordered_json;
     ordered_json columns = ordered_json::array();

@@ -26,12 +26,13 @@ class SideLobes {
         scale_ = static_cast<double>(points) / static_cast<double>(length);
     }
     double at(double bins) const {
-        const auto k = static_cast<std::size_t>(std::max(bins, 0.0) * scale_);
+        const auto k = static_cast<std::size_t>(std::max(bins - kNearer, 0.0) * scale_);
         return scale_ * bound_[std::min(k, bound_.size() - 1)];
     }
 
   private:
     static constexpr std::size_t kFineness = 16;  // values for each bin
+    static constexpr double kNearer = 0.1;        // bins by which a line may lie elsewhere than was found
     std::vector<double> bound_;
     double scale_;
 };

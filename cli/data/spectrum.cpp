@@ -79,6 +79,17 @@ double root_of_median(std::span<double> values) {
 
 }  // namespace
 
+const char *key_of(Scale scale) {
+    switch (scale) {
+        case Scale::Amplitude: break;
+        case Scale::Power: return "power";
+        case Scale::Density: return "density_per_Hz";
+        case Scale::Decibel: return "amplitude_dB";
+        case Scale::DensityDecibel: return "density_dB";
+    }
+    return "amplitude";
+}
+
 SpectrumLayout layout_for(std::size_t samples) {
     const std::size_t parts = (samples + kLongestFFT - 1) / kLongestFFT, length = samples / parts;
     return {length, points_for(length)};

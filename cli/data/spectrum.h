@@ -19,6 +19,8 @@ enum class Scale {
     DensityDecibel  // 10 log10 of the density
 };
 
+const char *key_of(Scale scale);  // in JSON
+
 struct SpectrumOptions {
     Window window = {};
     bool window_chosen = false;

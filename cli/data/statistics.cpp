@@ -13,16 +13,18 @@ void Statistics::add(double sample) {
     ++count_;
     lowest_ = std::fmin(lowest_, sample);
     highest_ = std::fmax(highest_, sample);
-    const long double off = sample - mean_;
+    if (count_ == 1) first_ = sample;
+    const long double x = sample - first_, off = x - mean_;
     mean_ += off / static_cast<long double>(count_);
-    squares_ += off * (sample - mean_);
+    squares_ += off * (x - mean_);
 }
 
-double Statistics::mean() const { return count_ > 0 ? static_cast<double>(mean_) : kNone; }
+double Statistics::mean() const { return count_ > 0 ? static_cast<double>(first_ + mean_) : kNone; }
 
 double Statistics::rms() const {
     if (count_ == 0) return kNone;
-    return static_cast<double>(std::sqrt(mean_ * mean_ + squares_ / static_cast<long double>(count_)));
+    const long double mean = first_ + mean_;
+    return static_cast<double>(std::sqrt(mean * mean + squares_ / static_cast<long double>(count_)));
 }
 
 double Statistics::standard_deviation() const {
