@@ -8,6 +8,7 @@
 
 #include "cli/app/commands.h"
 #include "cli/app/names.h"
+#include "cli/app/options.h"
 #include "cli/files/output.h"
 
 namespace cli {
@@ -33,7 +34,8 @@ std::string brief(const std::string &help) { return help.substr(0, std::min(help
 
 // What may stand there: words, "FILE" for files, or "", which is known to the user alone.
 std::string choices(const OptionFacts &option) {
-    return option.words.empty() ? option.takes_file() ? "FILE" : "" : blank_separated(option.words);
+    if (!option.words.empty()) return blank_separated(option.words);
+    return option.takes_file() ? "FILE" : "";
 }
 
 // ---- bash ------------------------------------------------------------------------------------------------------------
@@ -245,24 +247,33 @@ std::string fish_script(const CommandFacts &program, const std::vector<CommandFa
     return script;
 }
 
+using Script = std::string (*)(const CommandFacts &program, const std::vector<CommandFacts> &commands);
+
 struct Shell {
     const char *name;
-    std::string (*script)(const CommandFacts &program, const std::vector<CommandFacts> &commands);
+    Script script;
 };
 constexpr Shell kShells[] = {{"bash", bash_script}, {"zsh", zsh_script}, {"fish", fish_script}};
+
+struct Options {
+    Script script = nullptr;
+    std::string output;
+};
 
 }  // namespace
 
 void add_completion(const Command &program) {
-    const auto shell = std::make_shared<Shell>();
+    const auto options = std::make_shared<Options>();
     const Command app =
         program.add_command("completion", "print a script by which a shell completes mensura", kExamples);
     add_choice(
-        app, "SHELL", kShells, &Shell::name, [shell](const Shell &chosen) { *shell = chosen; }, "one of {}")
+        app, "SHELL", kShells, &Shell::name, [options](const Shell &shell) { options->script = shell.script; },
+        "one of {}")
         .required();
-    app.callback([shell, program] {
-        Output out("");
-        out.write(shell->script(program.facts(), program.commands()));
+    add_output(app, options->output);
+    app.callback([options, program] {
+        Output out(options->output);
+        out.write(options->script(program.facts(), program.commands()));
         out.commit();
     });
 }
