@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -48,6 +49,7 @@ std::string last_line_of(int descriptor) {
     dup2(picture, STDOUT_FILENO);
     dup2(messages, STDERR_FILENO);
     std::signal(SIGPIPE, SIG_DFL);
+    unsetenv("GNUTERM");  // the script names its terminal, and gnuplot fails where it does not know this one
     execlp("gnuplot", "gnuplot", "--default-settings", "-", nullptr);
     _exit(kNotFound);
 }

@@ -81,3 +81,12 @@ TEST_F(CommandLine, json_takes_silence_and_names_in_latin_1) {
     ASSERT_EQ(run("tone .25 .5 --rate 1 --db x.csv"), 0);
     EXPECT_EQ(columns[1]["tones"][0]["amplitude_dB"], rows(out)[0].back());
 }
+
+TEST_F(CommandLine, pictures_depend_on_no_setting_of_gnuplot) {
+    write("x.csv", "1\n2\n0\n");
+    write(".gnuplot", "system 'touch ran'\n");
+    EXPECT_EQ(shell("HOME=. GNUPLOT_LIB=. GNUTERM='x; system \"touch ran\"' $M " + kLowpass + "x.csv --plot=y.svg"), 0)
+        << err;
+    EXPECT_EQ(shell("env -i PATH=\"$PATH\" \"$M\" " + kLowpass + "x.csv --plot=z.svg; cmp y.svg z.svg"), 0) << err;
+    EXPECT_FALSE(std::filesystem::exists("ran"));
+}
