@@ -58,6 +58,7 @@ void fuzz::test(Input &input) {
     const std::size_t common = std::min({pieces.text.size(), whole.text.size(), kEnough});
     check(pieces.text.compare(0, common, whole.text, 0, common) == 0);
     if (common == kEnough) return;
-    check(pieces.refused == whole.refused && pieces.text.size() == whole.text.size());
-    if (!whole.refused) check(rest(bytes) == whole.text);
+    check(pieces.refused == whole.refused);
+    if (whole.refused) return;  // of the block that is refused, libzstd drops only what came in the same piece
+    check(pieces.text.size() == whole.text.size() && rest(bytes) == whole.text);
 }
