@@ -12,7 +12,7 @@ if(MENSURA_PYTHON AND BUILD_SHARED_LIBS)
 
     function(mensura_add_pages target comment)
         add_custom_target(${target} COMMAND ${MENSURA_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/measure ${ARGN}
-            DEPENDS mensura mensura_pages USES_TERMINAL COMMENT ${comment} VERBATIM)
+            DEPENDS mensura mensura_pages $<TARGET_NAME_IF_EXISTS:mensura_cli> USES_TERMINAL COMMENT ${comment} VERBATIM)
     endfunction()
     mensura_add_pages(pages "Making the pages of docs" $<TARGET_FILE:mensura>)
     mensura_add_pages(docs-check "Comparing the pages of docs with what is measured" --check $<TARGET_FILE:mensura>)

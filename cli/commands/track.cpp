@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <numbers>
 #include <optional>
 #include <span>
 #include <string>
@@ -47,15 +48,19 @@ struct Options {
 // The estimates of a row, one for each column that is tracked.
 using RowOfEstimates = std::vector<Estimate>;
 
-// The estimated position has -3 dB at f where qaa dt^4 / r = (f / (0.44 rate))^6, as long as f is far below the rate.
+// The smoothed position has the gain 1 / (1 + (2 sin(pi f / rate))^6 r / (qaa dt^4)): the spectrum of a position whose third
+// difference is white, over that of the measurement.  The estimated position has -3 dB at f where
+// qaa dt^4 / r = (f / (0.44 rate))^6, as long as f is far below the rate.
 double qaa_of(const Options &options, double rate) {
     constexpr double kHalfPower = 0.44, kFarBelow = 25;
     if (!options.bandwidth) return *options.qaa;
-    const double f = *options.bandwidth;
+    const double f = *options.bandwidth, per_q = options.r * std::pow(rate, 4);
     if (f >= 0.5 * rate) reject("--bandwidth {} Hz is not below half the rate, {} Hz", f, 0.5 * rate);
+    if (options.smooth)
+        return std::pow(2 * std::sin(std::numbers::pi * f / rate), 6) / (std::numbers::sqrt2 - 1) * per_q;
     if (f > rate / kFarBelow)
         remark("--bandwidth {} Hz is above a {}th of the rate: the real -3 dB frequency is lower", f, kFarBelow);
-    return std::pow(f / (kHalfPower * rate), 6) * options.r * std::pow(rate, 4);
+    return std::pow(f / (kHalfPower * rate), 6) * per_q;
 }
 
 // The gain of the first update is 1 - r / v, v being the variance of the position that was predicted for it: rounding
@@ -63,7 +68,7 @@ double qaa_of(const Options &options, double rate) {
 TrackingModel model_of(const Options &options, double rate) {
     const TrackingModel model = {1 / rate, qaa_of(options, rate), options.r, options.p.value_or(1e4 * options.r)};
     const double v = model.p * (1 + model.dt * (2 + 1e5 * model.dt));  // A P A^T of getKalmanFilterP
-    if (v > 1e12 * model.r && !options.smooth)  // a smoother checks itself
+    if (v > 1e12 * model.r && !options.smooth)                         // a smoother checks itself
         remark("--p {} makes the first velocity so uncertain that the estimates lose digits; choose a smaller one{}",
                model.p, model.dt > 1 ? ", or --rate 1Hz, which counts time in rows" : "");
     return model;
@@ -269,8 +274,9 @@ void add_track(const Command &program) {
     add_quantity(app, "--q", options->qaa, kPlain,
                  "mean square change of the acceleration from row to row, in the unit of the column squared per s^4")
         .type_name("QAA");
-    add_quantity(app, "--bandwidth", options->bandwidth, kHertz,
-                 "instead of --q: where the estimated position has -3 dB, in Hz, up to a 25th of the rate")
+    add_quantity(
+        app, "--bandwidth", options->bandwidth, kHertz,
+        "instead of --q: where the estimated position has -3 dB, in Hz; up to a 25th of the rate unless --smooth")
         .excludes({"--q"});
     add_quantity(app, "--r", options->r, kPlain,
                  "variance of a measured position, in the unit of the column squared; above 1e-12")

@@ -32,7 +32,8 @@ except ImportError as missing:
 from binding import load
 from figures import FILTERS, Untrue
 
-OPTIONAL = {"numpy": "python3-numpy", "scipy": "python3-scipy", "mpmath": "python3-mpmath"}  # what some pages need
+OPTIONAL = {"numpy": "python3-numpy", "scipy": "python3-scipy", "mpmath": "python3-mpmath",
+            "mensura": "the companion, -DMENSURA_BUILD_CLI=ON"}  # what some pages need
 MODULES = {"numbers": "reproducibility"}  # Python has a module numbers of its own
 # Pages whose numbers depend on the processor: by its matrices and references, by its x87 logarithms and powers.  Only
 # their text is checked.

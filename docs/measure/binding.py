@@ -217,6 +217,14 @@ def load(path):
     return declare(library, CALLS)
 
 
+def companion(library):
+    """The path of the program `mensura` of the same build."""
+    program = pathlib.Path(library._name).resolve().parent / "cli/mensura"
+    if not program.exists():
+        raise ModuleNotFoundError(f"no {program}", name="mensura")
+    return program
+
+
 class Refused(ValueError):
     """A call of mensura/sos.h that returned a negative code."""
 

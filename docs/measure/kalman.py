@@ -1,11 +1,16 @@
 """What the tracking model does for a given Q, R and P."""
 
 import math
+import random
+import statistics
+import subprocess
 
-from binding import KalmanFilter, doubles
+from binding import KalmanFilter, companion, doubles
+from figures import require
 
 UPDATES = 4000  # at q = 1e-12, the slowest, what is left of the start falls by a factor e every 200 updates
 RATIOS = (1e-12, 1e-10, 1e-8, 1e-6, 1e-4, 1e-2, 1.0)  # q = qaa dt^4 / r
+DRIVE_RATE, DRIVE_NOISE, DRIVE_BANDWIDTHS = 10.0, 2.0, (0.1, 0.2, 0.4, 0.8, 1.6)  # Hz, m, Hz
 
 
 class Tracker:
@@ -80,11 +85,61 @@ def updates_done(library, r):
     return 1000
 
 
+def tracked(program, positions, *options, rate=1.0):
+    """Rows of position, velocity and acceleration by `mensura track`."""
+    table = "x\n" + "".join(f"{x!r}\n" for x in positions)
+    command = [program, "track", "--rate", f"{rate:g}", *options]
+    rows = subprocess.run(command, input=table, capture_output=True, text=True, check=True).stdout.splitlines()
+    return [tuple(map(float, row.split()[1:])) for row in rows[1:]]
+
+
+def smoothed_response(program, q):
+    """A row of the table of smoothed estimates: an impulse in the middle of a record."""
+    impulse = tracked(program, [float(t == UPDATES) for t in range(2 * UPDATES)], "--smooth", "--q", repr(q), "--r", "1")
+    half_power = math.asin(((math.sqrt(2) - 1) * q) ** (1 / 6) / 2) / math.pi
+    gain = sum(x[0] * math.cos(2 * math.pi * half_power * (t - UPDATES)) for t, x in enumerate(impulse))
+    require(abs(gain - math.sqrt(0.5)) < 1e-6, f"a smoothed position has -3 dB at {half_power} fs, q = {q}")
+    return {"q": q, "half_power": half_power, "noise": [math.hypot(*(x[i] for x in impulse)) for i in range(3)]}
+
+
+def drive():
+    """A car that starts, brakes, goes on and stops: true (position, velocity) in m and m/s, and measured positions."""
+    dt, noise = 1 / DRIVE_RATE, random.Random(1)
+    truth, x, v = [], 0.0, 0.0
+    for seconds, a in ((5, 0.0), (10, 2.0), (10, 0.0), (5, -2.0), (15, 0.0), (4, -2.5), (6, 0.0)):  # m/s^2
+        for _ in range(round(seconds * DRIVE_RATE)):
+            truth.append((x, v))
+            x, v = x + v * dt + a * dt * dt / 2, v + a * dt
+    return truth, [round(x + noise.gauss(0, DRIVE_NOISE), 3) for x, _ in truth]
+
+
+def driven(program, bandwidth):
+    """A row of the table of the drive: rms errors of position and velocity from 5 s on, filtered and smoothed."""
+    truth, measured = drive()
+    model = ("--bandwidth", f"{bandwidth:g}", "--r", f"{DRIVE_NOISE**2:g}")
+    errors = []
+    for options in ((), ("--smooth",)):
+        estimates = tracked(program, measured, *model, *options, rate=DRIVE_RATE)
+        pairs = list(zip(estimates, truth))[round(5 * DRIVE_RATE) :]
+        errors += [math.sqrt(statistics.fmean((x[i] - true[i]) ** 2 for x, true in pairs)) for i in range(2)]
+    return bandwidth, errors
+
+
+def drives(program):
+    table = [driven(program, bandwidth) for bandwidth in DRIVE_BANDWIDTHS]
+    best = [min(errors[i] for _, errors in table) for i in range(4)]
+    require(best[0] > 2 * best[2] and best[1] > 5 * best[3], "smoothed, the position is twice as good, the velocity five times")
+    return table
+
+
 def names(library):
     end = UPDATES - 1
     steady, turn = follow(library, 1e-4, float)[-1], follow(library, 1e-4, accelerated)[-1]
     with_term = follow(library, 1e-4, accelerated, 0.5)[-1]
+    program = companion(library)
     return {
+        "smoothed": [smoothed_response(program, q) for q in RATIOS],
+        "drives": drives(program),
         "responses": [response(library, q) for q in RATIOS],
         "lag_of_velocity": abs(steady[0] - end),
         "lag_of_acceleration": abs(turn[0] - accelerated(end)),
