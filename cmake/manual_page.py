@@ -70,7 +70,7 @@ def sections(text):
         elif token.type == "tr_close":
             if tokens[i - 1].type == "td_close":
                 yield f".TP\n.B {row[0]}\n{'; '.join(row[1:])}\n"
-            row = []
+            row, fresh = [], False
         elif token.type == "inline" and tokens[i - 1].type == "paragraph_open":
             yield sentences(words(token)) + "\n"
         elif token.type == "fence":
