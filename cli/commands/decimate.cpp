@@ -100,7 +100,7 @@ void report_on(const Options &options, const LowPass &filter, double rate) {
 int new_rate(const SoundReader &sound, int factor) {
     const int rate = sound.format().samplerate;
     if (rate % factor != 0)
-        reject("FACTOR {}: a WAV has a whole rate, and {} Hz / {} is {:.6g} Hz", factor, rate, factor,
+        reject("FACTOR {}: a sound has a whole rate, and {} Hz / {} is {:.6g} Hz", factor, rate, factor,
                static_cast<double>(rate) / factor);
     return rate / factor;
 }
@@ -155,8 +155,10 @@ void decimate_sound(const Options &options, const LowPass &filter, Source &sourc
     report_on(options, filter, sound.rate());
     Decimator decimator(options, filter.sections);
     std::vector<double> frames(kSoundFrames * sound.channels());
-    while (const std::size_t count = sound.read(frames))
+    while (const std::size_t count = sound.read(frames)) {
         result.write(decimator.run(std::span(frames).first(count), sound.channels()));
+        if (!sound.next_is_received()) result.flush();
+    }
     result.finish();
     out.commit();
 }

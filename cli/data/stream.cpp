@@ -61,6 +61,7 @@ void stream_sound(SoundReader &sound, const Files &files, FrameFilter &filter, c
         filter.run(block, sound.channels());
         comparison.add(before, block, sound.channels());
         result.write(block);
+        if (!sound.next_is_received()) result.flush();
     }
     result.finish();
     std::vector<std::string> names;

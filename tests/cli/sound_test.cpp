@@ -77,7 +77,7 @@ TEST_F(CommandLine, sound_is_decimated_like_a_table) {
         EXPECT_EQ(out.substr(24, 4), little_endian(1600, 4)) << "the rate";
         EXPECT_TRUE(out.ends_with(sound_of(three, y))) << option;
     }
-    expect_refused("decimate 7 x.wav", "FACTOR 7: a WAV has a whole rate, and 8000 Hz / 7 is 1142.86 Hz");
+    expect_refused("decimate 7 x.wav", "FACTOR 7: a sound has a whole rate, and 8000 Hz / 7 is 1142.86 Hz");
 }
 
 TEST_F(CommandLine, clipped_and_damaged_sound_is_reported) {
