@@ -13,6 +13,7 @@
 #include "cli/data/rewrite.h"
 #include "cli/data/sound.h"
 #include "cli/data/source.h"
+#include "cli/data/units.h"
 
 namespace cli {
 
@@ -36,7 +37,7 @@ void run(const Options &options) {
         const std::vector<double> x(piece.begin(), piece.end());
         central_difference(x.data(), piece.data(), static_cast<int>(x.size()), h);
     };
-    rewrite_record(record, options.files, change, "derivative, per second");
+    rewrite_record(record, options.files, change, "derivative over time", derivative_name);
 }
 
 }  // namespace

@@ -43,8 +43,10 @@ Record read_csv(Source &source, const InputOptions &input, Missing missing) {
         for (std::size_t i = 0; i < record.channels.size(); ++i) append(record.channels[i], table.values()[i], missing);
     }
     if (!input.rate && table.has_time()) record.rate = times.rate();
+    record.width = table.width();
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         record.channels[i].name = table.columns()[i].name;
+        record.channels[i].column = table.columns()[i].index;
         close(record.channels[i], missing);
     }
     return record;
@@ -63,11 +65,23 @@ Record read_sound(Source &source, const InputOptions &input, Missing missing) {
     return record;
 }
 
+// Those that hold numbers.
+std::vector<std::size_t> columns_of(const Record &record) {
+    std::vector<std::size_t> columns;
+    for (const Channel &channel : record.channels)
+        if (channel.has_numbers()) columns.push_back(channel.column);
+    return columns;
+}
+
 void write_table(const Record &record, Output &out, std::size_t every) {
     Source again(record.name, record.text);
     TableReader table(again, record.input);
     std::vector<double> row(record.channels.size());
     while (table.next()) {
+        if (table.kind() == LineKind::Header && record.rename) {
+            table.write_header(out, columns_of(record), record.width, record.rename);
+            continue;
+        }
         if (table.kind() != LineKind::Data) {
             table.write_line(out);
             continue;

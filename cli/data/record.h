@@ -22,6 +22,7 @@ struct Channel {
     std::string name = {};
     std::vector<double> samples = {};  // a missing one is replaced by the one before it, or by the first
     std::size_t missing = 0;
+    std::size_t column = 0;          // of a CSV: its index in the table
     std::vector<Piece> pieces = {};  // what holds numbers, in order: one unless the record is split at its holes
 
     bool has_numbers() const { return missing < samples.size(); }  // else a column of text, or an empty one
@@ -34,6 +35,8 @@ struct Record {
     std::shared_ptr<SoundReader> sound = {};  // null for a CSV
     std::string text = {};                    // of a CSV
     InputOptions input = {};                  // as it was read
+    std::size_t width = 0;                    // of a CSV: the columns of its table
+    Rename rename = {};                       // gives the columns of numbers new names in the header
 
     // Of a CSV with holes in its times that are filled: the sample that belongs to each row; empty: the row's number.
     std::vector<std::size_t> sample_of_row = {};

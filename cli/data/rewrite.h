@@ -12,6 +12,8 @@ namespace cli {
 
 // Changes every piece of every channel in place, writes the record and draws it before and after.
 using Change = std::function<void(const Channel &channel, std::span<double> piece)>;
-void rewrite_record(Record &record, const Files &files, const Change &change, const std::string &title);
+// `rename` gives the name of what a column then holds; it is drawn apart from the column, because its unit differs.
+void rewrite_record(Record &record, const Files &files, const Change &change, const std::string &title,
+                    const Rename &rename = {});
 
 }  // namespace cli

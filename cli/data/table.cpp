@@ -7,6 +7,7 @@
 
 #include "cli/app/diagnostics.h"
 #include "cli/app/number.h"
+#include "cli/data/csv.h"
 #include "cli/data/times.h"
 
 namespace cli {
@@ -231,6 +232,21 @@ void TableReader::write_row(Output &out, const std::vector<double> &numbers) con
         from = old.data() + old.size();
     }
     out.write({from, static_cast<std::size_t>(line_.text.data() + line_.text.size() - from)});
+    out.write(line_.end);
+}
+
+void TableReader::write_header(Output &out, const std::vector<std::size_t> &columns, std::size_t width,
+                               const Rename &rename) const {
+    const bool one_name = width == 1;  // also where it has blanks in it
+    const char *from = line_.text.data(), *const end = from + line_.text.size();
+    for (std::size_t i = 0; i < (one_name ? 1 : cells_.size()); ++i) {
+        if (std::ranges::find(columns, i) == columns.end()) continue;
+        const std::string_view cell = trimmed(one_name ? line_.text : cells_[i]);
+        out.write({from, static_cast<std::size_t>(cell.data() - from)});
+        out.write(cell_text(rename(name_in(cell)), one_name ? ',' : separator_));
+        from = cell.data() + cell.size();
+    }
+    out.write({from, static_cast<std::size_t>(end - from)});
     out.write(line_.end);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -25,6 +26,8 @@ struct Column {
     bool chosen = false;  // on the command line: then text is an error
 };
 
+using Rename = std::function<std::string(std::string_view name)>;
+
 enum class LineKind { Other, Header, Data };  // Other: comments and blank lines
 
 class TableReader {
@@ -39,6 +42,7 @@ class TableReader {
     const Line &line() const { return line_; }
     std::size_t rows() const { return rows_; }
     char separator() const { return separator_; }
+    std::size_t width() const { return width_; }
     // Known once the first row has been read.
     const std::vector<Column> &columns() const { return columns_; }
     // The row's numbers in the order of columns(): NaN where a cell is missing or its column is text.
@@ -51,6 +55,9 @@ class TableReader {
     // The row with new numbers in its cells; missing cells and text stay.
     void write_row(Output &out, const std::vector<double> &numbers) const;
     void write_line(Output &out) const;
+    // The header with new names for these columns, of a table with `width` columns.
+    void write_header(Output &out, const std::vector<std::size_t> &columns, std::size_t width,
+                      const Rename &rename) const;
     [[noreturn]] void reject_cell(std::size_t index) const;
 
   private:

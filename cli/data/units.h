@@ -1,0 +1,16 @@
+// Units in the names of columns.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace cli {
+
+// A unit divided by the second: "m" gives "m/s", "m/s" gives "m/s^2", none gives "1/s".
+std::string unit_per_second(std::string_view unit);
+
+// The name of a column's derivative over time: "x [m]" gives "x [m/s]", "ecg_mV" gives "ecg_mV/s"; a name without a unit, "speed",
+// gives "d(speed)/dt".  Brackets hold a unit whatever it is; parentheses, and what follows an underscore, where it is a known one.
+std::string derivative_name(std::string_view name);
+
+}  // namespace cli
