@@ -65,11 +65,12 @@ Record read_sound(Source &source, const InputOptions &input, Missing missing) {
     return record;
 }
 
-// Those that hold numbers.
+// Those that hold numbers, from left to right.
 std::vector<std::size_t> columns_of(const Record &record) {
     std::vector<std::size_t> columns;
     for (const Channel &channel : record.channels)
         if (channel.has_numbers()) columns.push_back(channel.column);
+    std::ranges::sort(columns);
     return columns;
 }
 

@@ -9,6 +9,7 @@
 #include "cli/data/input.h"
 #include "cli/data/sound.h"
 #include "cli/data/source.h"
+#include "cli/data/units.h"
 #include "cli/files/output.h"
 
 namespace cli {

@@ -237,14 +237,14 @@ void TableReader::write_row(Output &out, const std::vector<double> &numbers) con
 
 void TableReader::write_header(Output &out, const std::vector<std::size_t> &columns, std::size_t width,
                                const Rename &rename) const {
-    const bool one_name = width == 1;  // also where it has blanks in it
     const char *from = line_.text.data(), *const end = from + line_.text.size();
-    for (std::size_t i = 0; i < (one_name ? 1 : cells_.size()); ++i) {
-        if (std::ranges::find(columns, i) == columns.end()) continue;
-        const std::string_view cell = trimmed(one_name ? line_.text : cells_[i]);
-        out.write({from, static_cast<std::size_t>(cell.data() - from)});
-        out.write(cell_text(rename(name_in(cell)), one_name ? ',' : separator_));
-        from = cell.data() + cell.size();
+    std::vector<std::string_view> names = cells_;
+    if (width == 1) names = {{cells_[0].data(), static_cast<std::size_t>(end - cells_[0].data())}};  // with its blanks
+    for (const std::size_t column : columns) {
+        const std::string_view name = trimmed(names.at(column));
+        out.write({from, static_cast<std::size_t>(name.data() - from)});
+        out.write(cell_text(rename(name_in(name)), width == 1 ? ',' : separator_));
+        from = name.data() + name.size();
     }
     out.write({from, static_cast<std::size_t>(end - from)});
     out.write(line_.end);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -11,6 +10,7 @@
 #include "cli/data/input.h"
 #include "cli/data/lines.h"
 #include "cli/data/source.h"
+#include "cli/data/units.h"
 #include "cli/files/output.h"
 
 namespace cli {
@@ -25,8 +25,6 @@ struct Column {
     enum Kind { Undecided, Numbers, Text } kind = Undecided;
     bool chosen = false;  // on the command line: then text is an error
 };
-
-using Rename = std::function<std::string(std::string_view name)>;
 
 enum class LineKind { Other, Header, Data };  // Other: comments and blank lines
 

@@ -1,10 +1,14 @@
 // Units in the names of columns.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
 namespace cli {
+
+// Gives a column another name.
+using Rename = std::function<std::string(std::string_view name)>;
 
 // A unit divided by the second: "m" gives "m/s", "m/s" gives "m/s^2", none gives "1/s".
 std::string unit_per_second(std::string_view unit);

@@ -29,9 +29,14 @@ TEST_F(CommandLine, rewriting_keeps_everything_but_the_numbers) {
     EXPECT_EQ(out, "# note\r\nid;x;who\r\na;1;2 m\r\nb;1;\r\n\r\nc;1;x\r\nd;NaN;\"y;z\"\r\ne;5;w");
     write("squares.csv", "time [ms],x,y\n0,0,1\n500,1,1\n1000,4,1\n1500,9,1\n");
     EXPECT_EQ(run("derive squares.csv"), 0) << err;  // x = (2t)^2, lines at the ends
-    EXPECT_EQ(out, "time [ms],x,y\n0,2,0\n500,4,0\n1000,8,0\n1500,10,0\n");
+    EXPECT_EQ(out, "time [ms],d(x)/dt,d(y)/dt\n0,2,0\n500,4,0\n1000,8,0\n1500,10,0\n");
     EXPECT_EQ(run("derive --column x --rate 1 squares.csv"), 0) << err;
-    EXPECT_EQ(out, "time [ms],x,y\n0,1,1\n500,2,1\n1000,4,1\n1500,5,1\n");
+    EXPECT_EQ(out, "time [ms],d(x)/dt,y\n0,1,1\n500,2,1\n1000,4,1\n1500,5,1\n");
+    write("units.csv", "time,\"a;b [m]\",note, v_km/h ,q (m/s^2),left_arm\n0,1,x,1,1,1\n1,2,y,1,1,2\n");
+    EXPECT_EQ(run("derive units.csv"), 0) << err;
+    EXPECT_EQ(out, "time,a;b [m/s],note, v_km/h/s ,q (m/s^3),d(left_arm)/dt\n0,1,x,0,0,1\n1,1,y,0,0,1\n");
+    EXPECT_EQ(run("derive units.csv --column left_arm --plot-script"), 0) << err;
+    for (const char *label : {"ylabel 'left_arm'", "ylabel 'd(left_arm)/dt'"}) EXPECT_HAS(out, label);
     write("spikes.csv", "x y\n1 0\n1 0\n1 0\n1 0\n1 0\n1 0\n9 0\n1.50 NA\n-9 7\n2.5 8\n");
     EXPECT_EQ(run("despike --column x --limit 1 spikes.csv"), 0) << err;
     EXPECT_EQ(out, "x y\n1 0\n1 0\n1 0\n1 0\n1 0\n1 0\n1 0\n1.5 NA\n1.5 7\n2.5 8\n");
