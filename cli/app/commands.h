@@ -9,6 +9,7 @@ void add_design(const Command &program);
 void add_filter(const Command &program);
 void add_decimate(const Command &program);
 void add_spectrum(const Command &program);
+void add_spectrogram(const Command &program);
 void add_tone(const Command &program);
 void add_stats(const Command &program);
 void add_window(const Command &program);

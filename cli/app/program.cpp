@@ -141,8 +141,8 @@ void describe(CLI::App &program) {
         "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
     const Command commands(&program);
     for (const auto add :
-         {add_design, add_filter, add_decimate, add_spectrum, add_tone, add_stats, add_window, add_smooth, add_derive,
-          add_despike, add_average, add_track, add_roots, add_demo, add_completion})
+         {add_design, add_filter, add_decimate, add_spectrum, add_spectrogram, add_tone, add_stats, add_window,
+          add_smooth, add_derive, add_despike, add_average, add_track, add_roots, add_demo, add_completion})
         add(commands);
 }
 

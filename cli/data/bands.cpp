@@ -4,7 +4,28 @@
 #include <cmath>
 #include <cstddef>
 
+#include "cli/app/diagnostics.h"
+
 namespace cli {
+
+void check_band(const std::string &option, const FrequencyBand &band, double rate) {
+    if (!(band.from >= 0 && band.from < band.to && band.to <= 0.5 * rate))
+        reject("{}: {} Hz to {} Hz must lie within 0 and {} Hz, half the sampling rate, the lower one first", option,
+               band.from, band.to, 0.5 * rate);
+}
+
+BinRange bins_within(std::optional<double> from, std::optional<double> to, const SpectrumLayout &layout, double rate) {
+    const FrequencyBand band{from.value_or(0), to.value_or(0.5 * rate)};
+    if (from || to) check_band("--from and --to", band, rate);
+    BinRange range{0, 0};
+    while (range.begin < layout.bins() && layout.frequency(range.begin, rate) < band.from) ++range.begin;
+    range.end = range.begin;
+    while (range.end < layout.bins() && layout.frequency(range.end, rate) <= band.to) ++range.end;
+    if (range.begin == range.end)
+        reject("--from and --to: no frequency lies between {} Hz and {} Hz; they are {} Hz apart", band.from, band.to,
+               layout.frequency(1, rate));
+    return range;
+}
 
 // With the density p = A^2 / 2 / bandwidth: sqrt(sum p times the width that lies in the band).
 double rms_in(const FrequencyBand &band, const std::vector<double> &amplitudes, const SpectrumLayout &layout,

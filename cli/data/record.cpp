@@ -130,6 +130,10 @@ void remark_missing(const Record &record) {
 
 Record read_signals(const InputOptions &input) {
     Source source(input.file);
+    return read_signals(source, input);
+}
+
+Record read_signals(Source &source, const InputOptions &input) {
     Record record = read_record(source, input);
     std::erase_if(record.channels, [](const Channel &channel) { return !channel.has_numbers(); });
     if (record.channels.empty()) reject("{}: holds no numbers", record.name);

@@ -62,6 +62,7 @@ void remark_missing(const Record &record);
 
 // The columns of numbers or the channels of a file, of which the rate must be known.
 Record read_signals(const InputOptions &input);
+Record read_signals(Source &source, const InputOptions &input);
 
 // The table with the record's samples in the place of its numbers, or the WAV with them; `every`: each such row or frame,
 // beginning with the first, the rate of a WAV being lower by that.

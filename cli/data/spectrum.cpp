@@ -44,12 +44,6 @@ std::size_t segments_in(std::size_t samples, const SpectrumLayout &layout) {
     return samples < layout.samples ? 0 : 1 + (samples - layout.samples) / layout.step;
 }
 
-// The longest power of two of which, with half of each overlapped, eight segments fit into the record.
-std::size_t usual_segment(std::size_t samples) {
-    const std::size_t most = std::clamp(2 * samples / 9, kShortestFFT, kLongestFFT);
-    return std::min(std::bit_floor(most), samples);
-}
-
 // The expected median of n powers of noise over their mean, which it approaches ln 2 times: with m = (n - 1) / 2
 //     1 + sum (1 / (2i + 1) - 1 / 2i), i = 1 .. m     (Allen et al., Phys. Rev. D 85, 122006, 2012, appendix B)
 double median_bias(std::size_t n) {
@@ -93,6 +87,11 @@ const char *key_of(Scale scale) {
 SpectrumLayout layout_for(std::size_t samples) {
     const std::size_t parts = (samples + kLongestFFT - 1) / kLongestFFT, length = samples / parts;
     return {length, points_for(length)};
+}
+
+std::size_t usual_segment(std::size_t samples) {
+    const std::size_t most = std::clamp(2 * samples / 9, kShortestFFT, kLongestFFT);
+    return std::min(std::bit_floor(most), samples);
 }
 
 SpectrumLayout layout_of(std::size_t segment, double overlap) {
