@@ -153,14 +153,16 @@ class Spectrogram {
         const double step = static_cast<double>(layout_.step) / rate_, width = layout_.frequency(1, rate_);
         const double middle = 0.5 * static_cast<double>(layout_.samples) / rate_;
         Figure figure{.title = title};
+        const double lowest = layout_.frequency(bins_.begin, rate_), highest = layout_.frequency(bins_.end - 1, rate_);
         for (std::size_t i = 0; i < pictures_.size(); ++i)
             figure.panels.push_back(
                 {.title = pictures_.size() == 1 ? title : "",
                  .x_label = "time [s]",
                  .y_label = "frequency [Hz]",
-                 .image = pictures_[i].decibels(
-                     middle - 0.5 * step, step, (static_cast<double>(bins_.begin) - 0.5) * width, width,
-                     names_[i] + (is_density() ? ", density [dB/Hz]" : ", amplitude [dB]"))});
+                 .image = pictures_[i].decibels(middle - 0.5 * step, step, lowest - 0.5 * width, width,
+                                                names_[i] + (is_density() ? ", density [dB/Hz]" : ", amplitude [dB]")),
+                 .y_lowest = std::max(lowest - 0.5 * width, 0.0),
+                 .y_highest = std::min(highest + 0.5 * width, 0.5 * rate_)});
         remark_on_channels_left_out(names_.size());
         return figure;
     }
