@@ -22,8 +22,6 @@ class Gunzip final : public Stage {
         if (inflateInit2(&state_, kGzipOnly) != Z_OK) throw std::bad_alloc();
     }
     ~Gunzip() override { inflateEnd(&state_); }
-    Gunzip(const Gunzip &) = delete;
-    Gunzip &operator=(const Gunzip &) = delete;
 
     std::size_t read(std::span<char> block) override {
         for (;;) {

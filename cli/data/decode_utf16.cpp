@@ -1,8 +1,6 @@
 // UTF-16 with a byte-order mark, as UTF-8 without one.
 #include <utf8.h>
 
-#include <cstdint>
-#include <optional>
 #include <utility>
 
 #include "cli/app/diagnostics.h"

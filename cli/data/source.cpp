@@ -33,8 +33,6 @@ class File final : public Stage {
     ~File() override {
         if (descriptor_ > STDERR_FILENO) close(descriptor_);
     }
-    File(const File &) = delete;
-    File &operator=(const File &) = delete;
 
     std::size_t expected() const override { return size_ - std::min(size_, done_); }
 
