@@ -36,4 +36,6 @@ install(DIRECTORY examples DESTINATION ${MENSURA_DOC_DIR}/libmensura-dev COMPONE
     PATTERN CMakeLists.txt EXCLUDE)
 if(MENSURA_BUILD_CLI)
     install(FILES docs/cli.md DESTINATION ${MENSURA_DOC_DIR}/mensura COMPONENT program OPTIONAL)
+    install(FILES cli/plot/uplot/LICENSE DESTINATION ${MENSURA_DOC_DIR}/mensura COMPONENT program
+        RENAME uPlot-LICENSE)  # which is part of the program
 endif()

@@ -204,11 +204,14 @@ Panel signals_panel(const Signals &signals, double rate) {
     return panel;
 }
 
+constexpr double kFloor = -140;  // dB: what lies deeper is not shown
+
 Panel spectra_panel(const Signals &signals, double rate, const PlotOptions &plot) {
     Panel panel{.x_label = "frequency [Hz]",
                 .y_label = "amplitude [dB re 1 mV]",
-                .marks = {{kHum, fmt::format("{} Hz", kHum)}},
-                .y_lowest = -140,
+                .marks = {{kHum, fmt::format("{} Hz", kHum), false, true}},
+                .levels = {{kFloor, fmt::format("clipped at {} dB", kFloor)}},
+                .y_lowest = kFloor,
                 .x_lowest = 0,
                 .x_highest = 0.5 * rate};
     const SpectrumLayout layout = layout_for(signals[0].samples.size());

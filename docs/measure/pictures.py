@@ -4,11 +4,19 @@ Usage: pictures.py LIBRARY FOLDER
 """
 
 import cmath
+import math
+import pathlib
+import random
 import subprocess
 import sys
 
 sys.dont_write_bytecode = True
-from binding import load
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.append(str(ROOT / "bench"))  # benchmarks.py
+import kalman
+import ode
+import spectral
+from binding import companion, doubles, load
 from cascade import HALF_POWER_DB, LOW_PASS, Designer
 from requested import Requests
 
@@ -28,7 +36,8 @@ def draw(path, size, script, curves):
 
 class Pictures:
     def __init__(self, library, folder):
-        self._designer, self._requests, self._folder = Designer(library), Requests(library), folder
+        self._library, self._folder = library, folder
+        self._designer, self._requests = Designer(library), Requests(library)
         self.families = self._designer.families
 
     def _made(self, family, edge=EDGE):
@@ -83,6 +92,145 @@ plot cos(t), sin(t) with lines linecolor rgb '#999999', \\
 """
         draw(f"{self._folder}/poles.svg", "1000,560", script + "unset multiplot\n", curves)
 
+    def zero_phase(self):
+        """Beats of an electrocardiogram raw, and behind a low-pass one way and both ways."""
+        program, record = companion(self._library), ROOT / "examples/data/ecg_mitdb_208.csv"
+
+        def beats(*command):
+            text = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+            rows = [tuple(map(float, line.split(","))) for line in text.splitlines() if line[0].isdigit()]
+            return [row for row in rows if 28.2 <= row[0] <= 29.1]
+
+        low_pass = (program, "filter", "lowpass", "--cutoff", f"{EDGE:g}", "--quiet", record)
+        script = f"""
+set title 'electrocardiogram, low-pass of {EDGE:g} Hz' noenhanced
+set xlabel 'time [s]'
+set ylabel 'ECG [mV]'
+set xrange [28.2:29.1]
+set key above right horizontal
+plot $curve0 with lines linecolor rgb '{COLOURS[0]}' linewidth 1.5 title 'raw', \\
+     $curve1 with lines linecolor rgb '{COLOURS[2]}' linewidth 1.5 title 'one way', \\
+     $curve2 with lines linecolor rgb '{COLOURS[1]}' linewidth 1.5 title 'zero phase'
+"""
+        draw(f"{self._folder}/zero_phase.svg", "900,420", script,
+             [beats("cat", record), beats(*low_pass), beats(*low_pass, "--zero-phase")])
+
+    def windows(self):
+        """Weights of some windows, and the spectra of a line in the middle of a bin."""
+        shown = [w for w in spectral.WINDOWS if w[1] in ("rectangle", "Hanning", "flat top", "Blackman-Harris", "Kaiser, beta 8")]
+        weights, spectra = [], []
+        for code, _, beta in shown:
+            w = spectral.window(self._library, code, beta)
+            v = spectral.magnitudes(self._library.FFT, w, 64 * len(w))
+            weights.append([(i, w[i]) for i in range(0, len(w), 4)])
+            spectra.append([(i / 64, 20 * math.log10(max(v[i] / v[0], 1e-9))) for i in range(12 * 64 + 1)])
+        lines = [f"with lines linecolor rgb '{COLOURS[i]}' linewidth 1.5 title '{name}'" for i, (_, name, _) in enumerate(shown)]
+        script = """
+set multiplot layout 1,2
+set key top right samplen 2 font ',11'
+set xrange [0:1023]
+set xtics 256
+set yrange [-0.5:5]
+set xlabel 'sample'
+set ylabel 'weight'
+plot """ + ", ".join(f"$curve{i} {line}" for i, line in enumerate(lines)) + """
+set key off
+set xrange [0:12]
+set xtics 2
+set yrange [-140:5]
+set xlabel 'distance from the line [bins]'
+set ylabel 'magnitude [dB]'
+plot """ + ", ".join(f"$curve{len(shown) + i} {line}" for i, line in enumerate(lines)) + "\nunset multiplot\n"
+        draw(f"{self._folder}/windows.svg", "1000,420", script, [*weights, *spectra])
+
+    def smoothing(self):
+        """A narrow and a wide peak in noise, behind a linear and a cubic smoother."""
+        noise, samples = random.Random(2), range(121)
+        truth = [2 ** -((t - 35) / 3) ** 2 + 2 ** -((t - 85) / 10) ** 2 for t in samples]
+        measured = [x + noise.gauss(0, 0.05) for x in truth]
+
+        def smoothed(call):
+            out = doubles(len(samples))
+            call(doubles(measured), out, len(samples))
+            return list(enumerate(out))
+
+        script = """
+set title 'peaks 6 and 20 samples wide at half their height, in noise of 0.05 rms' noenhanced
+set xlabel 'sample'
+set xrange [0:120]
+set key top center samplen 2
+plot $curve0 with lines linecolor rgb '#000000' dashtype 2 title 'without noise', \\
+     $curve1 with points pointtype 7 pointsize 0.4 linecolor rgb '#999999' title 'measured', \\
+     $curve2 with lines linecolor rgb '#d55e00' linewidth 1.5 title 'linearSmooth9', \\
+     $curve3 with lines linecolor rgb '#0072b2' linewidth 1.5 title 'cubicSmooth7'
+"""
+        curves = [smoothed(self._library.linearSmooth9), smoothed(self._library.cubicSmooth7)]
+        draw(f"{self._folder}/smoothing.svg", "900,420", script, [list(enumerate(truth)), list(enumerate(measured)), *curves])
+
+    def tracking(self):
+        """The drive of docs/kalman.md, filtered and smoothed: errors of position, and velocities."""
+        (truth, measured), program, rate = kalman.drive(), companion(self._library), kalman.DRIVE_RATE
+        model = ("--r", f"{kalman.DRIVE_NOISE**2:g}", "--bandwidth")
+        filtered = kalman.tracked(program, measured, *model, "0.4", rate=rate)
+        smoothed = kalman.tracked(program, measured, *model, "0.2", "--smooth", rate=rate)
+        times = [t / rate for t in range(len(truth))]
+        curves = [[(t, x - true[0]) for t, x, true in zip(times, measured, truth)]]
+        curves += [[(t, x[0] - true[0]) for t, x, true in zip(times, estimates, truth)] for estimates in (filtered, smoothed)]
+        curves += [[(t, x[1]) for t, x in zip(times, rows)] for rows in (truth, filtered, smoothed)]
+        script = """
+set multiplot layout 2,1
+set lmargin 9
+set xrange [0:55]
+set key above right horizontal
+set ylabel 'error of the position [m]'
+plot $curve0 with points pointtype 7 pointsize 0.3 linecolor rgb '#999999' title 'measured', \\
+     $curve1 with lines linecolor rgb '#d55e00' linewidth 1.5 title 'filtered, 0.4 Hz', \\
+     $curve2 with lines linecolor rgb '#0072b2' linewidth 1.5 title 'smoothed, 0.2 Hz'
+set xlabel 'time [s]'
+set ylabel 'velocity [m/s]'
+plot $curve3 with lines linecolor rgb '#000000' dashtype 2 title 'true', \\
+     $curve4 with lines linecolor rgb '#d55e00' linewidth 1.5 title 'filtered, 0.4 Hz', \\
+     $curve5 with lines linecolor rgb '#0072b2' linewidth 1.5 title 'smoothed, 0.2 Hz'
+unset multiplot
+"""
+        draw(f"{self._folder}/tracking.svg", "900,640", script, [[p for p in curve if p[0] >= 0.5] for curve in curves])
+
+    def integrators(self):
+        """A solution, and what its accuracy costs."""
+        oscillator, stiff, decay, _ = ode.problems(self._library)
+        run, solution = ode.Run(stiff), [(0.0, 2.0)]
+        for i in range(1000):
+            self._library.rkf452(i / 100, (i + 1) / 100, 200, *run.arguments)
+            solution.append(((i + 1) / 100, run.y[0]))
+        costs = []
+        for problem in (oscillator, stiff, decay):
+            runs = [ode.fixed(self._library, problem, 20 * 2**k) for k in range(8)]
+            costs.append([(run.count.calls, run.error) for run in runs if run.result == 0])
+        for problem in (oscillator, stiff, decay):
+            runs = [ode.adaptive(self._library, problem, 50 * 2**k, 1, 1e-10) for k in range(7)]
+            costs.append([(run.count.calls, run.error) for run in runs if run.result == 0])
+        lines = [f"$curve{1 + i} with linespoints pointtype 7 pointsize 0.6 linecolor rgb '{COLOURS[1 + i]}' title 'rkf452, {name}'"
+                 for i, name in enumerate(("oscillator", "van der Pol", "decay"))]
+        lines += [f"$curve{4 + i} with points pointtype 2 linecolor rgb '{COLOURS[1 + i]}' title 'rkf45, {name}'"
+                  for i, name in enumerate(("oscillator", "van der Pol", "decay"))]
+        script = """
+set multiplot layout 1,2
+set key off
+set title "y'' = 5 (1 - y^2) y' - y from (2, 0)" noenhanced
+set xrange [0:10]
+set xlabel 't'
+set ylabel 'y'
+plot $curve0 with lines linecolor rgb '#d55e00' linewidth 1.5
+set title 'what accuracy costs, t = 0 to 10' noenhanced
+set key bottom left samplen 2 font ',11'
+set logscale xy
+set xrange [500:30000]
+set format y '10^{%T}'
+set xlabel 'calls of f'
+set ylabel 'error at t = 10'
+plot """ + ", ".join(lines) + "\nunset multiplot\n"
+        draw(f"{self._folder}/integrators.svg", "1000,440", script, [solution, *costs])
+
 
 def edge(filter):
     """The outermost frequency at half the largest power."""
@@ -101,3 +249,8 @@ if __name__ == "__main__":
     pictures = Pictures(load(sys.argv[1]), sys.argv[2])
     pictures.requested()
     pictures.poles()
+    pictures.zero_phase()
+    pictures.windows()
+    pictures.smoothing()
+    pictures.tracking()
+    pictures.integrators()

@@ -40,7 +40,7 @@ printf '%s\n' "$libdir"/libmensura.so.1{,.1.0} $doc/libmensura1/changelog.gz | u
 } | unpack libmensura-dev
 completions=(usr/share/bash-completion/completions/mensura usr/share/zsh/vendor-completions/_mensura
     usr/share/fish/vendor_completions.d/mensura.fish)
-printf '%s\n' usr/bin/mensura usr/share/man/man1/mensura.1.gz $doc/mensura/{changelog.gz,cli.md} "${completions[@]}" |
+printf '%s\n' usr/bin/mensura usr/share/man/man1/mensura.1.gz $doc/mensura/{changelog.gz,cli.md,uPlot-LICENSE} "${completions[@]}" |
     unpack mensura
 
 for package in libc6 libstdc++6; do depends libmensura1 "$package"; done
