@@ -37,6 +37,7 @@ TEXTBOOK = "The plain loops sum in registers; against such loops 28 to 40 times 
 LIQUID, LOOP, EIGEN = "liquid-dsp (single precision)", "a loop with a table of cosines", "Eigen (sizes at run time)"
 FFTW, KISS, REPLANNED = "FFTW, planned", "KissFFT, planned", "KissFFT, planned in every call"
 PIVOTS, COSINES, COPY = "Eigen (pivoting by columns)", "the cosines of one half alone", "a memory copy"
+SCIPY = "NumPy, SciPy"
 BLAS, BUTTERWORTH = "OpenBLAS `dgemm`, one thread", "our Butterworth design, 8 poles"
 
 
@@ -114,8 +115,22 @@ SECTIONS = {
         "rkf45_step_control_at_work_against_gsl": Row("the same, step control at work", "GSL (its step alone)", 1.20),
     },
     "The companion": {
-        "mensura_filter_time": Row("`mensura filter`, 1e6 rows of a CSV", "NumPy, SciPy", 1.00, limit=1.5e9),
-        "mensura_filter_memory": Row("the same, peak of its memory", "NumPy, SciPy", limit=64),
+        "mensura_filter_time": Row("`mensura filter`, 1e6 rows of a CSV", SCIPY, 0.15, limit=0.2e9),
+        "mensura_filter_against_mawk": Row("the same", "`mawk`, the sections written out", 0.40),
+        "mensura_filter_memory": Row("the same, peak of its memory", SCIPY, limit=16),
+        "mensura_filter_64_columns": Row("`mensura filter`, 64 columns of 15625 rows", SCIPY, 0.15),
+        "mensura_filter_64_columns_against_one": Row("the same", "ours, one column of as many numbers", 1.00),
+        "mensura_filter_64_columns_memory": Row("the same, peak of its memory", SCIPY, limit=16),
+        "mensura_average_against_miller": Row("`mensura average`, 1e6 rows", "`mlr step -a slwin`", 0.15),
+        "mensura_average_against_miller_memory": Row("the same, peak of its memory", "`mlr step -a slwin`", limit=16),
+        "mensura_stats_against_miller": Row("`mensura stats`, 1e6 rows", "`mlr stats1`, four of its numbers", 0.20),
+        "mensura_stats_against_mawk": Row("the same", "`mawk`, four of its numbers", 0.40),
+        "mensura_filter_sound_against_sox":
+            Row("`mensura filter`, 10 minutes of stereo sound", "`sox`, the same sections as `biquad`", 1.00),
+        "mensura_filter_sound_against_ffmpeg": Row("the same", "`ffmpeg`, the same sections as `biquad`", 1.00),
+        "mensura_zero_phase_sound_against_sox":
+            Row("`mensura filter --zero-phase`, 10 minutes of stereo sound", "`sox`, with `reverse` twice", 1.00),
+        "mensura_zero_phase_sound_against_one_way": Row("the same", "ours, one way", 1.50),
     },
 }
 

@@ -23,7 +23,7 @@ from benchmarks import RESULTS, SECTIONS, load
 
 HERE = pathlib.Path(__file__).resolve().parent
 PEERS = """libliquid-dev libgsl-dev libfftw3-dev libkissfft-dev libeigen3-dev libopenblas-dev python3-numpy
-    python3-scipy libbenchmark-dev""".split()
+    python3-scipy libbenchmark-dev mawk miller sox ffmpeg""".split()
 ROUNDS = 3
 
 

@@ -48,8 +48,8 @@ struct Options {
 // The estimates of a row, one for each column that is tracked.
 using RowOfEstimates = std::vector<Estimate>;
 
-// The smoothed position has the gain 1 / (1 + (2 sin(pi f / rate))^6 r / (qaa dt^4)): the spectrum of a position whose third
-// difference is white, over that of the measurement.  The estimated position has -3 dB at f where
+// The smoothed position has the gain 1 / (1 + (2 sin(pi f / rate))^6 r / (qaa dt^4)): the spectrum of a position whose
+// third difference is white, over that of the measurement.  The estimated position has -3 dB at f where
 // qaa dt^4 / r = (f / (0.44 rate))^6, as long as f is far below the rate.
 double qaa_of(const Options &options, double rate) {
     constexpr double kHalfPower = 0.44, kFarBelow = 25;

@@ -1,5 +1,5 @@
-// Estimates of one axis from the measurements before and after each of them, by Rauch, Tung and Striebel (AIAA Journal 3,
-// 1965).  With the estimate x(k) of the filter after row k, its covariance P(k), and M = A P(k) A^T + Q:
+// Estimates of one axis from the measurements before and after each of them, by Rauch, Tung and Striebel (AIAA Journal
+// 3, 1965).  With the estimate x(k) of the filter after row k, its covariance P(k), and M = A P(k) A^T + Q:
 //
 //     C = P(k) A^T M^-1
 //     xs(k) = x(k) + C (xs(k+1) - A x(k))
@@ -9,8 +9,8 @@
 //
 //     C = A^-1 J,  Ps(k) = A^-1 (J Ps(k+1) J^T + J Q) A^-T
 //
-// where no large covariances cancel.  Q has one element only, that of the acceleration: J is I but for its last row, which
-// is all that is kept of each P(k).
+// where no large covariances cancel.  Q has one element only, that of the acceleration: J is I but for its last row,
+// which is all that is kept of each P(k).
 #pragma once
 
 #include <memory>

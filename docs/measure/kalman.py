@@ -95,7 +95,8 @@ def tracked(program, positions, *options, rate=1.0):
 
 def smoothed_response(program, q):
     """A row of the table of smoothed estimates: an impulse in the middle of a record."""
-    impulse = tracked(program, [float(t == UPDATES) for t in range(2 * UPDATES)], "--smooth", "--q", repr(q), "--r", "1")
+    impulse = [float(t == UPDATES) for t in range(2 * UPDATES)]
+    impulse = tracked(program, impulse, "--smooth", "--q", repr(q), "--r", "1")
     half_power = math.asin(((math.sqrt(2) - 1) * q) ** (1 / 6) / 2) / math.pi
     gain = sum(x[0] * math.cos(2 * math.pi * half_power * (t - UPDATES)) for t, x in enumerate(impulse))
     require(abs(gain - math.sqrt(0.5)) < 1e-6, f"a smoothed position has -3 dB at {half_power} fs, q = {q}")
@@ -128,7 +129,8 @@ def driven(program, bandwidth):
 def drives(program):
     table = [driven(program, bandwidth) for bandwidth in DRIVE_BANDWIDTHS]
     best = [min(errors[i] for _, errors in table) for i in range(4)]
-    require(best[0] > 2 * best[2] and best[1] > 5 * best[3], "smoothed, the position is twice as good, the velocity five times")
+    claim = "smoothed, the position is twice as good, the velocity five times"
+    require(best[0] > 2 * best[2] and best[1] > 5 * best[3], claim)
     return table
 
 
