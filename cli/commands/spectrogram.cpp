@@ -55,6 +55,7 @@ class Spectrogram {
           rate_(rate),
           names_(std::move(names)),
           weights_(weights_of(options.spectrum.window, layout.samples, true)),
+          transform_(layout.points),
           bandwidth_(rate * noise_bandwidth(options.spectrum.window, layout.samples)),
           out_(data_file(options.files.plot, options.files.output)),
           pictures_(options.files.plot.wanted() ? std::min(names_.size(), kMostPanels) : 0),
@@ -86,7 +87,7 @@ class Spectrogram {
     std::vector<double> amplitudes_of(Samples samples) const {
         std::vector<double> segment(samples.begin(), samples.end());
         prepare(segment, weights_, options_.spectrum.no_mean);
-        const std::vector<double> bins = moduli(std::move(segment), layout_.points);
+        const std::vector<double> bins = transform_.moduli(std::move(segment));
         const double padding = static_cast<double>(layout_.points) / static_cast<double>(layout_.samples);
         std::vector<double> amplitudes;
         for (std::size_t k = bins_.begin; k < bins_.end; ++k)
@@ -172,6 +173,7 @@ class Spectrogram {
     double rate_;
     std::vector<std::string> names_;
     std::vector<double> weights_;
+    Transform transform_;
     double bandwidth_;  // Hz
     Output out_;
     std::vector<HeatMap> pictures_;

@@ -39,10 +39,10 @@ void remark_on_length(const SpectrumReport &report) {
     const std::string padded =
         layout.points == layout.samples ? "" : fmt::format(" padded with zeros to {}", layout.points);
     const std::size_t parts = report.channels.front().segments;
-    if (report.request.averaging)
-        remark("{} window, {} segments of {} samples{}, {} % overlap: the {} of their powers",
-               window_name(report.request.spectrum.window.kind), parts, layout.samples, padded,
-               report.request.averaging->overlap, report.request.averaging->median ? "median" : "mean");
+    if (const auto &averaging = report.request.averaging)
+        remark("{} of the powers of {} segment{} of {} samples{}, {} % overlap, {} window",
+               averaging->median ? "median" : "mean", parts, parts == 1 ? "" : "s", layout.samples, padded,
+               averaging->overlap, window_name(report.request.spectrum.window.kind));
     else if (parts > 1)
         remark("{} samples: the powers of {} parts of {}{} are averaged", report.samples, parts, layout.samples,
                padded);

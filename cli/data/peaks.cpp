@@ -21,7 +21,7 @@ class SideLobes {
     SideLobes(const Window &window, std::size_t samples) {
         const std::size_t length = std::min<std::size_t>(samples, 16384);
         const std::size_t points = std::bit_ceil(kFineness * std::max<std::size_t>(length, 8));
-        bound_ = moduli(weights_of(window, length, true), points);
+        bound_ = Transform(points).moduli(weights_of(window, length, true));
         for (std::size_t k = bound_.size() - 1; k-- > 0;) bound_[k] = std::max(bound_[k], bound_[k + 1]);
         scale_ = static_cast<double>(points) / static_cast<double>(length);
     }

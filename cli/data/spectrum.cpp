@@ -10,15 +10,14 @@
 #include <utility>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/transform.h"
 
 namespace cli {
 
 namespace {
 
 constexpr std::size_t kLongestFFT = 1048576, kShortestFFT = 8;
-constexpr std::size_t kLongestSum = 32768;  // of RealSigDFT, whose time grows as its square: a second or so
-constexpr std::size_t kMostModuli = std::size_t{1} << 28;  // numbers kept for medians: 2 GiB
+constexpr std::size_t kLongestRecord = 32768, kLongestSegment = 524288;  // longer ones are padded with zeros
+constexpr std::size_t kMostModuli = std::size_t{1} << 28;                // numbers kept for medians: 2 GiB
 
 void remove_mean(std::vector<double> &samples) {
     const long double sum = std::accumulate(samples.begin(), samples.end(), 0.0L);
@@ -36,8 +35,8 @@ double modulus_at(const std::vector<double> &samples, double f) {
     return goertzel > kNothing ? goertzel : SingleFreqDFT(samples.data(), n, f);
 }
 
-std::size_t points_for(std::size_t samples) {
-    return samples <= kLongestSum ? samples : static_cast<std::size_t>(RequiredFFTSize(static_cast<int>(samples)));
+std::size_t points_for(std::size_t samples, std::size_t longest) {
+    return samples <= longest ? samples : static_cast<std::size_t>(RequiredFFTSize(static_cast<int>(samples)));
 }
 
 std::size_t segments_in(std::size_t samples, const SpectrumLayout &layout) {
@@ -86,7 +85,7 @@ const char *key_of(Scale scale) {
 
 SpectrumLayout layout_for(std::size_t samples) {
     const std::size_t parts = (samples + kLongestFFT - 1) / kLongestFFT, length = samples / parts;
-    return {length, points_for(length)};
+    return {length, points_for(length, kLongestRecord)};
 }
 
 std::size_t usual_segment(std::size_t samples) {
@@ -96,7 +95,7 @@ std::size_t usual_segment(std::size_t samples) {
 
 SpectrumLayout layout_of(std::size_t segment, double overlap) {
     const auto overlapped = static_cast<std::size_t>(overlap * static_cast<double>(segment) / 100);
-    return {segment, points_for(segment), segment - overlapped};
+    return {segment, points_for(segment, kLongestSegment), segment - overlapped};
 }
 
 SpectrumLayout layout_for(std::size_t samples, const Averaging &averaging) {
@@ -118,18 +117,11 @@ void prepare(std::vector<double> &segment, const std::vector<double> &weights, b
     for (std::size_t i = 0; i < segment.size(); ++i) segment[i] *= weights[i];
 }
 
-std::vector<double> moduli(std::vector<double> segment, std::size_t points) {
-    segment.resize(points);
-    Bins bins = forward_transform(segment);
-    bins.re.resize(points / 2 + 1);
-    for (std::size_t k = 0; k < bins.re.size(); ++k) bins.re[k] = std::hypot(bins.re[k], bins.im[k]);
-    return std::move(bins.re);
-}
-
 Segments::Segments(const Pieces &pieces, const SpectrumLayout &layout, const Window &window, bool no_mean, bool median)
     : layout_(layout),
       window_(window),
       weights_(weights_of(window, layout.samples, true)),
+      transform_(layout.points),
       no_mean_(no_mean),
       median_(median) {
     for (const std::span<const double> piece : pieces)
@@ -149,7 +141,7 @@ std::vector<double> Segments::prepared(std::size_t segment) const {
 std::vector<double> Segments::mean_powers() const {
     std::vector<double> sums(layout_.bins());
     for (std::size_t i = 0; i < starts_.size(); ++i) {
-        const std::vector<double> bins = moduli(prepared(i), layout_.points);
+        const std::vector<double> bins = transform_.moduli(prepared(i));
         for (std::size_t k = 0; k < sums.size(); ++k) sums[k] = std::hypot(sums[k], bins[k]);
     }
     for (double &sum : sums) sum /= std::sqrt(static_cast<double>(starts_.size()));
@@ -160,7 +152,7 @@ std::vector<double> Segments::median_powers() const {
     const std::size_t n = count();
     std::vector<double> all(layout_.bins() * n), roots(layout_.bins());
     for (std::size_t i = 0; i < n; ++i) {
-        const std::vector<double> bins = moduli(prepared(i), layout_.points);
+        const std::vector<double> bins = transform_.moduli(prepared(i));
         for (std::size_t k = 0; k < bins.size(); ++k) all[k * n + i] = bins[k];
     }
     for (std::size_t k = 0; k < roots.size(); ++k) roots[k] = root_of_median(std::span(all).subspan(k * n, n));

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "cli/data/transform.h"
 #include "cli/data/window.h"
 
 namespace cli {
@@ -70,9 +71,6 @@ double noise_bandwidth(const Window &window, std::size_t samples);
 // A segment less its mean, if that is asked for, times the weights.
 void prepare(std::vector<double> &segment, const std::vector<double> &weights, bool no_mean);
 
-// |sum x[t] exp(-2 pi i k t / n)| / n for every bin k of n points.
-std::vector<double> moduli(std::vector<double> segment, std::size_t points);
-
 // The segments of a channel under a window.
 class Segments {
   public:
@@ -95,6 +93,7 @@ class Segments {
     SpectrumLayout layout_;
     Window window_;
     std::vector<double> weights_;  // of mean 1
+    Transform transform_;
     bool no_mean_, median_;
     std::vector<const double *> starts_;
 };
