@@ -1,7 +1,10 @@
 // mensura track: position, velocity and acceleration estimated from measured positions, by the model of docs/kalman.md.
+#include <fmt/format.h>
+
 #include <cmath>
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <numbers>
 #include <optional>
@@ -22,6 +25,7 @@
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
 #include "cli/data/table.h"
+#include "cli/data/units.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
 
@@ -81,6 +85,16 @@ TrackingModel model_of(const Options &options, double rate) {
         place, column);
 }
 
+// The name of an estimate of a column: "x" gives "x_velocity", "x [m]" gives "x_velocity [m/s]".
+std::string name_of(const std::string &column, const std::string &suffix, std::size_t derivative) {
+    const std::size_t bracket = column.ends_with(']') ? column.rfind('[') : std::string::npos;
+    if (bracket == std::string::npos) return column + suffix;
+    std::string unit = column.substr(bracket + 1, column.size() - bracket - 2);
+    for (std::size_t i = 0; i < derivative; ++i) unit = unit_per_second(unit);
+    const std::size_t end = column.find_last_not_of(' ', bracket - 1);
+    return fmt::format("{}{} [{}]", column.substr(0, bracket == 0 ? 0 : end + 1), suffix, unit);
+}
+
 // A table that comes back with the estimates appended to each row.
 class EstimatesWriter {
   public:
@@ -119,15 +133,16 @@ class EstimatesWriter {
         for (std::size_t i = 0; i < columns; ++i) {
             if (table_.columns()[i].kind == Column::Text) continue;
             tracked_.push_back(i);
-            for (const char *const estimate : kEstimates) names += new_name(i, estimate);
-            if (sigma_) names += new_name(i, kSigma);
+            for (std::size_t k = 0; k < std::size(kEstimates); ++k) names += new_cell(i, kEstimates[k], k);
+            if (sigma_) names += new_cell(i, kSigma, 0);
         }
         if (end_of_header_ != kNone) leading_.insert(end_of_header_, names);
         out_.write(leading_);
     }
 
-    std::string new_name(std::size_t column, const char *estimate) const {
-        return table_.separator() + cell_text(table_.columns()[column].name + estimate, table_.separator());
+    std::string new_cell(std::size_t column, const char *suffix, std::size_t derivative) const {
+        const std::string name = name_of(table_.columns()[column].name, suffix, derivative);
+        return table_.separator() + cell_text(name, table_.separator());
     }
 
     void write_row(const RowOfEstimates &row) {
@@ -162,11 +177,13 @@ std::string title_of(const TrackingModel &model, const Options &options) {
                        model.qaa * std::pow(model.dt, 4) / model.r);
 }
 
+CurveNames curves_of(const Options &options) { return {"measured", options.smooth ? "smoothed" : "estimated"}; }
+
 // A row in, a row out.
 void track_stream(Source &source, const Options &options, double rate) {
     const TrackingModel model = model_of(options, rate);
     TableReader table(source, options.files.input);
-    Comparison comparison(options.files.plot);
+    Comparison comparison(options.files.plot, curves_of(options));
     std::vector<TrackedAxis> axes;
     std::vector<std::string> names;
     RowOfEstimates row;
@@ -227,7 +244,7 @@ class RecordTracker {
 
 void track_record(Record record, const Options &options) {
     const TrackingModel model = model_of(options, rate_of(record));
-    Comparison comparison(options.files.plot);
+    Comparison comparison(options.files.plot, curves_of(options));
     std::vector<std::vector<Estimate>> estimates;
     std::vector<std::string> names;
     for (Channel &channel : record.channels) {

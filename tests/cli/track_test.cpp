@@ -103,6 +103,10 @@ TEST_F(CommandLine, track_smooths_and_predicts_as_least_squares_over_all_rows_do
     for (std::size_t i = 0; i < 12; ++i) expect_near(rows(out)[i], smoothed[i]);
     EXPECT_EQ(run("track --smooth --rate 4Hz" + model), 0) << err;
     EXPECT_EQ(out, from_times);
+    // The smoothed position has -3 dB at f where qaa dt^4 / r = (2 sin(pi f / rate))^6 / (sqrt 2 - 1).
+    const double f = 4 / M_PI * std::asin(std::pow((std::sqrt(2) - 1) * 2 / 256 / 0.5, 1 / 6.) / 2);
+    EXPECT_EQ(run(filled("track --smooth --r 0.5 --p 100 --sigma z.csv --bandwidth @", {f})), 0) << err;
+    for (std::size_t i = 0; i < 12; ++i) expect_near(rows(out).at(i), smoothed[i]);
 
     for (const std::string command : {"track", "track --rate 4Hz"}) {  // the filter: each row from those up to it
         EXPECT_EQ(run(command + model), 0) << err;
@@ -119,6 +123,9 @@ TEST_F(CommandLine, track_smooths_what_it_can_and_leaves_the_rest) {
               "# note\nx;who;y;x_position;x_velocity;x_acceleration;y_position;y_velocity;y_acceleration\n"
               ";p;;;;;;;\n;q;;;;;;;");
     EXPECT_HAS(out, "\n\n;s;;5;0;0;;;\n");
+    write("units.csv", "x [m];y ();z\n1;2;3\n");
+    EXPECT_EQ(run("track --sigma --column 1 --column 3 --rate 1 --q 1 --r 1 units.csv"), 0) << err;
+    EXPECT_HAS(out, "x [m];y ();z;x_position [m];x_velocity [m/s];x_acceleration [m/s^2];x_sigma [m];z_position;");
     write("minutes.csv", "time_min,x\n0,1\n1,2\n2,3\n");
     const std::string bandwidth = "track --bandwidth 0.1mHz --r 1 minutes.csv";
     expect_refused(bandwidth + " --smooth --p 1e5", "smoothing x loses its digits", 1);
