@@ -78,6 +78,11 @@ TrackingModel model_of(const Options &options, double rate) {
     return model;
 }
 
+void check_columns(std::size_t columns) {
+    if (columns > kMostColumns)
+        reject("{} columns are too many to track, {} at most; choose with --column", columns, kMostColumns);
+}
+
 [[noreturn]] void fail_lost(const std::string &place, const std::string &column) {
     fail(
         "{}: the estimates of {} are lost to rounding or overflow; choose units in which --r is above 1e-12 and the "
@@ -125,12 +130,10 @@ class EstimatesWriter {
     }
 
     void begin() {
-        const std::size_t columns = table_.columns().size();
-        if (columns > kMostColumns)
-            reject("{} columns are too many to track, {} at most; choose with --column", columns, kMostColumns);
+        check_columns(table_.columns().size());
         begun_ = true;
         std::string names;
-        for (std::size_t i = 0; i < columns; ++i) {
+        for (std::size_t i = 0; i < table_.columns().size(); ++i) {
             if (table_.columns()[i].kind == Column::Text) continue;
             tracked_.push_back(i);
             for (std::size_t k = 0; k < std::size(kEstimates); ++k) names += new_cell(i, kEstimates[k], k);
@@ -210,9 +213,9 @@ class RecordTracker {
     RecordTracker(const Record &record, const Options &options, const TrackingModel &model)
         : record_(record), smooth_(options.smooth), model_(model) {}
 
-    // The estimates at each sample, anew in each piece.
+    // The estimates at each sample, anew in each piece; none of a channel without numbers.
     std::vector<Estimate> run(const Channel &channel) const {
-        std::vector<Estimate> estimates(channel.samples.size());
+        std::vector<Estimate> estimates(channel.has_numbers() ? channel.samples.size() : 0);
         for (const Piece &piece : channel.pieces) run(channel, piece, std::span(estimates));
         return estimates;
     }
@@ -224,7 +227,7 @@ class RecordTracker {
         for (std::size_t i = piece.begin; i < piece.end; ++i) {
             estimates[i] = axis.update(channel.samples[i]);
             if (axis.lost()) fail_lost(place(i), channel.name);
-            if (smooth_ && !smoother.add(axis))
+            if (smooth_ && i + 1 < piece.end && !smoother.add(axis))
                 fail(
                     "{}: smoothing {} loses its digits, for its velocity is hardly known there; choose a smaller --p, "
                     "or --rate 1Hz, which counts time in rows",
@@ -244,6 +247,7 @@ class RecordTracker {
 
 void track_record(Record record, const Options &options) {
     const TrackingModel model = model_of(options, rate_of(record));
+    check_columns(record.channels.size());
     Comparison comparison(options.files.plot, curves_of(options));
     std::vector<std::vector<Estimate>> estimates;
     std::vector<std::string> names;
@@ -259,8 +263,9 @@ void track_record(Record record, const Options &options) {
     TableReader table(source, options.files.input);
     RowOfEstimates row;
     EstimatesWriter(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
+        const std::size_t sample = record.sample_of(table.rows() - 1);
         row.clear();
-        for (const std::size_t i : columns) row.push_back(estimates[i][record.sample_of(table.rows() - 1)]);
+        for (const std::size_t i : columns) row.push_back(estimates[i].empty() ? Estimate() : estimates[i][sample]);
         return row;
     });
     comparison.draw(title_of(model, options), names, record.rate);

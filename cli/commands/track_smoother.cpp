@@ -69,8 +69,8 @@ void Smoother::run(std::span<Estimate> estimates, const TrackedAxis &axis) {
     if (rows_.empty()) return;
     copyRMATRIX(&axis.filter()->x, &matrices_->x);
     copyRMATRIX(&axis.filter()->P, &matrices_->P);
-    const std::size_t first = estimates.size() - rows_.size();  // the first number
-    for (std::size_t k = rows_.size() - 1; k-- > 0;) step_back(estimates[first + k], rows_[k]);
+    const std::size_t first = estimates.size() - 1 - rows_.size();  // the first number
+    for (std::size_t k = rows_.size(); k-- > 0;) step_back(estimates[first + k], rows_[k]);
 }
 
 void Smoother::step_back(Estimate &estimate, const State &last_row_of_j) {

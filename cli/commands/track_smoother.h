@@ -28,11 +28,11 @@ class Smoother {
     Smoother(const Smoother &) = delete;
     Smoother &operator=(const Smoother &) = delete;
 
-    // Takes what the filter knows after each row.  False where M is too near to singular: then rounding in its inverse
+    // Takes what the filter knows after each row but the last.  False where M is too near to singular: then rounding in its inverse
     // moves estimates by a thousandth of their standard deviation and more.
-    bool add(const TrackedAxis &axis);
+    [[nodiscard]] bool add(const TrackedAxis &axis);
 
-    // Smooths the estimates of the rows that were added, in place; `axis` is as after the last of them.
+    // Smooths the estimates of all rows in place; `axis` is as after the last of them.
     void run(std::span<Estimate> estimates, const TrackedAxis &axis);
 
   private:
