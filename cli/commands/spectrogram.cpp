@@ -15,6 +15,7 @@
 #include "cli/app/quantity.h"
 #include "cli/app/spectrum_options.h"
 #include "cli/app/utf8.h"
+#include "cli/commands/spectrum_label.h"
 #include "cli/data/bands.h"
 #include "cli/data/csv.h"
 #include "cli/data/record.h"
@@ -156,14 +157,14 @@ class Spectrogram {
         Figure figure{.title = title};
         const double lowest = layout_.frequency(bins_.begin, rate_), highest = layout_.frequency(bins_.end - 1, rate_);
         for (std::size_t i = 0; i < pictures_.size(); ++i)
-            figure.panels.push_back(
-                {.title = pictures_.size() == 1 ? title : "",
-                 .x_label = "time [s]",
-                 .y_label = "frequency [Hz]",
-                 .image = pictures_[i].decibels(middle - 0.5 * step, step, lowest - 0.5 * width, width,
-                                                names_[i] + (is_density() ? ", density [dB/Hz]" : ", amplitude [dB]")),
-                 .y_lowest = std::max(lowest - 0.5 * width, 0.0),
-                 .y_highest = std::min(highest + 0.5 * width, 0.5 * rate_)});
+            figure.panels.push_back({.title = pictures_.size() == 1 ? title : "",
+                                     .x_label = "time [s]",
+                                     .y_label = "frequency [Hz]",
+                                     .image = pictures_[i].decibels(
+                                         middle - 0.5 * step, step, lowest - 0.5 * width, width,
+                                         scale_label(names_[i], is_density() ? Scale::DensityDecibel : Scale::Decibel)),
+                                     .y_lowest = std::max(lowest - 0.5 * width, 0.0),
+                                     .y_highest = std::min(highest + 0.5 * width, 0.5 * rate_)});
         remark_on_channels_left_out(names_.size());
         return figure;
     }

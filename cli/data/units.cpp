@@ -44,18 +44,22 @@ std::string unit_per_second(std::string_view unit) {
     return result;
 }
 
-std::string derivative_name(std::string_view name) {
+std::string_view unit_in(std::string_view name) {
     for (const auto &[opening, closing, any_text] : kBrackets) {
         const std::size_t from = name.rfind(opening);
         if (from == std::string_view::npos || !name.ends_with(closing)) continue;
         const std::string_view unit = name.substr(from + 1, name.size() - from - 2);
-        if (any_text || is_unit(unit))
-            return fmt::format("{}{}{}", name.substr(0, from + 1), unit_per_second(unit), closing);
+        if (any_text || is_unit(unit)) return unit;
     }
-    const std::size_t underscore = name.rfind('_');
-    if (underscore != std::string_view::npos && is_unit(name.substr(underscore + 1)))
-        return std::string(name.substr(0, underscore + 1)) + unit_per_second(name.substr(underscore + 1));
-    return fmt::format("d({})/dt", name);
+    const std::string_view last = name.substr(name.rfind('_') + 1);
+    return last.size() < name.size() && is_unit(last) ? last : std::string_view();
+}
+
+std::string derivative_name(std::string_view name) {
+    const std::string_view unit = unit_in(name);
+    if (unit.data() == nullptr) return fmt::format("d({})/dt", name);
+    const auto begin = static_cast<std::size_t>(unit.data() - name.data());
+    return fmt::format("{}{}{}", name.substr(0, begin), unit_per_second(unit), name.substr(begin + unit.size()));
 }
 
 }  // namespace cli

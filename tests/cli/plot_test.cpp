@@ -1,5 +1,7 @@
 // Pictures.
 
+#include <random>
+
 #include "program.h"
 
 // The curves in an SVG that xmllint finds well-formed and that have a path.
@@ -82,6 +84,24 @@ TEST_F(CommandLine, pages_hold_all_that_they_need) {
     EXPECT_EQ(run("design bandpass --from 20 --to 40 --rate 360 --show poles --plot=x.html -o /dev/null"), 0) << err;
     EXPECT_HAS(read("x.html"),
                "<h1>bandpass, butterworth, 6 poles, -3 dB at 20 and 40 Hz, 20 Hz wide, sampled at 360 Hz");
+}
+
+// A sine of 1 A in noise: its line has a label, the noise has none.
+TEST_F(CommandLine, spectra_have_units_and_labels_at_lines) {
+    std::string text = "current [A]\n";
+    std::mt19937 noise(1);
+    for (int i = 0; i < 4000; ++i)
+        text += std::to_string(std::sin(0.4 * i) + 1e-10 * static_cast<double>(noise())) +
+                "
+                ";
+                write("x.csv", text);
+    const std::string spectrum = "spectrum x.csv --rate 1000 --window hanning --plot-script ";
+    EXPECT_EQ(run(spectrum + "--db --axis log"), 0) << err;
+    for (const char *part : {"set ylabel 'current [dB re 1 A]'", "set label '63.66 Hz'", "set logscale x"})
+        EXPECT_HAS(out, part);
+    EXPECT_EQ(out.find("set label"), out.rfind("set label"));
+    EXPECT_EQ(run(spectrum + "--density"), 0) << err;
+    EXPECT_HAS(out, "set ylabel 'current, density [A^2/Hz]'");
 }
 
 TEST_F(CommandLine, axes_suit_the_band) {
