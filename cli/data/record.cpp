@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "cli/app/diagnostics.h"
+#include "cli/data/sound_record.h"
 #include "cli/data/table.h"
 #include "cli/data/times.h"
 
@@ -52,19 +53,6 @@ Record read_csv(Source &source, const InputOptions &input, Missing missing) {
     return record;
 }
 
-Record read_sound(Source &source, const InputOptions &input, Missing missing) {
-    Record record{.name = source.name(), .sound = std::make_shared<SoundReader>(source)};
-    SoundReader &sound = *record.sound;
-    sound.check_request(input);
-    record.rate = sound.rate();
-    for (std::size_t i = 0; i < sound.channels(); ++i) record.channels.push_back({.name = sound.channel_name(i)});
-    std::vector<double> frames(kSoundFrames * sound.channels());
-    while (const std::size_t count = sound.read(frames))
-        for (std::size_t i = 0; i < count; ++i) append(record.channels[i % sound.channels()], frames[i], missing);
-    for (Channel &channel : record.channels) close(channel, missing);
-    return record;
-}
-
 // Those that hold numbers, from left to right.
 std::vector<std::size_t> columns_of(const Record &record) {
     std::vector<std::size_t> columns;
@@ -94,23 +82,10 @@ void write_table(const Record &record, Output &out, std::size_t every) {
     }
 }
 
-void write_sound(const Record &record, Output &out, std::size_t every) {
-    const std::size_t channels = record.channels.size(), n = record.length();
-    SoundWriter sound(out, *record.sound, record.sound->format().samplerate / static_cast<int>(every));
-    std::vector<double> frames;
-    for (std::size_t i = 0; i < n; i += every) {
-        for (std::size_t k = 0; k < channels; ++k) frames.push_back(record.channels[k].samples[i]);
-        if (frames.size() < kSoundFrames * channels && i + every < n) continue;
-        sound.write(frames);
-        frames.clear();
-    }
-    sound.finish();
-}
-
 }  // namespace
 
 Record read_record(Source &source, const InputOptions &input, Missing missing) {
-    Record record = is_sound(source) ? read_sound(source, input, missing) : read_csv(source, input, missing);
+    Record record = is_sound(source) ? read_sound(source, input) : read_csv(source, input, missing);
     if (record.length() > INT_MAX) reject("{}: has more than {} samples", record.name, INT_MAX);
     return record;
 }
