@@ -23,6 +23,7 @@
 #include "cli/data/rewrite.h"
 #include "cli/data/sections_file.h"
 #include "cli/data/sound.h"
+#include "cli/data/sound_record.h"
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
 #include "iir/pass_types.h"
@@ -193,6 +194,17 @@ void run_as_stream(const Options &options, Source &source) {
     }
 }
 
+void run_both_ways_on_sound(const Options &options, Source &source) {
+    WholeSound record(source, options.files.input);
+    const Filter filter = filter_for(options, record.sound().rate());
+    const int ends = options.ends.value_or(MENSURA_SOS_ENDS_ODD);
+    remark_if_short(source.name(), record.length(), filter.sections, ends);
+    const WholeSound::Change change = [&](std::span<double> frames, std::size_t channels) {
+        filter_both_ways(filter.sections, ends, frames, channels);
+    };
+    record.rewrite(options.files, change, filter.summary);
+}
+
 // The argument TYPE is the input where the sections come from a file.
 void take_type(Options &options) {
     if (options.sos.empty()) {
@@ -222,8 +234,10 @@ void run(Options &options) {
     check(options);
     options.files.input.rate = options.request.rate;
     Source source(options.files.input.file);
-    const bool streams = is_sound(source) || options.request.rate || !options.sos.empty();
+    const bool sound = is_sound(source), streams = sound || options.request.rate || !options.sos.empty();
+    const bool both_ways = options.request.zero_phase && !options.request.leading_sections;
     if (streams && !options.request.zero_phase && !options.ratio) return run_as_stream(options, source);
+    if (sound && both_ways && !options.ratio) return run_both_ways_on_sound(options, source);
     Record record = read_record(source, options.files.input);
     if (options.ratio)
         run_automatically(options, record);

@@ -21,6 +21,67 @@ std::ptrdiff_t usual_extension(const Sections &sections, int ends) {
     return ends == MENSURA_SOS_ENDS_NONE ? 0 : checked(mensura_sos_extension(data_of(sections), count_of(sections)));
 }
 
+// The sample that is as far beyond an end as `mirrored` is on its other side; `last` is the sample at the end.
+double beyond(int ends, double last, double mirrored) {
+    if (ends == MENSURA_SOS_ENDS_ODD) return 2 * last - mirrored;
+    return ends == MENSURA_SOS_ENDS_EVEN ? mirrored : last;
+}
+
+// Frames beyond both ends of a record, nearest to the end first at both.
+struct Extension {
+    std::vector<double> before, after;
+};
+
+Extension extended(int ends, std::span<const double> frames, std::size_t channels, std::size_t count) {
+    Extension extension{std::vector<double>(count * channels), std::vector<double>(count * channels)};
+    const std::size_t last = frames.size() - channels;
+    for (std::size_t i = 0; i < count * channels; ++i) {
+        const std::size_t k = i % channels, distance = (i / channels + 1) * channels;
+        extension.before[i] = beyond(ends, frames[k], frames[k + distance]);
+        extension.after[i] = beyond(ends, frames[last + k], frames[last + k - distance]);
+    }
+    return extension;
+}
+
+// Sections that run over frames in either direction.
+class Runner {
+  public:
+    Runner(const Sections &sections, std::size_t channels)
+        : sections_(sections), channels_(channels), states_(kRegisters * sections.size() * channels) {}
+
+    void settle(const double *frame) {
+        for (std::size_t k = 0; k < channels_; ++k)
+            checked(mensura_sos_steady_state(data_of(sections_), count_of(sections_), frame[k],
+                                             states_.data() + k * kRegisters * sections_.size()));
+    }
+    void forwards(std::span<double> frames) {
+        for (std::size_t i = 0; i < frames.size(); i += block()) run(frames.subspan(i).first(size_at(frames, i)), 1);
+    }
+    void backwards(std::span<double> frames) {
+        for (std::size_t i = 0; i < frames.size(); i += block()) {
+            const std::size_t size = size_at(frames, i);
+            run(frames.subspan(frames.size() - i - size, size), -1);
+        }
+    }
+
+  private:
+    // Frames that the processor's cache holds while all channels run over them.
+    std::size_t block() const { return 1024 * channels_; }
+    std::size_t size_at(std::span<double> frames, std::size_t i) const { return std::min(block(), frames.size() - i); }
+
+    void run(std::span<double> frames, int direction) {
+        double *const first = direction > 0 ? frames.data() : &frames[frames.size() - channels_];
+        const std::ptrdiff_t stride = direction * signed_size(channels_);
+        checked(mensura_sos_filter_channels(data_of(sections_), count_of(sections_), states_.data(),
+                                            static_cast<int>(channels_), first, stride, 1, first, stride, 1,
+                                            signed_size(frames.size() / channels_)));
+    }
+
+    const Sections &sections_;
+    std::size_t channels_;
+    std::vector<double> states_;
+};
+
 }  // namespace
 
 CascadeFilter::CascadeFilter(const Sections &sections) : sections_(sections) {
@@ -76,6 +137,21 @@ void filter_both_ways(const Sections &sections, int ends, std::span<double> samp
     const std::ptrdiff_t extension = n > 0 ? std::min(usual_extension(sections, ends), n - 1) : 0;
     checked(mensura_sos_filtfilt(data_of(sections), count_of(sections), ends, extension, samples.data(), 1,
                                  samples.data(), 1, n, nullptr));
+}
+
+// As mensura_sos_filtfilt does it for one channel, with its bits.
+void filter_both_ways(const Sections &sections, int ends, std::span<double> frames, std::size_t channels) {
+    if (frames.empty()) return;
+    const auto count = std::min(usual_extension(sections, ends), signed_size(frames.size() / channels) - 1);
+    auto [before, after] = extended(ends, frames, channels, static_cast<std::size_t>(count));
+    Runner runner(sections, channels);
+    runner.settle(count > 0 ? &before[before.size() - channels] : frames.data());
+    runner.backwards(before);
+    runner.forwards(frames);
+    runner.forwards(after);
+    runner.settle(count > 0 ? &after[after.size() - channels] : &frames[frames.size() - channels]);
+    runner.backwards(after);
+    runner.backwards(frames);
 }
 
 void remark_if_short(const std::string &name, std::size_t n, const Sections &sections, int ends) {

@@ -35,6 +35,9 @@ class CascadeFilter : public FrameFilter {
 // samples as usual or, in a short record, as can be.
 void filter_both_ways(const Sections &sections, int ends, std::span<double> samples);
 
+// The same for frames, all channels at once.
+void filter_both_ways(const Sections &sections, int ends, std::span<double> frames, std::size_t channels);
+
 // Says on stderr when a record of n samples is too short for the usual extension.
 void remark_if_short(const std::string &name, std::size_t n, const Sections &sections, int ends);
 

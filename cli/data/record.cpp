@@ -97,10 +97,13 @@ double rate_of(const Record &record) {
 }
 
 void remark_missing(const Record &record) {
-    for (const Channel &channel : record.channels)
-        if (channel.missing > 0 && channel.has_numbers())
-            remark("{}: {}: {} of {} cells are missing; the value before them stands in for them", record.name,
-                   channel.name, channel.missing, record.length());
+    for (const Channel &channel : record.channels) remark_missing(record.name, channel);
+}
+
+void remark_missing(const std::string &file, const Channel &channel) {
+    if (channel.missing > 0 && channel.has_numbers())
+        remark("{}: {}: {} of {} cells are missing; the value before them stands in for them", file, channel.name,
+               channel.missing, channel.samples.size());
 }
 
 Record read_signals(const InputOptions &input) {

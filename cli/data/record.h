@@ -59,6 +59,7 @@ double rate_of(const Record &record);
 
 // Says on stderr how many cells of each channel were missing.
 void remark_missing(const Record &record);
+void remark_missing(const std::string &file, const Channel &channel);
 
 // The columns of numbers or the channels of a file, of which the rate must be known.
 Record read_signals(const InputOptions &input);

@@ -1,29 +1,19 @@
 #include "cli/data/sound_record.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <span>
 #include <vector>
 
 #include "cli/data/sound.h"
+#include "cli/files/output.h"
+#include "cli/plot/comparison.h"
+#include "cli/plot/options.h"
 
 namespace cli {
 
 namespace {
-
-// Room for samples in pages of 2 MiB where the system has them: handing out memory in pages of 4 KiB takes longer than
-// filtering it.
-void reserve(std::vector<double> &samples, std::size_t count) {
-    constexpr std::uintptr_t kPage = 1 << 21;
-    samples.reserve(count);
-    const auto begin = reinterpret_cast<std::uintptr_t>(samples.data()), end = begin + count * sizeof(double);
-    const std::uintptr_t first = (begin + kPage - 1) / kPage * kPage;
-    if (first < end) madvise(samples.data() + (first - begin) / sizeof(double), end - first, MADV_HUGEPAGE);
-}
 
 // Appends channel k of the frames.
 void append(Channel &channel, std::span<const double> frames, std::size_t k, std::size_t channels) {
@@ -54,7 +44,7 @@ Record read_sound(Source &source, const InputOptions &input) {
     record.rate = sound.rate();
     for (std::size_t i = 0; i < sound.channels(); ++i) {
         record.channels.push_back({.name = sound.channel_name(i)});
-        reserve(record.channels[i].samples, sound.known_frames());
+        record.channels[i].samples.reserve(sound.known_frames());
     }
     std::vector<double> frames(kSoundFrames * sound.channels());
     while (const std::size_t count = sound.read(frames))
@@ -62,6 +52,49 @@ Record read_sound(Source &source, const InputOptions &input) {
             append(record.channels[k], std::span(frames).first(count), k, sound.channels());
     for (Channel &channel : record.channels) close(channel);
     return record;
+}
+
+WholeSound::WholeSound(Source &source, const InputOptions &input) : sound_(source) {
+    sound_.check_request(input);
+    frames_.reserve(sound_.known_frames() * sound_.channels());
+    std::vector<double> block(kSoundFrames * sound_.channels());
+    while (const std::size_t count = sound_.read(block))
+        frames_.insert(frames_.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(count));
+    if (std::ranges::any_of(frames_, [](double x) { return std::isnan(x); })) fill_missing();
+}
+
+void WholeSound::fill_missing() {
+    for (std::size_t k = 0; k < sound_.channels(); ++k) {
+        Channel channel{.name = sound_.channel_name(k)};
+        append(channel, frames_, k, sound_.channels());
+        close(channel);
+        for (std::size_t i = 0; i < channel.samples.size(); ++i)
+            frames_[i * sound_.channels() + k] = channel.samples[i];
+        if (channel.missing > 0) remark_missing(sound_.name(), channel);
+    }
+}
+
+void WholeSound::rewrite(const Files &files, const Change &change, const std::string &title) {
+    const std::vector<double> before = files.plot.wanted() ? frames_ : std::vector<double>();
+    change(frames_, sound_.channels());
+    Comparison comparison(files.plot);
+    comparison.add(before, frames_, sound_.channels());
+    write(data_file(files.plot, files.output));
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < sound_.channels(); ++i) names.push_back(sound_.channel_name(i));
+    comparison.draw(title, names, sound_.rate());
+}
+
+void WholeSound::write(const std::string &file) const {
+    Output out(file);
+    SoundWriter result(out, sound_, sound_.format().samplerate, length());
+    for (std::span<const double> rest = frames_; !rest.empty();) {
+        const std::size_t block = std::min(rest.size(), kSoundFrames * sound_.channels());
+        result.write(rest.first(block));
+        rest = rest.subspan(block);
+    }
+    result.finish();
+    out.commit();
 }
 
 void write_sound(const Record &record, Output &out, std::size_t every) {

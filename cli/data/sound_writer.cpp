@@ -143,12 +143,14 @@ void SoundWriter::write_integers(std::span<const double> samples) {
     const int bits = sample_bits(format_);
     const double scale = std::ldexp(1.0, bits - 1), to_32_bits = std::ldexp(1.0, 32 - bits);
     integers_.resize(samples.size());
+    std::size_t clipped = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const double wanted = samples[i] * scale;  // may be infinite or not a number
-        clipped_ += wanted >= -scale - 0.5 && wanted < scale - 0.5 ? 0 : 1;
-        const double held = rounded(std::clamp(wanted, -scale, scale - 1)) * to_32_bits;
-        integers_[i] = std::isnan(held) ? 0 : static_cast<int>(held);
+        clipped += wanted >= -scale - 0.5 && wanted < scale - 0.5 ? 0U : 1U;
+        const double held = std::min(std::max(std::isnan(wanted) ? 0.0 : wanted, -scale), scale - 1);
+        integers_[i] = static_cast<int>(rounded(held) * to_32_bits);
     }
+    clipped_ += clipped;
     if (sf_write_int(file_.get(), integers_.data(), static_cast<sf_count_t>(samples.size())) !=
         static_cast<sf_count_t>(samples.size()))
         fail("{}: {}", out_.name(), sf_strerror(file_.get()));
