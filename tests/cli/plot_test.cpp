@@ -91,10 +91,8 @@ TEST_F(CommandLine, spectra_have_units_and_labels_at_lines) {
     std::string text = "current [A]\n";
     std::mt19937 noise(1);
     for (int i = 0; i < 4000; ++i)
-        text += std::to_string(std::sin(0.4 * i) + 1e-10 * static_cast<double>(noise())) +
-                "
-                ";
-                write("x.csv", text);
+        text += std::to_string(std::sin(0.4 * i) + 1e-10 * static_cast<double>(noise())) + "\n";
+    write("x.csv", text);
     const std::string spectrum = "spectrum x.csv --rate 1000 --window hanning --plot-script ";
     EXPECT_EQ(run(spectrum + "--db --axis log"), 0) << err;
     for (const char *part : {"set ylabel 'current [dB re 1 A]'", "set label '63.66 Hz'", "set logscale x"})
