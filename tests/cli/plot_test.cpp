@@ -97,7 +97,7 @@ TEST_F(CommandLine, spectra_have_units_and_labels_at_lines) {
     EXPECT_EQ(run(spectrum + "--db --axis log"), 0) << err;
     for (const char *part : {"set ylabel 'current [dB re 1 A]'", "set label '63.66 Hz'", "set logscale x"})
         EXPECT_HAS(out, part);
-    EXPECT_EQ(out.find("set label"), out.rfind("set label"));
+    EXPECT_EQ(out.find("set label '"), out.rfind("set label '"));
     EXPECT_EQ(run(spectrum + "--density"), 0) << err;
     EXPECT_HAS(out, "set ylabel 'current, density [A^2/Hz]'");
 }
