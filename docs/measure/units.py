@@ -1,9 +1,10 @@
 """docs/units.md: the calls of SciPy and NumPy that do the same, and how far their results agree."""
 
 import math
+import subprocess
 
 import numpy as np
-from binding import OdeFunction, TIIRFilter, sections_of
+from binding import OdeFunction, TIIRFilter, companion, sections_of
 from cascade import (ALL_PASS, BAND_PASS, BESSEL, BUTTERWORTH, CHEBYSHEV, ELLIPTIC, HIGH_PASS, INVERSE_CHEBYSHEV, LOW_PASS,
                      NOTCH, Designer)
 from figures import below, fixed, require
@@ -148,6 +149,15 @@ class Peers:
                 theirs.append(signal.savgol_filter(x, window, degree, mode="interp"))
         return np.array(ours), np.array(theirs)
 
+    def spectra(self, arguments, theirs, n=N):
+        """What the companion prints of a record; theirs: a function of the samples, the rate and the weights."""
+        x, rate, segment = noise(11, n) + 1.0, 360.0, 256 if "--average" in arguments or arguments[0] == "spectrogram" else n
+        settings = ["--rate", str(rate), "--window", "hanning"] + ([] if segment == n else ["--segment", "256", "--no-mean"])
+        result = subprocess.run([companion(self.library), *arguments, *settings], input="\n".join(map(repr, x.tolist())),
+                                capture_output=True, text=True, check=True)
+        ours = [float(line.split(",")[-1]) for line in result.stdout.splitlines()[1:]]
+        return np.array(ours), theirs(x, rate, self.window(HANNING, segment))
+
     def derivative(self, h=1 / 360):
         x, y = noise(8), np.zeros(N)
         self.library.central_difference(x, y, N, h)
@@ -277,6 +287,7 @@ def names(library):
     (ours, theirs), inner = peers.zero_phase(2000), slice(100, -100)
     return {
         "rounding": ROUNDING,
+        "unpadded": 32768,
         "agree": {
             "fft": agreement(*max((peers.transform("FFT", m) for m in (1024, 65536)), key=lambda pair: difference(*pair))),
             "inverse_fft": agreement(*peers.transform("FFT", 1024, 1)),
@@ -305,6 +316,19 @@ def names(library):
             "zero_phase": agreement(*peers.zero_phase(padtype=None)),
             "response": agreement(*peers.response()),
             "smoothers": agreement(*peers.smoothers()),
+            "periodogram": agreement(*peers.spectra(
+                ["spectrum", "--density"], lambda x, fs, w: signal.periodogram(x, fs, window=w, detrend=False)[1])),
+            "welch": agreement(*peers.spectra(
+                ["spectrum", "--average", "--density"], lambda x, fs, w: signal.welch(x, fs, window=w)[1])),
+            "welch_median": agreement(*peers.spectra(
+                ["spectrum", "--average", "--median", "--density"],
+                lambda x, fs, w: signal.welch(x, fs, window=w, average="median")[1])),
+            "spectrogram": agreement(*peers.spectra(
+                ["spectrogram", "--density"],
+                lambda x, fs, w: signal.spectrogram(x, fs, window=w, noverlap=128)[2].T.ravel())),
+            "power": agreement(*peers.spectra(
+                ["spectrum", "--average", "--power"],
+                lambda x, fs, w: signal.welch(x, fs, window=w, scaling="spectrum")[1])),
             "derivative": agreement(*peers.derivative()),
             "roots": agreement(*peers.roots()),
             "classical": agreement(*peers.classical()),
