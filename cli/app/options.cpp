@@ -1,12 +1,33 @@
 #include "cli/app/options.h"
 
+#include "cli/app/names.h"
+
 namespace cli {
+
+namespace {
+
+struct GapWord {
+    const char *word;
+    GapPolicy policy;
+};
+constexpr GapWord kGaps[] = {{"hold", GapPolicy::Hold}, {"split", GapPolicy::Split}, {"error", GapPolicy::Error}};
+
+}  // namespace
 
 void add_reading(const Command &app, InputOptions &input) {
     app.add_option("--column", input.columns,
                    "column by name or number from 1; repeatable; default every column of numbers")
         .type_name("NAME|N")
         .one_at_a_time();
+    app.add_option("--time", input.time,
+                   "the column of times by name or number; default: the first that is called so, such as time, t, "
+                   "timestamp, date")
+        .type_name("NAME|N");
+    add_choice(
+        app, "--gaps", kGaps, &GapWord::word, [&input](const GapWord &gap) { input.gaps = gap.policy; },
+        "where rows or cells are missing: {}; hold, the default, takes the last value, split starts anew after a long "
+        "hole, error refuses")
+        .type_name("HOW");
 }
 
 void add_input(const Command &app, InputOptions &input) {

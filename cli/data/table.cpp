@@ -8,7 +8,7 @@
 #include "cli/app/diagnostics.h"
 #include "cli/app/number.h"
 #include "cli/data/csv.h"
-#include "cli/data/times.h"
+#include "cli/data/time_names.h"
 
 namespace cli {
 
@@ -130,8 +130,6 @@ bool TableReader::looks_like_header() const {
 
 void TableReader::read_header() {
     for (const std::string_view cell : cells_) names_.push_back(name_in(cell));
-    for (std::size_t i = 0; i < names_.size() && !has_time(); ++i)
-        if (const double unit = unit_of_time(names_[i]); unit > 0) time_ = {i, unit};
 }
 
 void TableReader::begin_rows() {
@@ -140,39 +138,79 @@ void TableReader::begin_rows() {
         for (const std::string &word : names_) name += (name.empty() ? "" : " ") + word;
         names_ = {name};
         width_ = 1;
-        time_ = {};
-        if (const double unit = unit_of_time(name); unit > 0) time_ = {0, unit};
     }
+    check_width();
+    find_time();
     choose_columns();
 }
+
+void TableReader::find_time() {
+    if (!input_.time.empty()) {
+        const std::size_t index = index_of(input_.time);
+        if (!take_time(index))
+            reject("{}:{}:{}: --time {}: no time of a form that is known{}{}", lines_.name(), line_.number, index + 1,
+                   input_.time, time_doubt_.empty() ? "" : "; ", time_doubt_);
+        return;
+    }
+    for (const std::size_t index : time_columns(names_))
+        if (take_time(index)) return;
+}
+
+// A column called like a time is one if its first cell is.
+bool TableReader::take_time(std::size_t index) {
+    const TimeName name = index < names_.size() ? cli::time_name(names_[index]).value_or(TimeName{}) : TimeName{};
+    TimeCells cells(name, input_.decimal);
+    const std::string_view cell = content(cells_[index]);
+    if (!is_missing(cell) && !cells.parse(cell)) {
+        if (!cells.doubt().empty() && time_doubt_.empty())
+            time_doubt_ = fmt::format("{}:{}:{}: {}", lines_.name(), line_.number, index + 1, cells.doubt());
+        return false;
+    }
+    time_ = {index, cells};
+    time_doubt_.clear();
+    return true;
+}
+
+// Times, and the dates beside them, are no data unless they are asked for.
+bool TableReader::is_left_alone(std::size_t index) const {
+    if (index == time_.index || !has_time() || index >= names_.size()) return index == time_.index;
+    const std::optional<TimeName> name = cli::time_name(names_[index]);
+    return name && name->date;
+}
+
+std::string TableReader::name_of(std::size_t index) const {
+    return index < names_.size() && !names_[index].empty() ? names_[index] : fmt::format("column {}", index + 1);
+}
+
+std::string TableReader::time_name() const { return name_of(time_.index); }
 
 void TableReader::choose_columns() {
     for (const std::string &wanted : input_.columns) choose(wanted);
     for (std::size_t i = 0; i < width_ && input_.columns.empty(); ++i)
-        if (i != time_.index) columns_.push_back({.index = i});
-    for (Column &column : columns_)
-        column.name = column.index < names_.size() && !names_[column.index].empty()
-                          ? names_[column.index]
-                          : fmt::format("column {}", column.index + 1);
+        if (!is_left_alone(i)) columns_.push_back({.index = i});
+    for (Column &column : columns_) column.name = name_of(column.index);
     if (columns_.empty()) reject("{}:{}: the only column is the time", lines_.name(), line_.number);
     column_of_cell_.assign(width_, kNone);
     for (std::size_t i = 0; i < columns_.size(); ++i) column_of_cell_[columns_[i].index] = i;
     values_.resize(columns_.size());
 }
 
-void TableReader::choose(const std::string &wanted) {
-    std::size_t index = static_cast<std::size_t>(std::ranges::find(names_, wanted) - names_.begin());
-    if (index == names_.size()) {
-        const std::optional<double> number = parse_number(wanted);
-        const bool whole = number && *number >= 1 && *number <= static_cast<double>(width_) &&
-                           *number == static_cast<double>(static_cast<std::size_t>(*number));
-        if (!whole) {
-            std::string names;
-            for (const std::string &name : names_) names += (names.empty() ? ": " : ", ") + name;
-            reject("{}: no column \"{}\"; it has the columns 1 to {}{}", lines_.name(), wanted, width_, names);
-        }
-        index = static_cast<std::size_t>(*number) - 1;
+std::size_t TableReader::index_of(const std::string &wanted) const {
+    const auto index = static_cast<std::size_t>(std::ranges::find(names_, wanted) - names_.begin());
+    if (index < names_.size()) return index;
+    const std::optional<double> number = parse_number(wanted);
+    const bool whole = number && *number >= 1 && *number <= static_cast<double>(width_) &&
+                       *number == static_cast<double>(static_cast<std::size_t>(*number));
+    if (!whole) {
+        std::string names;
+        for (const std::string &name : names_) names += (names.empty() ? ": " : ", ") + name;
+        reject("{}: no column \"{}\"; it has the columns 1 to {}{}", lines_.name(), wanted, width_, names);
     }
+    return static_cast<std::size_t>(*number) - 1;
+}
+
+void TableReader::choose(const std::string &wanted) {
+    const std::size_t index = index_of(wanted);
     const auto same = [index](const Column &column) { return column.index == index; };
     if (std::ranges::none_of(columns_, same)) columns_.push_back({.index = index, .chosen = true});
 }
@@ -213,12 +251,13 @@ void TableReader::reject_cell(std::size_t index) const {
            comma ? " with a decimal point" : "");
 }
 
-double TableReader::time() const {
-    const std::optional<double> number = parse_number(content(cells_[time_.index]));
-    if (!number && is_missing(cells_[time_.index]))
-        reject("{}:{}:{}: the time is missing", lines_.name(), line_.number, time_column());
-    if (!number) reject_cell(time_.index);
-    return *number * time_.unit;
+double TableReader::time() { return time_.cells.parse(content(cells_[time_.index])).value_or(kMissing); }
+
+void TableReader::reject_time() const {
+    const std::string_view cell = content(cells_[time_.index]);
+    if (is_missing(cell)) reject("{}:{}:{}: the time is missing", lines_.name(), line_.number, time_column());
+    reject("{}:{}:{}: \"{}\" is not a time like that of the first row (column {})", lines_.name(), line_.number,
+           time_column(), cell.substr(0, 40), time_name());
 }
 
 void TableReader::write_row(Output &out, const std::vector<double> &numbers) const {

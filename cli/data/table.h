@@ -10,6 +10,7 @@
 #include "cli/data/input.h"
 #include "cli/data/lines.h"
 #include "cli/data/source.h"
+#include "cli/data/time_cells.h"
 #include "cli/data/units.h"
 #include "cli/files/output.h"
 
@@ -46,9 +47,13 @@ class TableReader {
     // The row's numbers in the order of columns(): NaN where a cell is missing or its column is text.
     const std::vector<double> &values() const { return values_; }
     bool has_time() const { return time_.index != kNone; }
-    // The row's time in seconds, and the number of its column.
-    double time() const;
-    std::size_t time_column() const { return time_.index + 1; }
+    // The row's time in seconds since the first; NaN if it is missing or no time.  Call it once for each row, in order.
+    double time();
+    [[noreturn]] void reject_time() const;
+    std::size_t time_column() const { return time_.index + 1; }  // from 1
+    std::string time_name() const;
+    // Why a column that is called like a time is not taken for one; empty: there is none.
+    const std::string &time_doubt() const { return time_doubt_; }
 
     // The row with new numbers in its cells; missing cells and text stay.
     void write_row(Output &out, const std::vector<double> &numbers) const;
@@ -61,7 +66,7 @@ class TableReader {
   private:
     struct Time {
         std::size_t index = kNone;
-        double unit = 1;  // seconds
+        TimeCells cells{{}, '.'};
     };
 
     void find_separator();
@@ -71,6 +76,11 @@ class TableReader {
     void read_header();
     void choose_columns();
     void choose(const std::string &wanted);
+    std::size_t index_of(const std::string &wanted) const;
+    std::string name_of(std::size_t index) const;
+    void find_time();
+    bool take_time(std::size_t index);
+    bool is_left_alone(std::size_t index) const;
     void check_width() const;
     void read_row();
 
@@ -86,6 +96,7 @@ class TableReader {
     std::vector<std::size_t> column_of_cell_;  // kNone: the cell is left alone
     std::vector<double> values_;
     Time time_;
+    std::string time_doubt_;
 };
 
 }  // namespace cli

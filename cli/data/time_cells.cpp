@@ -162,9 +162,9 @@ std::optional<Instant> date_time(std::string_view cell, DateOrder order) {
     return Instant{*days * kDay + time->seconds, time->fraction};
 }
 
-// A plain number with this decimal mark.
+// A plain number with this decimal mark; '\0': either.
 std::optional<double> plain_number(std::string_view cell, char decimal) {
-    if (decimal != ',') return parse_number(cell);
+    if (decimal == '.' || (decimal == '\0' && cell.find(',') == std::string_view::npos)) return parse_number(cell);
     std::array<char, 64> text;
     if (cell.size() > text.size() || cell.find('.') != std::string_view::npos) return {};
     std::ranges::replace_copy(cell, text.begin(), ',', '.');

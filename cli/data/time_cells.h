@@ -20,7 +20,7 @@ struct Instant {
 // a time of day, and times of day, which may cross midnight.
 class TimeCells {
   public:
-    // `decimal` is the mark in plain numbers; in fractions of a second both are understood.
+    // `decimal` is the mark in plain numbers, '\0': not known; in fractions of a second both are understood.
     TimeCells(const TimeName &name, char decimal) : name_(name), decimal_(decimal) {}
 
     // Seconds since the first cell that was a time; none for what is not a time of the same form.  The digits of long
