@@ -20,7 +20,6 @@
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
 #include "cli/data/table.h"
-#include "cli/data/times.h"
 
 namespace cli {
 
@@ -129,20 +128,29 @@ class Decimator {
     Gaps gaps_;
 };
 
+// The low-pass, or nothing where every row is kept.
+std::unique_ptr<FrameFilter> filter_of(const LowPass &filter) {
+    if (filter.sections.empty()) return std::make_unique<ChannelByChannel>([] { return [](double x) { return x; }; });
+    return std::make_unique<CascadeFilter>(filter.sections);
+}
+
+// Kept is every FACTOR-th sample.  Those that no row gives count as well, unless all starts anew after them.
 void decimate_table(const Options &options, const LowPass &filter, Source &source) {
     TableReader table(source, options.input);
     Output out(options.output);
-    Decimator decimator(options, filter.sections);
-    EvenTimes times(source.name());
-    std::vector<double> row;
+    const std::unique_ptr<FrameFilter> low_pass = filter_of(filter);
+    RowFilter rows(table, options.input, source.name(), *low_pass);
+    std::size_t sample = 0;
     if (options.input.rate) report_on(options, filter, *options.input.rate);
     for_each_line(table, out, [&] {
         if (table.kind() != LineKind::Data) return table.write_line(out);
-        if (!options.input.rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
-        row = table.values();
-        if (!decimator.run(row, row.size()).empty()) table.write_row(out, row);
+        const std::vector<double> &row = rows.run();
+        const Hole &hole = rows.hole();
+        sample = hole.is_long && options.input.gaps == GapPolicy::Split ? 0 : sample + hole.rows;
+        if (sample++ % options.step() == 0) table.write_row(out, row);
     });
-    if (!options.input.rate) report_on(options, filter, table.has_time() && table.rows() > 1 ? times.rate() : 0);
+    if (!options.input.rate) report_on(options, filter, rows.rate());
+    rows.finish();
     out.commit();
 }
 
@@ -171,7 +179,8 @@ void decimate_record(const Options &options, const LowPass &filter, Source &sour
     if (!filter.sections.empty()) {
         remark_if_short(record.name, record.length(), filter.sections, MENSURA_SOS_ENDS_ODD);
         for (Channel &channel : record.channels)
-            if (channel.has_numbers()) filter_both_ways(filter.sections, MENSURA_SOS_ENDS_ODD, channel.samples);
+            for (const Piece &piece : channel.pieces)
+                filter_both_ways(filter.sections, MENSURA_SOS_ENDS_ODD, samples_of(channel, piece));
     }
     Output out(options.output);
     write_record(record, out, options.step());

@@ -37,7 +37,7 @@ void run(const Options &options) {
         const std::vector<double> x(piece.begin(), piece.end());
         central_difference(x.data(), piece.data(), static_cast<int>(x.size()), h);
     };
-    rewrite_record(record, options.files, change, "derivative over time", derivative_name);
+    rewrite_record(record, options.files, change, "derivative over time", 2, derivative_name);
 }
 
 }  // namespace

@@ -44,6 +44,7 @@ constexpr const char *kExamples =
     "  mensura filter notch --cutoff 50Hz --bandwidth 4Hz --zero-phase --plot=hum.svg -o clean.wav hum.wav\n"
     "  mensura filter --sos sections.csv ecg.csv > clean.csv\n";
 
+constexpr std::size_t kFewest = 4;             // samples for an automatic cut-off
 constexpr std::size_t kLongTransform = 40000;  // samples: from here on the user has to wait noticeably
 
 constexpr std::initializer_list<const char *> kDesignOptions = {
@@ -148,7 +149,7 @@ void report_cutoff(const std::string &channel, double cutoff, double nyquist, bo
 // Gives the bits of dataZeroPhaseFilter, which is given the sampling interval: hence the rate as 1 / (1 / rate).
 void filter_automatically(const Channel &channel, std::span<double> samples, double given_rate, double ratio,
                           bool quiet) {
-    if (samples.size() < 4) reject("--auto needs 4 samples at least; there are {}", samples.size());
+    if (samples.size() < kFewest) reject("--auto needs {} samples at least; there are {}", kFewest, samples.size());
     if (samples.size() > kLongTransform)
         remark("{}: finding the cut-off from {} samples, in a time that grows as their square", channel.name,
                samples.size());
@@ -165,7 +166,8 @@ void run_automatically(const Options &options, Record &record) {
     const Change change = [&](const Channel &channel, std::span<double> piece) {
         filter_automatically(channel, piece, rate, ratio, options.quiet);
     };
-    rewrite_record(record, options.files, change, "zero-phase lowpass, cut-off from the spectrum");
+    rewrite_record(record, options.files, change, "zero-phase lowpass, cut-off from the spectrum",
+                   record.length() < kFewest ? 0 : kFewest);
 }
 
 void run_on_record(const Options &options, Record &record) {

@@ -67,14 +67,16 @@ void run(const Options &options) {
     Source source(options.files.input.file);
     refuse_sound(source);
     Record record = read_record(source, options.files.input);
-    if (record.length() < static_cast<std::size_t>(smoother.window))
+    const auto window = static_cast<std::size_t>(smoother.window);
+    if (record.length() < window)
         remark("{}: nothing is smoothed: the window is longer than the record of {}", record.name, record.length());
     const Change change = [&smoother](const Channel &, std::span<double> piece) {
         const std::vector<double> x(piece.begin(), piece.end());
         smoother.function(x.data(), piece.data(), static_cast<int>(x.size()));
     };
     rewrite_record(record, options.files, change,
-                   fmt::format("smoothed, degree {}, window {}", smoother.degree, smoother.window));
+                   fmt::format("smoothed, degree {}, window {}", smoother.degree, smoother.window),
+                   record.length() < window ? 0 : window);
 }
 
 }  // namespace

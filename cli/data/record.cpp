@@ -4,52 +4,136 @@
 #include <climits>
 #include <cmath>
 #include <cstddef>
+#include <span>
+#include <utility>
 
 #include "cli/app/diagnostics.h"
+#include "cli/data/gap_report.h"
+#include "cli/data/record_times.h"
 #include "cli/data/sound_record.h"
 #include "cli/data/table.h"
-#include "cli/data/times.h"
 
 namespace cli {
 
 namespace {
 
-// Missing cells at the beginning of a record take the value of the first number.
-void fill_front(std::vector<double> &samples) {
+// Runs of samples that no more than `most` missing ones interrupt.  What is missing at an end belongs to the run next to
+// it if it is that short.
+std::vector<Piece> pieces_of(std::span<const double> samples, std::size_t most) {
+    std::vector<Piece> pieces;
+    std::size_t missing = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        if (std::isnan(samples[i])) {
+            ++missing;
+            continue;
+        }
+        const bool anew = pieces.empty() || missing > most;
+        if (anew) pieces.push_back({missing > most ? i : i - missing, i});
+        pieces.back().end = i + 1;
+        missing = 0;
+    }
+    if (!pieces.empty() && missing <= most) pieces.back().end = samples.size();
+    return pieces;
+}
+
+// The last value stands in for what is missing; before the first number, that one does.
+void hold(std::span<double> samples) {
     const auto first = std::ranges::find_if(samples, [](double x) { return !std::isnan(x); });
-    if (first != samples.end()) std::fill(samples.begin(), first, *first);
+    if (first == samples.end()) return;
+    std::fill(samples.begin(), first, *first);
+    for (std::size_t i = 1; i < samples.size(); ++i)
+        if (std::isnan(samples[i])) samples[i] = samples[i - 1];
 }
 
-void append(Channel &channel, double value, Missing missing) {
-    std::vector<double> &samples = channel.samples;
-    channel.missing += std::isnan(value);
-    const bool held = missing == Missing::Fill && std::isnan(value) && !samples.empty();
-    samples.push_back(held ? samples.back() : value);
+void close(Channel &channel, const Record &record, Missing missing) {
+    channel.missing =
+        static_cast<std::size_t>(std::ranges::count_if(channel.samples, [](double x) { return std::isnan(x); }));
+    if (!channel.has_numbers()) return;
+    const bool split = record.input.gaps == GapPolicy::Split;
+    channel.pieces =
+        split ? pieces_of(channel.samples, short_hole(record.rate)) : std::vector<Piece>{{0, channel.samples.size()}};
+    if (missing == Missing::Keep) return;
+    for (const Piece &piece : channel.pieces) hold(samples_of(channel, piece));
+    hold(channel.samples);
 }
 
-void close(Channel &channel, Missing missing) {
-    if (missing == Missing::Fill) fill_front(channel.samples);
-    if (channel.has_numbers()) channel.pieces = {{0, channel.samples.size()}};
+// Puts the samples of missing rows in, so that all are even: as many as there are or, where none is needed beyond the end
+// of a piece, as tell that the hole is long.
+void insert(const std::vector<MissingRows> &holes, Record &record) {
+    if (holes.empty()) return;
+    constexpr std::size_t kMostTimes = 10, kMostCells = 10'000'000;  // more than the rows, and cells anyway
+    const bool split = record.input.gaps == GapPolicy::Split;
+    const std::size_t rows = record.length(), most = split ? short_hole(record.rate) + 1 : kMostHeld;
+    std::size_t row = 0, shift = 0;
+    for (const MissingRows &hole : holes) {
+        for (; row < hole.row; ++row) record.sample_of_row.push_back(row + shift);
+        shift += std::min(hole.count, most);
+        if (!split && hole.count > most && record.cut_hole == 0) record.cut_hole = hole.row;
+    }
+    for (; row < rows; ++row) record.sample_of_row.push_back(row + shift);
+    record.missing_rows = shift;
+    if (shift > kMostTimes * rows + kMostCells / record.channels.size())
+        reject("{}: the holes in its times are {} times as long as the rest; --gaps split leaves them out", record.name,
+               shift / rows);
+    for (Channel &channel : record.channels) {
+        std::vector<double> even(rows + shift, kMissing);
+        for (std::size_t i = 0; i < rows; ++i) even[record.sample_of_row[i]] = channel.samples[i];
+        channel.samples = std::move(even);
+    }
+}
+
+// Reports the cells that are missing in a row, and refuses them under --gaps error.  `lines` has the line of each row.
+void report_cells(const Record &record, const Channel &channel, const std::vector<std::size_t> &lines,
+                  GapReport &report) {
+    const std::size_t most = short_hole(record.rate);
+    std::size_t cells = 0, first = 0;
+    for (std::size_t row = 0; row <= lines.size(); ++row) {
+        const bool missing = row < lines.size() && std::isnan(channel.samples[record.sample_of(row)]);
+        if (missing && cells++ == 0) first = row;
+        if (missing) continue;
+        if (cells > most) report.cells_missing(lines[first], channel.name, cells, record.rate);
+        cells = 0;
+    }
+}
+
+void refuse_missing(const Record &record, const TableReader &table, const std::vector<std::size_t> &lines,
+                    const GapReport &report) {
+    for (std::size_t row = 0; row < lines.size(); ++row)
+        for (std::size_t i = 0; i < record.channels.size(); ++i)
+            if (table.columns()[i].kind == Column::Numbers && std::isnan(record.channels[i].samples[row]))
+                report.cell_missing(lines[row], table.columns()[i].index, table.columns()[i].name);
 }
 
 Record read_csv(Source &source, const InputOptions &input, Missing missing) {
-    Record record{.name = source.name(), .rate = input.rate.value_or(0), .text = source.rest(), .input = input};
+    Record record{.name = source.name(), .text = source.rest(), .input = input};
     Source again(record.name, record.text);
     TableReader table(again, input);
-    EvenTimes times(record.name);
+    RecordTimes times(record.name, input);
+    std::vector<std::size_t> lines;
     while (table.next()) {
         if (table.kind() != LineKind::Data) continue;
-        if (!input.rate && table.has_time()) times.add(table.time(), table.line().number, table.time_column());
+        times.add(table);
+        lines.push_back(table.line().number);
         record.channels.resize(table.columns().size());
-        for (std::size_t i = 0; i < record.channels.size(); ++i) append(record.channels[i], table.values()[i], missing);
+        for (std::size_t i = 0; i < record.channels.size(); ++i)
+            record.channels[i].samples.push_back(table.values()[i]);
     }
-    if (!input.rate && table.has_time()) record.rate = times.rate();
     record.width = table.width();
+    record.rate = times.rate();
+    record.time_doubt = times.doubt().empty() ? table.time_doubt() : times.doubt();
+    GapReport report(record.name, input.gaps);
+    const std::vector<MissingRows> holes = times.holes(report, record.rate);
+    if (input.gaps == GapPolicy::Error) refuse_missing(record, table, lines, report);
+    insert(holes, record);
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         record.channels[i].name = table.columns()[i].name;
         record.channels[i].column = table.columns()[i].index;
-        close(record.channels[i], missing);
+        if (table.columns()[i].kind == Column::Numbers) report_cells(record, record.channels[i], lines, report);
+        close(record.channels[i], record, missing);
     }
+    report.close();
+    record.remarks = times.remarks();
+    for (std::string &line : report.take_lines()) record.remarks.push_back(std::move(line));
     return record;
 }
 
@@ -62,9 +146,27 @@ std::vector<std::size_t> columns_of(const Record &record) {
     return columns;
 }
 
+// Which rows are kept where every n-th sample is: those that lie there, counted from the first of a run.
+class Grid {
+  public:
+    Grid(const Record &record, std::size_t every) : record_(record), every_(every), most_(short_hole(record.rate)) {}
+
+    bool keeps(std::size_t row) {
+        const std::size_t sample = record_.sample_of(row);
+        const bool split = record_.input.gaps == GapPolicy::Split;
+        if (split && row > 0 && sample - record_.sample_of(row - 1) > most_ + 1) origin_ = sample;
+        return (sample - origin_) % every_ == 0;
+    }
+
+  private:
+    const Record &record_;
+    std::size_t every_, most_, origin_ = 0;
+};
+
 void write_table(const Record &record, Output &out, std::size_t every) {
     Source again(record.name, record.text);
     TableReader table(again, record.input);
+    Grid grid(record, every);
     std::vector<double> row(record.channels.size());
     while (table.next()) {
         if (table.kind() == LineKind::Header && record.rename) {
@@ -75,8 +177,9 @@ void write_table(const Record &record, Output &out, std::size_t every) {
             table.write_line(out);
             continue;
         }
-        if ((table.rows() - 1) % every != 0) continue;
-        for (std::size_t i = 0; i < row.size(); ++i) row[i] = record.channels[i].samples[table.rows() - 1];
+        if (!grid.keeps(table.rows() - 1)) continue;
+        const std::size_t sample = record.sample_of(table.rows() - 1);
+        for (std::size_t i = 0; i < row.size(); ++i) row[i] = record.channels[i].samples[sample];
         table.write_row(out, row);
         if (out.full()) out.flush();
     }
@@ -91,19 +194,24 @@ Record read_record(Source &source, const InputOptions &input, Missing missing) {
 }
 
 double rate_of(const Record &record) {
+    if (record.rate <= 0 && !record.time_doubt.empty())
+        reject("{}; give the sampling rate, such as --rate 1kHz", record.time_doubt);
     if (record.rate <= 0)
-        reject("{}: has no column called time; give the sampling rate, such as --rate 1kHz", record.name);
+        reject("{}: has no column called time; name it with --time, or give the sampling rate, such as --rate 1kHz",
+               record.name);
     return record.rate;
 }
 
 void remark_missing(const Record &record) {
-    for (const Channel &channel : record.channels) remark_missing(record.name, channel);
+    for (const std::string &line : record.remarks)
+        if (!line.empty()) report(line);
+    for (const Channel &channel : record.channels) remark_missing(record.name, channel, record.missing_rows);
 }
 
-void remark_missing(const std::string &file, const Channel &channel) {
-    if (channel.missing > 0 && channel.has_numbers())
-        remark("{}: {}: {} of {} cells are missing; the value before them stands in for them", file, channel.name,
-               channel.missing, channel.samples.size());
+void remark_missing(const std::string &file, const Channel &channel, std::size_t missing_rows) {
+    if (channel.missing > missing_rows && channel.has_numbers())
+        remark("{}: {}: {} of {} cells are missing; the last value before them stands in, at the start the first", file,
+               channel.name, channel.missing - missing_rows, channel.samples.size() - missing_rows);
 }
 
 Record read_signals(const InputOptions &input) {
@@ -116,6 +224,10 @@ Record read_signals(Source &source, const InputOptions &input) {
     std::erase_if(record.channels, [](const Channel &channel) { return !channel.has_numbers(); });
     if (record.channels.empty()) reject("{}: holds no numbers", record.name);
     rate_of(record);
+    if (record.cut_hole > 0)
+        reject(
+            "{}: the hole before row {} is longer than {} samples, too long for a spectrum; --gaps split leaves it out",
+            record.name, record.cut_hole + 1, kMostHeld);
     remark_missing(record);
     return record;
 }

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -21,13 +22,18 @@ struct Piece {
 
 struct Channel {
     std::string name = {};
-    std::vector<double> samples = {};  // a missing one is replaced by the one before it, or by the first
-    std::size_t missing = 0;
+    // Missing ones are replaced by the one before, or by the first.
+    std::vector<double> samples = {};
+    std::size_t missing = 0;         // samples that no cell gives
     std::size_t column = 0;          // of a CSV: its index in the table
     std::vector<Piece> pieces = {};  // what holds numbers, in order: one unless the record is split at its holes
 
     bool has_numbers() const { return missing < samples.size(); }  // else a column of text, or an empty one
 };
+
+inline std::span<double> samples_of(Channel &channel, const Piece &piece) {
+    return std::span(channel.samples).subspan(piece.begin, piece.end - piece.begin);
+}
 
 struct Record {
     std::string name = {};  // of its file
@@ -39,8 +45,12 @@ struct Record {
     std::size_t width = 0;                    // of a CSV: the columns of its table
     Rename rename = {};                       // gives the columns of numbers new names in the header
 
-    // Of a CSV with holes in its times that are filled: the sample that belongs to each row; empty: the row's number.
+    // Of a CSV with holes in its times: the sample that belongs to each row; empty: the row's number.
     std::vector<std::size_t> sample_of_row = {};
+    std::size_t missing_rows = 0;  // samples that no row gives
+    std::size_t cut_hole = 0;      // the row after the first hole that was too long to be filled; 0: there is none
+    std::vector<std::string> remarks = {};
+    std::string time_doubt = {};  // why a column is not taken for the times
 
     std::size_t length() const { return channels.front().samples.size(); }
     std::size_t sample_of(std::size_t row) const { return sample_of_row.empty() ? row : sample_of_row[row]; }
@@ -57,9 +67,10 @@ Record read_record(Source &source, const InputOptions &input, Missing missing = 
 // The rate; where it is not known, refuses the record with the option that gives it.
 double rate_of(const Record &record);
 
-// Says on stderr how many cells of each channel were missing.
+// Says on stderr what is missing, how it is taken, and what is wrong with the times.
 void remark_missing(const Record &record);
-void remark_missing(const std::string &file, const Channel &channel);
+// Of samples that are missing, those of whole rows are told apart.
+void remark_missing(const std::string &file, const Channel &channel, std::size_t missing_rows = 0);
 
 // The columns of numbers or the channels of a file, of which the rate must be known.
 Record read_signals(const InputOptions &input);

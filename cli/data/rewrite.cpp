@@ -4,25 +4,35 @@
 #include <span>
 #include <vector>
 
+#include "cli/app/diagnostics.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
 
 namespace cli {
 
 void rewrite_record(Record &record, const Files &files, const Change &change, const std::string &title,
-                    const Rename &rename) {
+                    std::size_t shortest, const Rename &rename) {
     remark_missing(record);
     Comparison comparison(files.plot);
     std::vector<std::string> names, new_names;
+    std::size_t left = 0;
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         Channel &channel = record.channels[i];
         const std::vector<double> before = files.plot.wanted() ? channel.samples : std::vector<double>();
-        for (const Piece &piece : channel.pieces)
-            change(channel, std::span(channel.samples).subspan(piece.begin, piece.end - piece.begin));
+        for (const Piece &piece : channel.pieces) {
+            const std::span<double> samples = samples_of(channel, piece);
+            if (samples.size() >= shortest)
+                change(channel, samples);
+            else
+                ++left;
+        }
         for (std::size_t k = 0; k < before.size(); ++k) comparison.add(i, before[k], channel.samples[k]);
         names.push_back(channel.name);
         if (rename) new_names.push_back(rename(channel.name));
     }
+    if (left > 0)
+        remark("{}: {} piece{} between holes {} shorter than {} samples: left as {}", record.name, left,
+               left == 1 ? "" : "s", left == 1 ? "is" : "are", shortest, left == 1 ? "it is" : "they are");
     Output out(data_file(files.plot, files.output));
     record.rename = rename;
     write_record(record, out);

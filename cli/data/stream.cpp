@@ -30,20 +30,71 @@ void Gaps::fill(std::span<double> frames, std::size_t channels) {
         }
 }
 
+void RowFilter::restart(std::size_t channel) {
+    filter_.restart(channel);
+    gaps_.forget(channel);
+}
+
+// Before the first row nothing is missing.
+void RowFilter::pass_hole() {
+    const std::size_t channels = gaps_.last().size();
+    if (policy_ == GapPolicy::Split && hole_.is_long) {
+        for (std::size_t k = 0; k < channels; ++k) restart(k);
+        return;
+    }
+    for (std::size_t i = 0; i < std::min(hole_.rows, kMostHeld); ++i) {
+        virtual_ = gaps_.last();
+        filter_.run(virtual_, channels);
+    }
+}
+
+// Of a column that holds numbers; a long hole ends at the next number.
+void RowFilter::count_missing(std::size_t channel) {
+    const Column &column = table_.columns()[channel];
+    if (column.kind != Column::Numbers) return;
+    Run &run = missing_[channel];
+    const std::size_t line = table_.line().number;
+    if (std::isnan(row_[channel])) {
+        holes_.report().cell_missing(line, column.index, column.name);
+        if (run.cells++ == 0) run.line = line;
+        return;
+    }
+    const bool is_long = run.cells > short_hole(holes_.rate());
+    if (is_long) holes_.cells_missing(run.line, column.name, run.cells);
+    if (is_long && policy_ == GapPolicy::Split) restart(channel);
+    run.cells = 0;
+}
+
+const std::vector<double> &RowFilter::run() {
+    hole_ = holes_.next();
+    row_ = table_.values();
+    missing_.resize(row_.size());
+    if (hole_.rows > 0) pass_hole();
+    for (std::size_t k = 0; k < row_.size(); ++k) count_missing(k);
+    gaps_.fill(row_, row_.size());
+    filter_.run(row_, row_.size());
+    return row_;
+}
+
+void RowFilter::finish() {
+    for (std::size_t k = 0; k < missing_.size(); ++k)
+        if (missing_[k].cells > short_hole(holes_.rate()))
+            holes_.cells_missing(missing_[k].line, table_.columns()[k].name, missing_[k].cells);
+    holes_.finish();
+}
+
 void stream_table(Source &source, const Files &files, FrameFilter &filter, const std::string &title, double rate) {
     TableReader table(source, files.input);
     Output out(data_file(files.plot, files.output));
     Comparison comparison(files.plot);
-    Gaps gaps;
-    std::vector<double> row;
+    RowFilter rows(table, files.input, source.name(), filter);
     for_each_line(table, out, [&] {
         if (table.kind() != LineKind::Data) return table.write_line(out);
-        row = table.values();
-        gaps.fill(row, row.size());
-        filter.run(row, row.size());
+        const std::vector<double> &row = rows.run();
         comparison.add(table.values(), row, row.size());
         table.write_row(out, row);
     });
+    rows.finish();
     out.commit();
     comparison.draw(title, names_of(table), rate);
 }

@@ -8,6 +8,7 @@
 
 #include "cli/app/options.h"
 #include "cli/data/frame_filter.h"
+#include "cli/data/row_gaps.h"
 #include "cli/data/sound.h"
 #include "cli/data/source.h"
 #include "cli/data/table.h"
@@ -19,9 +20,45 @@ namespace cli {
 class Gaps {
   public:
     void fill(std::span<double> frames, std::size_t channels);
+    // The last values; NaN where there is none yet.
+    const std::vector<double> &last() const { return last_; }
+    void forget(std::size_t channel) { last_[channel] = kMissing; }
 
   private:
     std::vector<double> last_;
+};
+
+// Feeds the rows of a table to a filter, and takes what is missing between and in them as --gaps says: the last values are
+// filtered in its place, or the filter starts anew.
+class RowFilter {
+  public:
+    RowFilter(TableReader &table, const InputOptions &input, const std::string &file, FrameFilter &filter)
+        : table_(table), policy_(input.gaps), holes_(table, input, file), filter_(filter) {}
+
+    // Filters the values of the table's row.  Returns the row, valid until the next call.
+    const std::vector<double> &run();
+    // The rows that are missing before the last one.
+    const Hole &hole() const { return hole_; }
+    double rate() const { return holes_.rate(); }
+    void finish();
+
+  private:
+    struct Run {
+        std::size_t cells = 0, line = 0;
+    };
+
+    void pass_hole();
+    void restart(std::size_t channel);
+    void count_missing(std::size_t channel);
+
+    TableReader &table_;
+    GapPolicy policy_;
+    RowGaps holes_;
+    FrameFilter &filter_;
+    Gaps gaps_;
+    Hole hole_;
+    std::vector<Run> missing_;  // the cells of each column that are missing up to this row
+    std::vector<double> row_, virtual_;
 };
 
 // `rate` is for the picture.
