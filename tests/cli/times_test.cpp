@@ -44,7 +44,7 @@ TEST_F(Times, are_known_by_their_name_and_never_changed) {
           {"Uhrzeit", "23:59:59 23:59:59.5 00:00:00.00 00:00:00.5"},
           {"tempo", "59:59.0 59:59.5 00:00.0 00:00.5"}}) {
         std::istringstream words(cells);
-        std::string csv = std::string(name) + ";x;valve\n", slopes = csv, cell;
+        std::string csv = std::string(name) + ";x;valve\n", slopes = std::string(name) + ";d(x)/dt;valve\n", cell;
         for (int i = 0; words >> cell; ++i) {
             if (const std::size_t blank = cell.find('_'); blank != std::string::npos) cell[blank] = ' ';
             csv += cell + ";" + std::to_string(i * i) + ";open\n";
@@ -65,10 +65,10 @@ TEST_F(Times, are_known_by_their_name_and_never_changed) {
     }
     write("x.csv", "date,time,x\n20240301,12:00:00.0,0\n20240301,12:00:00.5,1\n20240301,12:00:01.0,4\n");
     EXPECT_EQ(run("derive x.csv"), 0) << err;
-    EXPECT_EQ(out, "date,time,x\n20240301,12:00:00.0,2\n20240301,12:00:00.5,4\n20240301,12:00:01.0,6\n");
+    EXPECT_EQ(out, "date,time,d(x)/dt\n20240301,12:00:00.0,2\n20240301,12:00:00.5,4\n20240301,12:00:01.0,6\n");
     write("x.csv", "date,x\nfirst run,0\nlast run,1\n");
     EXPECT_EQ(run("derive --rate 2 x.csv"), 0) << err;
-    EXPECT_EQ(out, "date,x\nfirst run,2\nlast run,2\n");
+    EXPECT_EQ(out, "date,d(x)/dt\nfirst run,2\nlast run,2\n");
 }
 
 TEST_F(Times, that_can_be_read_in_two_ways_or_are_none_are_refused) {
@@ -103,7 +103,8 @@ TEST_F(Times, are_compared_with_the_rate_that_is_given) {
     EXPECT_EQ(err, "");
     // Clocks of a second, and rows that come ten times as often.
     std::string coarse = "t;x\n";
-    for (int i = 0; i < 95; ++i) coarse += std::to_string((i + 3) / 10) + ";" + std::to_string(i * i) + "\n";
+    for (int i = 0; i < 95; ++i)
+        coarse.append(std::to_string((i + 3) / 10)).append(";").append(std::to_string(i * i)).append("\n");
     write("x.csv", coarse);
     EXPECT_EQ(shell("$M derive x.csv | sed -n 12p"), 0);
     EXPECT_EQ(out, "1;200\n");
