@@ -83,11 +83,12 @@ void add_density(const Command &app, SpectrumOptions &options) {
 void add_segments(const Command &app, std::optional<int> &segment, std::optional<double> &overlap,
                   const std::string &default_segment) {
     const auto take_segment = [&segment](int samples) {
-        if (samples < 2) reject_option("--segment", fmt::format("{} samples: must be at least 2", samples));
+        if (samples < 2 || samples > kLongestTransform)
+            reject_option("--segment", fmt::format("{} must lie between 2 and {} samples", samples, kLongestTransform));
         segment = samples;
     };
     add_count(app, "--segment", std::function<void(int)>(take_segment),
-              fmt::format("samples in a segment; default {}", default_segment));
+              fmt::format("samples in a segment, 2 to {}; default {}", kLongestTransform, default_segment));
     const auto take_overlap = [&overlap](double percent) {
         if (!(percent >= 0 && percent <= kMostOverlap))
             reject_option("--overlap", fmt::format("{} must lie between 0 and {} percent", percent, kMostOverlap));

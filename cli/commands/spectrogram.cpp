@@ -188,23 +188,24 @@ SpectrumLayout layout_for(const Options &options, std::size_t samples, std::size
     return layout_for(samples, averaging);
 }
 
-// The runs of even samples that all channels have.
-std::vector<Piece> common_pieces(const Record &record) {
-    std::vector<Piece> common = record.channels.front().pieces;
-    for (const Channel &channel : record.channels) {
-        std::vector<Piece> both;
-        for (const Piece &a : common)
-            for (const Piece &b : channel.pieces)
-                if (const Piece piece{std::max(a.begin, b.begin), std::min(a.end, b.end)}; piece.begin < piece.end)
-                    both.push_back(piece);
-        common = both;
+// What lies in a piece of each list; both are in order.
+std::vector<Piece> common_pieces(const std::vector<Piece> &a, const std::vector<Piece> &b) {
+    std::vector<Piece> common;
+    for (std::size_t i = 0, k = 0; i < a.size() && k < b.size();) {
+        const Piece piece{std::max(a[i].begin, b[k].begin), std::min(a[i].end, b[k].end)};
+        if (piece.begin < piece.end) common.push_back(piece);
+        if (a[i].end < b[k].end)
+            ++i;
+        else
+            ++k;
     }
     return common;
 }
 
 void run_on_table(const Options &options, Source &source) {
     const Record record = read_signals(source, options.files.input);
-    const std::vector<Piece> pieces = common_pieces(record);
+    std::vector<Piece> pieces = record.channels.front().pieces;
+    for (const Channel &channel : record.channels) pieces = common_pieces(pieces, channel.pieces);
     std::size_t longest = 0;
     for (const Piece &piece : pieces) longest = std::max(longest, piece.end - piece.begin);
     if (longest == 0) reject("{}: its columns have no row in common between their holes", record.name);
@@ -264,7 +265,12 @@ void run_on_sound(const Options &options, Source &source) {
     Spectrogram spectrogram(options, layout, sound.rate(), names);
     Segmenter segmenter(spectrogram, layout, sound.channels());
     std::vector<double> frames(kSoundFrames * sound.channels());
-    while (const std::size_t count = sound.read(frames)) segmenter.add(std::span(frames).first(count));
+    Gaps gaps;
+    while (const std::size_t count = sound.read(frames)) {
+        const std::span<double> block = std::span(frames).first(count);
+        gaps.fill(block, sound.channels());
+        segmenter.add(block);
+    }
     if (spectrogram.segments() == 0)
         reject("{}: has {} samples, fewer than a segment of {}; --segment takes shorter ones", source.name(),
                segmenter.length(), layout.samples);

@@ -15,7 +15,7 @@ namespace cli {
 
 namespace {
 
-constexpr std::size_t kLongestFFT = 1048576, kShortestFFT = 8;
+constexpr std::size_t kShortestFFT = 8, kLongestFFT = kLongestTransform;
 constexpr std::size_t kLongestRecord = 32768, kLongestSegment = 524288;  // longer ones are padded with zeros
 constexpr std::size_t kMostModuli = std::size_t{1} << 28;                // numbers kept for medians: 2 GiB
 

@@ -15,7 +15,6 @@ namespace cli {
 namespace {
 
 constexpr std::size_t kLongestSum = 512;  // of RealSigDFT, beyond which a chirp is faster
-constexpr std::size_t kLongestFFT = 1048576;
 
 // The library leaves the data as they were when it finds no memory.  Only zeros and single samples are their own
 // transform: otherwise its norm is larger or smaller than theirs by the factor sqrt(n).
@@ -42,7 +41,7 @@ void multiply(Bins &data, const Bins &by, double factor) {
 
 Transform::Transform(std::size_t points) : points_(points) {
     const std::size_t length = std::bit_ceil(2 * points);
-    if (IsValidFFTSize(static_cast<int>(points)) != 0 || points <= kLongestSum || length > kLongestFFT) return;
+    if (IsValidFFTSize(static_cast<int>(points)) != 0 || points <= kLongestSum || length > kLongestTransform) return;
     chirp_ = {std::vector<double>(points), std::vector<double>(points)};
     kernel_ = {std::vector<double>(length), std::vector<double>(length)};
     for (std::size_t t = 0; t < points; ++t) {

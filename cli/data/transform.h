@@ -6,6 +6,8 @@
 
 namespace cli {
 
+inline constexpr int kLongestTransform = 1048576;  // points, of FFT
+
 struct Bins {
     std::vector<double> re, im;
 };
