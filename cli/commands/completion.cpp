@@ -29,8 +29,11 @@ std::string quoted(std::string_view text) {
 
 std::string blank_separated(const Words &words) { return fmt::format("{}", fmt::join(words, " ")); }
 
-// What an option is for, without the details.
-std::string brief(const std::string &help) { return help.substr(0, std::min(help.find(';'), help.find(": "))); }
+// What an option is for, without the details and without its words, which are offered anyway.
+std::string brief(const OptionFacts &option) {
+    const std::string text = option.help.substr(0, option.help.find(';'));
+    return option.words.empty() ? text : text.substr(0, text.find(": "));
+}
 
 // What may stand there: words, "FILE" for files, or "", which is known to the user alone.
 std::string choices(const OptionFacts &option) {
@@ -164,7 +167,7 @@ std::string zsh_option(const OptionFacts &option) {
         spec += name;
         if (option.takes_value()) spec += name.starts_with("--") ? "=" : "+";
         if (option.value_is_optional()) spec += "-";
-        spec += fmt::format("[{}]", escaped(brief(option.help), "[]\\"));
+        spec += fmt::format("[{}]", escaped(brief(option), "[]\\"));
         if (option.takes_value())
             spec += fmt::format("{}{}:{}", option.value_is_optional() ? "::" : ":", escaped(option.value, ":\\"),
                                 zsh_action(option));
@@ -223,7 +226,7 @@ std::string fish_option(const std::string &condition, const OptionFacts &option)
     for (const std::string &name : option.names)
         names += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
     return fmt::format("complete -c mensura -n {}{}{} -d {}\n", quoted(condition), names, fish_value(option),
-                       quoted(brief(option.help)));
+                       quoted(brief(option)));
 }
 
 // Words are offered until one of them stands there.
