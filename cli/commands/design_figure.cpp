@@ -197,9 +197,11 @@ Panel edge_panel(const std::vector<Design> &designs, int points) {
     const double level = first.achieved.reference_db + first.made.level_db;
     panel.levels = {{level, fmt::format("{:.3g} dB", level)}};
     panel.key_below = false;
+    panel.no_key = true;
     panel.y_lowest = first.achieved.reference_db + 5 * first.made.level_db;
     panel.y_highest = first.achieved.reference_db - 0.5 * first.made.level_db;
-    for (const Design &design : designs) panel.curves.push_back(gain_curve(design, axis, ""));
+    for (const Design &design : designs)
+        panel.curves.push_back(gain_curve(design, axis, family_name(design.made.family)));
     return panel;
 }
 

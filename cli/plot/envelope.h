@@ -31,8 +31,8 @@ class Envelope {
     std::size_t stride_ = 1, filled_ = 0;  // samples in a bucket, and in the last one
 };
 
-// The least and the largest value in each pixel column of an axis, of points whose x increases.  On a logarithmic axis, where an
-// Envelope would leave few points at its low end, those at 0 are left out.
+// The least and the largest value in each pixel column of an axis, of points whose x increases.  On a logarithmic axis,
+// where an Envelope would leave few points at its low end, those at 0 are left out.
 Curve bounded_curve(const std::string &title, std::span<const double> x, std::span<const double> y,
                     const PlotOptions &plot, bool logarithmic);
 

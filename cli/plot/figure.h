@@ -45,6 +45,7 @@ struct Panel {
     std::vector<Mark> levels = {};    // horizontal lines
     std::vector<Label> labels = {};
     bool logarithmic = false;  // the x axis
+    bool no_key = false;       // the curves are those of the panel above
     bool key_below = false;    // the key at the bottom left instead of the top right
     bool square = false;       // one unit has the same length on both axes
     std::optional<double> y_lowest = {}, y_highest = {}, x_lowest = {}, x_highest = {};

@@ -91,9 +91,9 @@ void append_axes(std::string &script, const Panel &panel) {
     fmt::format_to(out, "set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
                    gnuplot_string(panel.title), gnuplot_string(panel.x_label), gnuplot_string(panel.y_label));
     fmt::format_to(out, "set key {}\n",
-                   panel.curves.size() < 2 ? "off"
-                   : panel.key_below       ? "on inside bottom left"
-                                           : "on above right horizontal");
+                   panel.no_key || panel.curves.size() < 2 ? "off"
+                   : panel.key_below                       ? "on inside bottom left"
+                                                           : "on above right horizontal");
     fmt::format_to(out, "set {}logscale x\nset size {}\nunset arrow\nunset label\n", panel.logarithmic ? "" : "no",
                    panel.square ? "ratio -1" : "noratio");
     fmt::format_to(out, "set xrange [{}:{}] noextend\nset yrange [{}:{}]\n", limit(panel.x_lowest),

@@ -117,14 +117,16 @@ plot $curve0 with lines linecolor rgb '{COLOURS[0]}' linewidth 1.5 title 'raw', 
 
     def windows(self):
         """Weights of some windows, and the spectra of a line in the middle of a bin."""
-        shown = [w for w in spectral.WINDOWS if w[1] in ("rectangle", "Hanning", "flat top", "Blackman-Harris", "Kaiser, beta 8")]
+        names = ("rectangle", "Kaiser, beta 8", "Hanning", "flat top", "Blackman-Harris")
+        shown = [w for w in spectral.WINDOWS if w[1] in names]
         weights, spectra = [], []
         for code, _, beta in shown:
             w = spectral.window(self._library, code, beta)
             v = spectral.magnitudes(self._library.FFT, w, 64 * len(w))
             weights.append([(i, w[i]) for i in range(0, len(w), 4)])
             spectra.append([(i / 64, 20 * math.log10(max(v[i] / v[0], 1e-9))) for i in range(12 * 64 + 1)])
-        lines = [f"with lines linecolor rgb '{COLOURS[i]}' linewidth 1.5 title '{name}'" for i, (_, name, _) in enumerate(shown)]
+        lines = [f"with lines linecolor rgb '{COLOURS[i]}' linewidth 1.5 title '{name}'"
+                 for i, name in enumerate(names)]
         script = """
 set multiplot layout 1,2
 set key top right samplen 2 font ',11'
@@ -165,7 +167,8 @@ plot $curve0 with lines linecolor rgb '#000000' dashtype 2 title 'without noise'
      $curve3 with lines linecolor rgb '#0072b2' linewidth 1.5 title 'cubicSmooth7'
 """
         curves = [smoothed(self._library.linearSmooth9), smoothed(self._library.cubicSmooth7)]
-        draw(f"{self._folder}/smoothing.svg", "900,420", script, [list(enumerate(truth)), list(enumerate(measured)), *curves])
+        draw(f"{self._folder}/smoothing.svg", "900,420", script,
+             [list(enumerate(truth)), list(enumerate(measured)), *curves])
 
     def tracking(self):
         """The drive of docs/kalman.md, filtered and smoothed: errors of position, and velocities."""
@@ -175,7 +178,8 @@ plot $curve0 with lines linecolor rgb '#000000' dashtype 2 title 'without noise'
         smoothed = kalman.tracked(program, measured, *model, "0.2", "--smooth", rate=rate)
         times = [t / rate for t in range(len(truth))]
         curves = [[(t, x - true[0]) for t, x, true in zip(times, measured, truth)]]
-        curves += [[(t, x[0] - true[0]) for t, x, true in zip(times, estimates, truth)] for estimates in (filtered, smoothed)]
+        for estimates in (filtered, smoothed):
+            curves.append([(t, x[0] - true[0]) for t, x, true in zip(times, estimates, truth)])
         curves += [[(t, x[1]) for t, x in zip(times, rows)] for rows in (truth, filtered, smoothed)]
         script = """
 set multiplot layout 2,1
@@ -209,10 +213,10 @@ unset multiplot
         for problem in (oscillator, stiff, decay):
             runs = [ode.adaptive(self._library, problem, 50 * 2**k, 1, 1e-10) for k in range(7)]
             costs.append([(run.count.calls, run.error) for run in runs if run.result == 0])
-        lines = [f"$curve{1 + i} with linespoints pointtype 7 pointsize 0.6 linecolor rgb '{COLOURS[1 + i]}' title 'rkf452, {name}'"
+        styles = ("linespoints pointtype 7 pointsize 0.6", "points pointtype 2")
+        lines = [f"$curve{1 + 3 * k + i} with {style} linecolor rgb '{COLOURS[1 + i]}' title '{call}, {name}'"
+                 for k, (call, style) in enumerate(zip(("rkf452", "rkf45"), styles))
                  for i, name in enumerate(("oscillator", "van der Pol", "decay"))]
-        lines += [f"$curve{4 + i} with points pointtype 2 linecolor rgb '{COLOURS[1 + i]}' title 'rkf45, {name}'"
-                  for i, name in enumerate(("oscillator", "van der Pol", "decay"))]
         script = """
 set multiplot layout 1,2
 set key off

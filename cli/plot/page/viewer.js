@@ -40,7 +40,10 @@
     return low <= high ? [low, high] : [0, 1];
   }
 
-  const widened = ([low, high]) => (high > low ? [low, high] : [low - (Math.abs(low) || 1) / 2, high + (Math.abs(high) || 1) / 2]);
+  function widened([low, high]) {
+    const half = (Math.abs(low) || 1) / 2;
+    return high > low ? [low, high] : [low - half, low + half];
+  }
 
   function padded(low, high) {
     const [from, to] = widened([low, high]);
@@ -124,6 +127,11 @@
     ctx.stroke();
   }
 
+  function drawCurves(ctx, frame, panel, points) {
+    points.forEach((p, i) => drawCurve(ctx, frame, panel.curves[i], p, curveColour(i, points.length)));
+    if (points.length > 1) drawKey(ctx, frame, panel);
+  }
+
   function drawKey(ctx, frame, panel) {
     ctx.textAlign = "right";
     panel.curves.forEach((curve, i) => {
@@ -138,7 +146,8 @@
   const palette = figure.palette.map(channels);
 
   function paletteColour(part) {
-    const place = Math.min(Math.max(part, 0), 1) * (palette.length - 1), i = Math.min(Math.floor(place), palette.length - 2);
+    const place = Math.min(Math.max(part, 0), 1) * (palette.length - 1);
+    const i = Math.min(Math.floor(place), palette.length - 2);
     return palette[i].map((from, k) => Math.round(from + (place - i) * (palette[i + 1][k] - from)));
   }
 
@@ -205,8 +214,9 @@
     let drawing = false;
     for (let i = Math.max(first - 1, 0); i <= Math.min(last + 1, xs.length - 1); ++i) {
       if (ys[i] === undefined) continue; // a place that only another curve has
-      if (ys[i] !== null) path[drawing ? "lineTo" : "moveTo"](u.valToPos(xs[i], "x", true), u.valToPos(ys[i], "y", true));
-      drawing = ys[i] !== null;
+      const isGap = ys[i] === null;
+      if (!isGap) path[drawing ? "lineTo" : "moveTo"](u.valToPos(xs[i], "x", true), u.valToPos(ys[i], "y", true));
+      drawing = !isGap;
     }
     return { stroke: path, fill: null, clip: null, band: null, gaps: null, flags: 0 };
   }
@@ -226,7 +236,7 @@
   // Rows of numbers in uPlot's order: x, then each curve.  Curves that run back and forth are drawn by hand.
   function dataOf(panel, points, fullX) {
     const byHand = panel.image != null || !points.every(([x]) => increases(x));
-    if (byHand) return { byHand, data: [fullX, [null, null]], series: [{ label: panel.x_label }, { show: true, label: "", paths: () => null }] };
+    if (byHand) return { byHand, data: [fullX, [null, null]], series: [{}, { paths: () => null }] };
     const series = [{ label: panel.x_label || "x", value: (u, value) => format(value) }];
     panel.curves.forEach((curve, i) => series.push(seriesOf(curve, i, panel)));
     return { byHand, series, data: points.length === 1 ? points[0] : uPlot.join(points) };
@@ -236,7 +246,8 @@
     const { image } = panel;
     const x = image ? image.x : limitsOf(points.map(([xs]) => xs));
     const y = image ? image.y : limitsOf(points.map(([, ys]) => ys));
-    return { x: widened([panel.x[0] ?? x[0], panel.x[1] ?? x[1]]), y: widened([panel.y[0] ?? y[0], panel.y[1] ?? y[1]]) };
+    const chosen = (limits, found) => widened([limits[0] ?? found[0], limits[1] ?? found[1]]);
+    return { x: chosen(panel.x, x), y: chosen(panel.y, y) };
   }
 
   const IN_A_DECADE = [1, 2, 3, 4, 5, 6, 7, 8, 9];
@@ -264,8 +275,9 @@
   }
 
   function axesOf(panel) {
-    const common = { stroke: () => colour("text"), font: FONT, labelFont: FONT, ticks: { stroke: () => colour("grid") } };
-    const grid = panel.image ? { show: false } : { stroke: () => colour("grid"), width: 1 };
+    const text = () => colour("text"), faint = () => colour("grid");
+    const common = { stroke: text, font: FONT, labelFont: FONT, ticks: { stroke: faint } };
+    const grid = panel.image ? { show: false } : { stroke: faint, width: 1 };
     const values = (u, splits) => splits.map((value) => (value == null ? "" : String(Number(value.toPrecision(6)))));
     const y = { ...common, grid, values, label: panel.y_label, size: 70, labelSize: 22 };
     if (panel.step && panel.step % 45 === 0) y.incrs = [0.1, 0.5, 1, 5, 15, 45, 90, 180];
@@ -280,8 +292,10 @@
   function readoutOf(panel, u) {
     if (!(u.cursor.left >= 0)) return "";
     const x = u.posToVal(u.cursor.left, "x"), y = u.posToVal(u.cursor.top, "y");
-    const place = `${panel.x_label}: ${format(Number(x.toPrecision(4)))}   ${panel.y_label}: ${format(Number(y.toPrecision(4)))}`;
-    return panel.image ? `${place}   ${panel.image.label}: ${format(imageValue(panel.image, x, y))}` : place;
+    const named = (name, value) => `${name}: ${format(value)}`, rounded = (value) => Number(value.toPrecision(4));
+    const texts = [named(panel.x_label, rounded(x)), named(panel.y_label, rounded(y))];
+    if (panel.image) texts.push(named(panel.image.label, imageValue(panel.image, x, y)));
+    return texts.join(" · ");
   }
 
   function show(view) {
@@ -356,8 +370,7 @@
           draw: [
             (u) => {
               inFrame(u, (ctx, frame) => {
-                if (byHand) points.forEach((p, i) => drawCurve(ctx, frame, panel.curves[i], p, curveColour(i, points.length)));
-                if (byHand && points.length > 1) drawKey(ctx, frame, panel);
+                if (byHand) drawCurves(ctx, frame, panel, points);
                 drawMarks(ctx, frame, panel);
               });
               if (bitmap) drawBar(u, panel.image);
