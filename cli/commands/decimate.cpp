@@ -203,7 +203,7 @@ void add_decimate(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command(
         "decimate",
-        fmt::format("lower the sampling rate of a table or a WAV by a whole factor: low-pass, then keep every "
+        fmt::format("lower the sampling rate of a table or a sound by a whole factor: low-pass, then keep every "
                     "FACTOR-th row, with its time\nThe pass band ends at {} of the new Nyquist frequency, aliases stay "
                     "below -{:.0f} dB.",
                     kPassed, kAliases),

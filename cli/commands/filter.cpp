@@ -1,4 +1,4 @@
-// mensura filter: runs a filter over every column of a table or channel of a WAV.
+// mensura filter: runs a filter over every column of a table or channel of a sound.
 #include <mensura/iir.h>
 #include <mensura/sos.h>
 
@@ -252,7 +252,7 @@ void run(Options &options) {
 void add_filter(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app =
-        program.add_command("filter", "filter the columns of a table or the channels of a WAV", kExamples);
+        program.add_command("filter", "filter the columns of a table or the channels of a sound", kExamples);
     app.add_option("TYPE", options->type, joined(kPassTypes, &PassType::word, " or ") + "; none with --sos")
         .words(words_of(kPassTypes, &PassType::word));
     add_filter_options(app, options->request);

@@ -107,7 +107,7 @@ void add_tone(const Command &program) {
                    "input")
         .type_name("... [FILE]")
         .required();
-    add_rate(app, options->input.rate, "sampling rate in Hz; default from the column of times or the WAV");
+    add_rate(app, options->input.rate, "sampling rate in Hz; default from the column of times or the sound");
     add_spectrum_options(app, options->spectrum, "rectangle, which changes nothing");
     app.add_flag("--json", options->json, "print the amplitudes as JSON; null stands for minus infinity");
     add_reading(app, options->input);

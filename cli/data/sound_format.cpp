@@ -78,6 +78,8 @@ bool agrees(std::string_view head, std::string_view wanted) {
 
 int container_of(int format) { return format & SF_FORMAT_TYPEMASK; }
 
+bool is_lossy(int format) { return container_of(format) == SF_FORMAT_OGG || container_of(format) == SF_FORMAT_MPEG; }
+
 std::string samples_name(int format) {
     SF_FORMAT_INFO info = {format & SF_FORMAT_SUBMASK, nullptr, nullptr};
     if (sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) != 0 || info.name == nullptr) return "such";
@@ -156,13 +158,13 @@ bool is_wav(int format) {
 SF_INFO written_format(const SF_INFO &like, const std::string &input, const std::string &file) {
     SF_INFO format = like;
     const int container = container_for(like.format, file), samples = like.format & SF_FORMAT_SUBMASK;
-    if (container == SF_FORMAT_OGG || container == SF_FORMAT_MPEG)
+    if (is_lossy(container))
         reject(
             "{}: {} loses what it cannot hear and is not written; name the result with -o FILE.wav, .flac, .aiff or "
             ".caf",
             input, container_name(container));
     if (container == container_of(like.format)) return format;
-    format.format = container | samples;
+    format.format = container | (is_lossy(like.format) ? 0 : samples);
     for (const Stand &stand : kStands)
         if (sf_format_check(&format) == 0 && stand.samples == samples) format.format = container | stand.instead;
     if (sf_format_check(&format) == 0)

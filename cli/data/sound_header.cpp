@@ -55,6 +55,12 @@ std::optional<std::uint64_t> long_length(const ReadAt &read, std::uint64_t at) {
     return number_in(Bytes(lengths).last(8), false);
 }
 
+// The first number of a WAV's chunk fmt.
+int coding_of(const ReadAt &read, const Layout &layout, std::uint64_t at) {
+    std::array<unsigned char, 2> code;
+    return read(at, code) ? static_cast<int>(number_in(code, layout.big_endian)) : 0;
+}
+
 // A length that counts as unknown may be a true one: then the whole file is said to go on behind the samples.
 bool chunks_follow(const ReadAt &read, const Layout &layout, const SampleBytes &samples) {
     constexpr std::uint64_t kUnknownWhole = 0xFFFFF000;
@@ -80,6 +86,7 @@ Header read_header(const ReadAt &read) {
     if (layout == std::end(kLayouts)) return {};
     const std::span chunk = std::span(head).first(layout->id + layout->size);
     std::optional<std::uint64_t> longer;
+    int coding = 0;
     std::uint64_t at = layout->first;
     for (int i = 0; i < kMostChunks && read(at, chunk); ++i) {
         std::uint64_t length = number_in(chunk.last(layout->size), layout->big_endian);
@@ -87,12 +94,14 @@ Header read_header(const ReadAt &read) {
         at += chunk.size();
         if (equal(chunk, layout->samples)) {
             SampleBytes samples = samples_of(read, *layout, at, length);
+            samples.coding = coding;
             if (layout->magic == "RF64" && length == 0xFFFFFFFF && longer) {
                 samples.length = *longer;
                 samples.open_ended = *longer == 0 || *longer >= kNever;
             }
             return {true, samples};
         }
+        if (equal(chunk, "fmt ")) coding = coding_of(read, *layout, at);
         if (layout->magic == "RF64" && equal(chunk, "ds64")) longer = long_length(read, at);
         if (length >= kNever) break;
         at += (length + layout->align - 1) / layout->align * layout->align;

@@ -12,6 +12,7 @@ struct SampleBytes {
     std::uint64_t begin = 0, length = 0;
     bool open_ended = false;  // written before the length was known: they go on to the end
     bool big_endian = false;  // the lengths in the header
+    int coding = 0;           // of a WAV: the number that stands for the format of its samples, 0: not reached
 };
 
 // Fills the span with the bytes from `at` on; false if they are not there.

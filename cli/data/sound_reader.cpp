@@ -63,6 +63,12 @@ HeaderBytes plain_header(std::string bytes, const SampleBytes &samples) {
     return {std::move(bytes), static_cast<sf_count_t>(samples.begin + kClaimed)};
 }
 
+// Integers, floating-point numbers, A-law, mu-law, and what is one of these in a longer header; not in blocks.
+bool lists_samples(int coding) {
+    constexpr int kCodings[] = {1, 3, 6, 7, 0xFFFE};
+    return std::ranges::find(kCodings, coding) != std::end(kCodings);
+}
+
 Header header_of(Source &source) {
     return read_header([&source](std::uint64_t at, std::span<unsigned char> bytes) {
         if (at + bytes.size() > kMostHeader) return false;
@@ -201,13 +207,13 @@ bool SoundReader::open_stream(Source &source) {
     const bool rf64 = source.pending().starts_with("RF64");
     if (!rf64 && !source.pending().starts_with("RIF")) return false;
     const Header header = header_of(source);
-    if (!header.samples) return false;
+    if (!header.samples || !lists_samples(header.samples->coding)) return false;
     const SampleBytes &samples = *header.samples;
     HeaderBytes bytes = plain_header(std::string(source.pending().substr(0, samples.begin)), samples);
     SF_VIRTUAL_IO access = header_access();
     file_.reset(sf_open_virtual(&access, SFM_READ, &format_, &bytes));
     refuse_unread();
-    if (sample_bytes(format_.format) == 0) return file_.reset(), false;
+    if (sample_bytes(format_.format) == 0) reject("{}: {}", name_, sf_error_number(SF_ERR_UNSUPPORTED_ENCODING));
     take_texts();
 
     source.skip(samples.begin);
@@ -271,7 +277,7 @@ std::size_t SoundReader::read_stream(std::span<double> samples) {
         reject("{}: is cut off: {} of {} bytes of sound are there", name_, stream_->length - stream_->left + rest,
                stream_->length);
     if (rest > 0 && !stream_->open_ended) reject("{}: {}", name_, too_few());
-    if (rest > 0) remark("{}: {}; its last {} bytes are left out", name_, too_few(), rest);
+    if (rest > 0) remark("{}: {}; bytes left out: {}", name_, too_few(), rest);
     stream_->left = 0;
     return 0;
 }

@@ -188,7 +188,8 @@ void SoundWriter::finish() {
     flush();
     if (!stream_ && (out_.descriptor() == STDOUT_FILENO || lseek(out_.descriptor(), 0, SEEK_CUR) < 0))
         copy_contents(descriptor_, out_);
-    if (clipped_ > 0) remark("{} samples exceeded full scale and were clipped", clipped_);
+    if (clipped_ == 1) remark("1 sample exceeded full scale and was clipped");
+    if (clipped_ > 1) remark("{} samples exceeded full scale and were clipped", clipped_);
 }
 
 }  // namespace cli

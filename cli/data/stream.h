@@ -1,4 +1,4 @@
-// Tables and WAVs filtered while they are read: a row in, a row out; of sounds a block.
+// Tables and sounds filtered while they are read: a row in, a row out; of sounds a block.
 #pragma once
 
 #include <cstddef>
