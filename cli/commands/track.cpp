@@ -20,6 +20,8 @@
 #include "cli/commands/track_axis.h"
 #include "cli/commands/track_smoother.h"
 #include "cli/data/csv.h"
+#include "cli/data/frame_filter.h"
+#include "cli/data/gap_report.h"
 #include "cli/data/record.h"
 #include "cli/data/sound.h"
 #include "cli/data/source.h"
@@ -182,28 +184,58 @@ std::string title_of(const TrackingModel &model, const Options &options) {
 
 CurveNames curves_of(const Options &options) { return {"measured", options.smooth ? "smoothed" : "estimated"}; }
 
+[[noreturn]] void reject_hole(const std::string &place) {
+    reject("{}: the hole before it is longer than {} rows, too long to predict; --gaps split starts anew after it",
+           place, kMostHeld);
+}
+
+// Tracks rows as they come.
+class RowTracker : public FrameFilter {
+  public:
+    explicit RowTracker(const TrackingModel &model) : model_(model) {}
+
+    void run(std::span<double> frames, std::size_t channels) override {
+        while (axes_.size() < channels) axes_.emplace_back(model_);
+        estimates_.resize(channels);
+        for (std::size_t i = 0; i < frames.size(); ++i)
+            estimates_[i % channels] = axes_[i % channels].update(frames[i]);
+    }
+    void restart(std::size_t channel) override { axes_[channel].restart(); }
+    bool takes_missing() const override { return true; }
+
+    const Estimate &estimate(std::size_t channel) const { return estimates_[channel]; }
+    bool lost(std::size_t channel) const { return axes_[channel].lost(); }
+
+  private:
+    TrackingModel model_;
+    std::vector<TrackedAxis> axes_;
+    std::vector<Estimate> estimates_;
+};
+
 // A row in, a row out.
 void track_stream(Source &source, const Options &options, double rate) {
     const TrackingModel model = model_of(options, rate);
-    TableReader table(source, options.files.input);
+    const InputOptions &input = options.files.input;
+    TableReader table(source, input);
     Comparison comparison(options.files.plot, curves_of(options));
-    std::vector<TrackedAxis> axes;
+    RowTracker tracker(model);
+    RowFilter rows(table, input, source.name(), tracker);
     std::vector<std::string> names;
     RowOfEstimates row;
     EstimatesWriter(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
-        for (std::size_t k = axes.size(); k < columns.size(); ++k) {
-            axes.emplace_back(model);
-            names.push_back(table.columns()[columns[k]].name);
-        }
+        rows.run();
+        const auto place = [&] { return fmt::format("{}:{}", source.name(), table.line().number); };
+        if (input.gaps == GapPolicy::Hold && rows.hole().rows > kMostHeld) reject_hole(place());
+        for (std::size_t k = names.size(); k < columns.size(); ++k) names.push_back(table.columns()[columns[k]].name);
         row.clear();
-        for (std::size_t k = 0; k < axes.size(); ++k) {
-            const double position = table.values()[columns[k]];
-            row.push_back(axes[k].update(position));
-            if (axes[k].lost()) fail_lost(fmt::format("{}:{}", source.name(), table.line().number), names[k]);
-            comparison.add(k, position, row[k].state[0]);
+        for (const std::size_t i : columns) {
+            row.push_back(tracker.estimate(i));
+            if (tracker.lost(i)) fail_lost(place(), table.columns()[i].name);
+            comparison.add(row.size() - 1, table.values()[i], row.back().state[0]);
         }
         return row;
     });
+    rows.finish();
     comparison.draw(title_of(model, options), names, rate);
 }
 
@@ -247,7 +279,9 @@ class RecordTracker {
 
 void track_record(Record record, const Options &options) {
     const TrackingModel model = model_of(options, rate_of(record));
+    if (record.cut_hole > 0) reject_hole(fmt::format("{}: row {}", record.name, record.cut_hole + 1));
     check_columns(record.channels.size());
+    remark_missing(record);
     Comparison comparison(options.files.plot, curves_of(options));
     std::vector<std::vector<Estimate>> estimates;
     std::vector<std::string> names;
@@ -279,8 +313,9 @@ void check(const Options &options) {
     if (options.p.value_or(1) <= 0) reject("--p {} is not above 0", *options.p);
 }
 
-void run(const Options &options) {
+void run(Options &options) {
     check(options);
+    options.files.input.stand_in = "the model predicts";
     Source source(options.files.input.file);
     refuse_sound(source);
     if (options.files.input.rate && !options.smooth) return track_stream(source, options, *options.files.input.rate);

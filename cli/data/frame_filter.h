@@ -18,8 +18,9 @@ class FrameFilter {
     FrameFilter &operator=(const FrameFilter &) = delete;
 
     // Filters frames, a sample of each channel, in place.  A channel begins with its first number; before that it is
-    // missing (NaN), after that never.
+    // missing (NaN), after that never, unless the filter takes what is missing.
     virtual void run(std::span<double> frames, std::size_t channels) = 0;
+    virtual bool takes_missing() const { return false; }
     // The channel begins anew with its next number.
     virtual void restart(std::size_t channel) = 0;
 };

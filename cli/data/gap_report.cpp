@@ -22,9 +22,8 @@ void GapReport::add(std::size_t &count, const std::string &line) {
     if (++count <= kMostLines) lines_.push_back(line);
 }
 
-const char *GapReport::remedy() const {
-    return policy_ == GapPolicy::Split ? "what follows starts anew"
-                                       : "the last value stands in; --gaps split starts anew after it";
+std::string GapReport::remedy() const {
+    return policy_ == GapPolicy::Split ? "what follows starts anew" : stand_in_ + "; --gaps split starts anew after it";
 }
 
 void GapReport::rows_missing(const TimeStep &step, std::size_t column, std::size_t rows, const Spacing &spacing,
@@ -74,9 +73,9 @@ void GapReport::close() {
         lines_.push_back(
             fmt::format("{}: {} more steps of time that are too short or lead back", file_, short_steps_ - kMostLines));
     if (short_rows_ > 0)
-        lines_.push_back(fmt::format("{}: {} row{} missing in {} short hole{}; the last value stands in", file_,
-                                     short_rows_, short_rows_ == 1 ? " is" : "s are", short_holes_,
-                                     short_holes_ == 1 ? "" : "s"));
+        lines_.push_back(fmt::format("{}: {} row{} missing in {} short hole{}; {}", file_, short_rows_,
+                                     short_rows_ == 1 ? " is" : "s are", short_holes_, short_holes_ == 1 ? "" : "s",
+                                     stand_in_));
     holes_ = short_steps_ = short_holes_ = short_rows_ = 0;
 }
 

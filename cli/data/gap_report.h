@@ -19,7 +19,8 @@ std::size_t short_hole(double rate);
 // Refuses what is missing under --gaps error; else reports the first of the long holes, and counts the others.
 class GapReport {
   public:
-    GapReport(std::string file, GapPolicy policy) : file_(std::move(file)), policy_(policy) {}
+    GapReport(std::string file, const InputOptions &input)
+        : file_(std::move(file)), policy_(input.gaps), stand_in_(input.stand_in) {}
 
     // Rows are missing within a step.
     void rows_missing(const TimeStep &step, std::size_t column, std::size_t rows, const Spacing &spacing, bool is_long);
@@ -38,10 +39,11 @@ class GapReport {
 
   private:
     void add(std::size_t &count, const std::string &line);
-    const char *remedy() const;
+    std::string remedy() const;
 
     std::string file_;
     GapPolicy policy_;
+    std::string stand_in_;
     std::vector<std::string> lines_;
     std::size_t holes_ = 0, short_steps_ = 0, short_holes_ = 0, short_rows_ = 0;
 };

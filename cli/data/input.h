@@ -14,6 +14,8 @@ enum class GapPolicy {
     Error   // refused
 };
 
+inline constexpr const char *kLastValue = "the last value stands in";
+
 struct InputOptions {
     std::string file = {};                  // "" or "-": standard input
     std::vector<std::string> columns = {};  // by name or by number from 1; none: all but the time
@@ -22,6 +24,9 @@ struct InputOptions {
     GapPolicy gaps = GapPolicy::Hold;
     char decimal = '\0';  // '.' or ','; '\0': what the first lines show
     bool strict = false;  // a cell that is not a number ends a stream
+
+    // Set by the command, for messages: what stands in for missing values.
+    std::string stand_in = kLastValue;
 };
 
 }  // namespace cli

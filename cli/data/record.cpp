@@ -121,7 +121,7 @@ Record read_csv(Source &source, const InputOptions &input, Missing missing) {
     record.width = table.width();
     record.rate = times.rate();
     record.time_doubt = times.doubt().empty() ? table.time_doubt() : times.doubt();
-    GapReport report(record.name, input.gaps);
+    GapReport report(record.name, input);
     const std::vector<MissingRows> holes = times.holes(report, record.rate);
     if (input.gaps == GapPolicy::Error) refuse_missing(record, table, lines, report);
     insert(holes, record);
@@ -205,13 +205,15 @@ double rate_of(const Record &record) {
 void remark_missing(const Record &record) {
     for (const std::string &line : record.remarks)
         if (!line.empty()) report(line);
-    for (const Channel &channel : record.channels) remark_missing(record.name, channel, record.missing_rows);
+    for (const Channel &channel : record.channels)
+        remark_missing(record.name, channel, record.missing_rows, record.input.stand_in);
 }
 
-void remark_missing(const std::string &file, const Channel &channel, std::size_t missing_rows) {
+void remark_missing(const std::string &file, const Channel &channel, std::size_t missing_rows,
+                    const std::string &stand_in) {
     if (channel.missing > missing_rows && channel.has_numbers())
-        remark("{}: {}: {} of {} cells are missing; the last value before them stands in, at the start the first", file,
-               channel.name, channel.missing - missing_rows, channel.samples.size() - missing_rows);
+        remark("{}: {}: {} of {} cells are missing; {}", file, channel.name, channel.missing - missing_rows,
+               channel.samples.size() - missing_rows, stand_in);
 }
 
 Record read_signals(const InputOptions &input) {

@@ -70,7 +70,8 @@ double rate_of(const Record &record);
 // Says on stderr what is missing, how it is taken, and what is wrong with the times.
 void remark_missing(const Record &record);
 // Of samples that are missing, those of whole rows are told apart.
-void remark_missing(const std::string &file, const Channel &channel, std::size_t missing_rows = 0);
+void remark_missing(const std::string &file, const Channel &channel, std::size_t missing_rows = 0,
+                    const std::string &stand_in = kLastValue);
 
 // The columns of numbers or the channels of a file, of which the rate must be known.
 Record read_signals(const InputOptions &input);

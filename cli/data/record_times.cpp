@@ -20,7 +20,7 @@ void RecordTimes::add(TableReader &table) {
     const std::optional<TimeStep> step = maker_.add(time, line);
     if (step) steps_.push_back(*step);
     if (maker_.repeated() > repeated && input_.gaps == GapPolicy::Error)
-        GapReport(file_, input_.gaps).same_time(line, number_);
+        GapReport(file_, input_).same_time(line, number_);
 }
 
 // A column that is called like a time by chance does not.

@@ -34,7 +34,7 @@ std::string repeats(const std::string &file, const TimeSteps &steps, double rate
 }
 
 RowGaps::RowGaps(TableReader &table, const InputOptions &input, const std::string &file)
-    : table_(table), input_(input), file_(file), report_(file, input.gaps) {}
+    : table_(table), input_(input), file_(file), report_(file, input) {}
 
 Hole RowGaps::next() {
     if (!looking_ || !table_.has_time()) return {};

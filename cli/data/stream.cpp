@@ -32,18 +32,17 @@ void Gaps::fill(std::span<double> frames, std::size_t channels) {
 
 void RowFilter::restart(std::size_t channel) {
     filter_.restart(channel);
-    gaps_.forget(channel);
+    if (!filter_.takes_missing()) gaps_.forget(channel);
 }
 
-// Before the first row nothing is missing.
 void RowFilter::pass_hole() {
-    const std::size_t channels = gaps_.last().size();
+    const std::size_t channels = row_.size();
     if (policy_ == GapPolicy::Split && hole_.is_long) {
         for (std::size_t k = 0; k < channels; ++k) restart(k);
         return;
     }
     for (std::size_t i = 0; i < std::min(hole_.rows, kMostHeld); ++i) {
-        virtual_ = gaps_.last();
+        virtual_ = filter_.takes_missing() ? std::vector<double>(channels, kMissing) : gaps_.last();
         filter_.run(virtual_, channels);
     }
 }
@@ -71,7 +70,7 @@ const std::vector<double> &RowFilter::run() {
     missing_.resize(row_.size());
     if (hole_.rows > 0) pass_hole();
     for (std::size_t k = 0; k < row_.size(); ++k) count_missing(k);
-    gaps_.fill(row_, row_.size());
+    if (!filter_.takes_missing()) gaps_.fill(row_, row_.size());
     filter_.run(row_, row_.size());
     return row_;
 }

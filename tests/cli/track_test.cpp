@@ -135,6 +135,35 @@ TEST_F(CommandLine, track_smooths_what_it_can_and_leaves_the_rest) {
     EXPECT_EQ(err, "");
 }
 
+TEST_F(CommandLine, track_predicts_through_holes_or_starts_anew_after_them) {
+    std::string cells = "time,x\n", times = cells, rest = cells;  // cells are missing, rows are missing, after the hole
+    for (int i = 0; i < 60; ++i) {
+        const std::string time = filled("@,", {0.125 * i}), row = filled("@,@\n", {0.125 * i, 0.1 * i * i + i % 3});
+        const bool missing = i >= 25 && i < 40;
+        cells += missing ? time + "\n" : row;
+        times += missing ? "" : row;
+        rest += i < 40 ? "" : row;
+    }
+    write("cells.csv", cells);
+    write("times.csv", times);
+    write("rest.csv", rest);
+    for (const std::string model : {"--q 1 --r 1 ", "--q 1 --r 1 --rate 8Hz ", "--q 1 --r 1 --smooth "}) {
+        SCOPED_TRACE(model);
+        EXPECT_EQ(shell("\"$M\" track " + model + "cells.csv > a; \"$M\" track " + model + "times.csv > b"), 0);
+        EXPECT_HAS(err, "cells.csv:27: a hole in x from this line on, 1.875 s, 15 cells: the model predicts");
+        EXPECT_HAS(err, "times.csv:27: a hole of 2 s before this line, 15 rows: the model predicts");
+        EXPECT_EQ(shell("grep -v ,, a | cmp - b"), 0) << out;
+        for (const std::string file : {"cells.csv ", "times.csv "})
+            EXPECT_EQ(shell("\"$M\" track --gaps split " + model + file + "| tail -n 20 > a; \"$M\" track " + model +
+                            "rest.csv | tail -n 20 | cmp - a"),
+                      0)
+                << out;
+        expect_refused("track --gaps error " + model + "cells.csv", "cells.csv:27:2: the cell is missing (column x)");
+    }
+    write("long.csv", "time,x\n0,1\n1,2\n2,3\n3,4\n200000,5\n");
+    expect_refused("track --q 1 --r 1 long.csv", "long.csv: row 5: the hole before it is longer than 100000 rows");
+}
+
 TEST_F(CommandLine, track_refuses_models_and_numbers_that_it_cannot_track) {
     write("one.csv", "time,x\n0,1\n");
     write("still.csv", "x\n1\n1\n1\n1\n1\n1\n1\n1\n1\n");
