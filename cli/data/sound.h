@@ -27,6 +27,21 @@ void refuse_sound(Source &source);
 
 inline constexpr std::size_t kSoundFrames = 4096;  // to read and write at a time
 
+// Closed at the end.
+class Descriptor {
+  public:
+    Descriptor() = default;
+    ~Descriptor();
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+
+    void set(int descriptor) { descriptor_ = descriptor; }
+    int get() const { return descriptor_; }
+
+  private:
+    int descriptor_ = -1;
+};
+
 using SoundFile = std::unique_ptr<SNDFILE, int (*)(SNDFILE *)>;
 
 // A WAV whose length is not known, or that comes through a pipe, is read while it comes.  Other sounds that come through a
@@ -44,7 +59,7 @@ class SoundReader {
     double rate() const { return format_.samplerate; }
     std::string channel_name(std::size_t channel) const;
     // The frames of an uncompressed file, 0 if that is not known.
-    std::size_t known_frames() const;
+    std::size_t known_frames() const { return known_frames_; }
     // Refuses another rate than the file's, and what is for tables.
     void check_request(const InputOptions &input) const;
     // Fills whole frames (a sample of each channel), at least one, as many as are there; returns how many numbers were
@@ -67,7 +82,8 @@ class SoundReader {
     std::string name_;
     SF_INFO format_ = {};
     std::vector<std::pair<int, std::string>> texts_;
-    int descriptor_ = -1;
+    Descriptor descriptor_;
+    std::size_t known_frames_ = 0;
     std::uint64_t frames_read_ = 0;
     std::unique_ptr<Stream> stream_;
     SoundFile file_{nullptr, sf_close};
@@ -98,7 +114,8 @@ class SoundWriter {
     void refuse_too_long(std::size_t samples);
 
     Output &out_;
-    int descriptor_ = -1, format_ = 0;
+    Descriptor descriptor_;
+    int format_ = 0;
     std::uint64_t samples_written_ = 0;
     std::size_t clipped_ = 0;
     std::vector<int> integers_;

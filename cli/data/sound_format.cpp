@@ -160,8 +160,8 @@ SF_INFO written_format(const SF_INFO &like, const std::string &input, const std:
     const int container = container_for(like.format, file), samples = like.format & SF_FORMAT_SUBMASK;
     if (is_lossy(container))
         reject(
-            "{}: {} loses what it cannot hear and is not written; name the result with -o FILE.wav, .flac, .aiff or "
-            ".caf",
+            "{}: is {}, a lossy format, which is read but not written; name the result with -o FILE.wav, .flac, "
+            ".aiff or .caf",
             input, container_name(container));
     if (container == container_of(like.format)) return format;
     format.format = container | (is_lossy(like.format) ? 0 : samples);

@@ -76,11 +76,22 @@ SampleBytes samples_of(const ReadAt &read, const Layout &layout, std::uint64_t b
     return samples;
 }
 
+// An AU has no chunks: where its samples begin and how many bytes they are stands at its front.
+Header au_header(const ReadAt &read) {
+    std::array<unsigned char, 8> numbers;
+    if (!read(4, numbers)) return {true, {}};
+    SampleBytes samples{.begin = number_in(Bytes(numbers).first(4), true), .big_endian = true};
+    samples.length = number_in(Bytes(numbers).last(4), true);
+    samples.open_ended = samples.length == 0 || samples.length >= 0x7F000000;
+    return {true, samples};
+}
+
 }  // namespace
 
 Header read_header(const ReadAt &read) {
     std::array<unsigned char, 24> head;
     if (!read(0, std::span(head).first(4))) return {};
+    if (equal(head, ".snd")) return au_header(read);
     const auto *const layout =
         std::ranges::find_if(kLayouts, [&head](const Layout &row) { return equal(head, row.magic); });
     if (layout == std::end(kLayouts)) return {};

@@ -18,9 +18,9 @@ struct SampleBytes {
 // Fills the span with the bytes from `at` on; false if they are not there.
 using ReadAt = std::function<bool(std::uint64_t at, std::span<unsigned char> bytes)>;
 
-// Follows the chunks of WAV (RIFF, RIFX, RF64), AIFF, CAF and W64 up to the samples.
+// Follows the chunks of WAV (RIFF, RIFX, RF64), AIFF, CAF and W64 up to the samples; AU has none.
 struct Header {
-    bool known = false;                  // made of such chunks
+    bool known = false;                  // one of these formats
     std::optional<SampleBytes> samples;  // none: they are not reached
 };
 Header read_header(const ReadAt &read);

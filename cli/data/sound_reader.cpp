@@ -138,9 +138,9 @@ struct SoundReader::Stream {
         return static_cast<std::size_t>(std::min<std::uint64_t>(source.pending().size(), left));
     }
 
-    // The frames that are there, 0 only at the end.
+    // The frames that are there, 0 only at the end, when all that is left has been received.
     std::size_t wait() {
-        while (received() < frame && left >= frame && source.more()) {
+        while (received() < std::min<std::uint64_t>(frame, left) && source.more()) {
         }
         return received() / frame;
     }
@@ -170,6 +170,10 @@ struct SoundReader::Stream {
     }
 };
 
+Descriptor::~Descriptor() {
+    if (descriptor_ >= 0) close(descriptor_);
+}
+
 bool is_sound(Source &source) { return !sound_kind(source).empty(); }
 
 void refuse_sound(Source &source) {
@@ -188,18 +192,18 @@ SoundReader::SoundReader(Source &source) : name_(source.name()) {
     if (format_.frames == 0) reject("{}: holds no sound", name_);
 }
 
-SoundReader::~SoundReader() {
-    file_.reset();
-    if (descriptor_ >= 0) close(descriptor_);
-}
+SoundReader::~SoundReader() = default;
 
 void SoundReader::open_file(int descriptor) {
-    descriptor_ = descriptor;
-    has_length(descriptor_, name_);
-    lseek(descriptor_, 0, SEEK_SET);
-    file_.reset(sf_open_fd(descriptor_, SFM_READ, &format_, SF_FALSE));
+    descriptor_.set(descriptor);
+    has_length(descriptor, name_);
+    lseek(descriptor, 0, SEEK_SET);
+    file_.reset(sf_open_fd(descriptor, SFM_READ, &format_, SF_FALSE));
     refuse_unread();
     take_texts();
+    const std::size_t frame = sample_bytes(format_.format) * channels();
+    const auto claimed = static_cast<std::uint64_t>(std::max<sf_count_t>(format_.frames, 0));
+    if (frame > 0) known_frames_ = std::min(claimed, size_of(descriptor).value_or(0) / frame);
 }
 
 // libsndfile reads the header, and then the samples as if they had none.
@@ -242,10 +246,6 @@ void SoundReader::take_texts() {
 
 std::string SoundReader::channel_name(std::size_t channel) const {
     return channels() == 1 ? "sound" : fmt::format("channel {}", channel + 1);
-}
-
-std::size_t SoundReader::known_frames() const {
-    return stream_ || sample_bytes(format_.format) == 0 ? 0 : static_cast<std::size_t>(format_.frames);
 }
 
 void SoundReader::check_request(const InputOptions &input) const {

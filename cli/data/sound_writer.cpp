@@ -119,15 +119,12 @@ SoundWriter::SoundWriter(Output &out, const SoundReader &like, int rate, std::op
     stream_->end_header(frames, sample_bytes(format_) * like.channels());
 }
 
-SoundWriter::~SoundWriter() {
-    file_.reset();
-    if (descriptor_ >= 0) close(descriptor_);
-}
+SoundWriter::~SoundWriter() = default;
 
 void SoundWriter::open_file(SF_INFO format) {
     const bool direct = lseek(out_.descriptor(), 0, SEEK_CUR) == 0 && out_.descriptor() != STDOUT_FILENO;
-    descriptor_ = direct ? dup(out_.descriptor()) : nameless_file();
-    file_.reset(sf_open_fd(descriptor_, SFM_WRITE, &format, SF_FALSE));
+    descriptor_.set(direct ? dup(out_.descriptor()) : nameless_file());
+    file_.reset(sf_open_fd(descriptor_.get(), SFM_WRITE, &format, SF_FALSE));
 }
 
 void SoundWriter::open_stream(SF_INFO format) {
@@ -187,7 +184,7 @@ void SoundWriter::finish() {
     if (failed != 0) fail("{}: {}", out_.name(), sf_error_number(failed));
     flush();
     if (!stream_ && (out_.descriptor() == STDOUT_FILENO || lseek(out_.descriptor(), 0, SEEK_CUR) < 0))
-        copy_contents(descriptor_, out_);
+        copy_contents(descriptor_.get(), out_);
     if (clipped_ == 1) remark("1 sample exceeded full scale and was clipped");
     if (clipped_ > 1) remark("{} samples exceeded full scale and were clipped", clipped_);
 }
