@@ -187,7 +187,7 @@ TEST_F(CommandLine, sound_is_written_in_the_format_that_the_name_ends_with) {
     expect_refusals(kept, {{"f.wav -o y.flac", "y.flac: FLAC has no 32 bit float samples"},
                            {"x.wav -o y.mp3", "y.mp3: a sound is written as WAV"},
                            {"x.wav -o y.csv", "y.csv: a sound is written as WAV"},
-                           {"x.mp3", "x.mp3: is MP3, a lossy format"},
+                           {"x.mp3", "x.mp3: is MP3, a lossy format"}});
     EXPECT_EQ(run(kept + "x.mp3 -o y.wav"), 0) << err;
     EXPECT_EQ(read("y.wav").substr(20, 2), little_endian(3, 2)) << "floating-point numbers";
 }
