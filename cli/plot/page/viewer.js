@@ -7,7 +7,7 @@
   const format = (value) => (value == null || !isFinite(value) ? "–" : String(Number(value.toPrecision(7))));
   const FONT = "12px system-ui, sans-serif";
   const HEIGHT = figure.panels.length > 1 ? 320 : 520;
-  const RIGHT = figure.panels.some((panel) => panel.image) ? 90 : 20; // pixels: the colours of an image stand there
+  const RIGHT = figure.panels.some((panel) => panel.image) ? 90 : 30; // pixels: the colours of an image stand there
 
   const black = "#000000";
   const curveColour = (index, count) => {
@@ -324,7 +324,7 @@
     const width = Math.max(300, document.documentElement.clientWidth - 40);
     if (!panel.square) return { width, height: HEIGHT };
     const side = Math.min(width, 700);
-    return { width: side, height: side - 38 }; // the axes take 112 pixels of the width and 74 of the height
+    return { width: side, height: side - 48 }; // the axes take 122 pixels of the width and 74 of the height
   }
 
   function yRange(view, low, high) {
