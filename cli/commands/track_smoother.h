@@ -28,8 +28,8 @@ class Smoother {
     Smoother(const Smoother &) = delete;
     Smoother &operator=(const Smoother &) = delete;
 
-    // Takes what the filter knows after each row but the last.  False where M is too near to singular: then rounding in its inverse
-    // moves estimates by a thousandth of their standard deviation and more.
+    // Takes what the filter knows after each row but the last.  False where M is too near to singular: then rounding in
+    // its inverse moves estimates by a thousandth of their standard deviation and more.
     [[nodiscard]] bool add(const TrackedAxis &axis);
 
     // Smooths the estimates of all rows in place; `axis` is as after the last of them.

@@ -61,8 +61,8 @@ TEST_F(CommandLine, track_appends_the_estimates_of_every_axis) {
     EXPECT_EQ(out.substr(0, 26), "1 NaN 1 0 0 NaN NaN NaN\n2 ");
 }
 
-// Estimates of z at every row, from all of it: least squares over the first position, velocity and acceleration and every
-// step of the acceleration.  mpmath 1.2.1, mp.dps = 50, for z = 1, 3, 2, None, ... as below:
+// Estimates of z at every row, from all of it: least squares over the first position, velocity and acceleration and
+// every step of the acceleration.  mpmath 1.2.1, mp.dps = 50, for z = 1, 3, 2, None, ... as below:
 //     def batch(z, dt, qaa, r, p):
 //         n, A, T, rows = len(z), matrix([[1, dt, 0], [0, 1, dt], [0, 0, 1]]), eye(3 + len(z))[:3, :], []
 //         W, b = matrix(3 + n), matrix(3 + n, 1)
