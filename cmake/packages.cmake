@@ -70,7 +70,7 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS gnuplot-nox)
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION
 "filter, transform and look at measurement data
 Filters, spectra, smoothers, a tracker and polynomial roots for tables (CSV)
-and sound files (WAV) from the command line: data in, data out, or a picture
-of them, drawn by gnuplot.")
+and sound files (WAV, FLAC and others) from the command line: data in, data
+out, or a picture of them, drawn by gnuplot or as a page for a browser.")
 
 include(CPack)
