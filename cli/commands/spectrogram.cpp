@@ -65,8 +65,8 @@ class Spectrogram {
     // A segment of each channel; `start`: of its first sample in the record.
     void add(std::size_t start, const std::vector<Samples> &channels) {
         if (segments_++ == 0) write_head();
-        std::vector<std::vector<double>> spectra;
-        for (const Samples samples : channels) spectra.push_back(amplitudes_of(samples));
+        std::vector<std::vector<double>> spectra(channels.size());
+        for (std::size_t i = 0; i < channels.size(); ++i) spectra[i] = amplitudes_of(channels[i]);
         for (std::size_t i = 0; i < pictures_.size(); ++i)
             pictures_[i].add(start / layout_.step, in_picture(spectra[i]));
         for (std::size_t i = 0; i < spectra.size(); ++i)
