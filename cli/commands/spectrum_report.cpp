@@ -21,16 +21,18 @@ std::size_t longest(const Pieces &pieces) {
     return std::ranges::max(pieces, {}, &std::span<const double>::size).size();
 }
 
-// All channels have the same frequencies: segments fit into each.
+// All channels have the same frequencies: segments fit into each.  A single transform takes a single piece, of equal length in
+// all channels.
 SpectrumLayout layout_of(const Record &record, const std::optional<Averaging> &averaging) {
-    std::size_t samples = record.length();
-    bool whole = true;
+    std::size_t samples = longest(pieces_of(record.channels.front()));
+    bool alike = true;
     for (const Channel &channel : record.channels) {
-        samples = std::min(samples, longest(pieces_of(channel)));
-        whole = whole && channel.pieces.size() == 1;
+        const std::size_t others = longest(pieces_of(channel));
+        alike = alike && channel.pieces.size() == 1 && others == samples;
+        samples = std::min(samples, others);
     }
     if (averaging) return layout_for(samples, *averaging);
-    if (!whole) reject("{}: has holes; --average takes segments between them", record.name);
+    if (!alike) reject("{}: has holes; --average takes segments between them", record.name);
     return layout_for(samples);
 }
 

@@ -114,6 +114,8 @@ void print_json(const std::vector<Described> &channels, Output &out) {
 }
 
 void run(const Options &options) {
+    if (options.input.gaps != GapPolicy::Hold)
+        reject("--gaps is not for stats, which leaves out and counts what is missing");
     Source source(options.input.file);
     const std::vector<Described> channels =
         is_sound(source) ? describe_sound(source, options.input) : describe_table(source, options.input);

@@ -218,6 +218,22 @@ TEST_F(Spectrum, spectrogram_is_welch_over_time) {
     expect_refused("spectrogram --plot x.wav", "colours");
 }
 
+// A sine in whose middle a third of the rows are gone.
+TEST_F(Spectrum, segments_lie_between_the_holes) {
+    std::string csv = "time,x\n";
+    for (int t = 0; t < 3000; t += t == 999 ? 1001 : 1)
+        csv += filled("@,@\n", {t / 100.0, std::sin(0.2 * std::numbers::pi * t)});
+    write("x.csv", csv);
+    const std::string options = " --gaps split x.csv --segment 500 --no-mean ";
+    ASSERT_EQ(run("spectrum --average --peaks 1" + options), 0) << err;
+    EXPECT_NEAR(rows(out).at(0).at(0), 10, 1e-4);
+    EXPECT_NEAR(rows(out).at(0).at(1), 1, 1e-4);
+    ASSERT_EQ(run("spectrogram --from 9.99Hz --to 10.01Hz" + options), 0) << err;
+    EXPECT_EQ(column(rows(out), 0), (std::vector<double>{2.5, 5, 7.5, 22.5, 25, 27.5}));
+    EXPECT_EQ(run("spectrum --gaps split x.csv"), 2);
+    EXPECT_HAS(err, "--average takes segments between");
+}
+
 TEST_F(Spectrum, spectrograms_have_bounded_pictures) {
     ASSERT_EQ(shell("seq 300000 | \"$M\" spectrogram --segment 1000 --overlap 90 --rate 1Hz --plot-script"), 0) << err;
     EXPECT_HAS(out, "with image");
