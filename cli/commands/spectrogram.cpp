@@ -62,7 +62,7 @@ class Spectrogram {
           pictures_(options.files.plot.wanted() ? std::min(names_.size(), kMostPanels) : 0),
           bins_(bins_within(options.from, options.to, layout, rate)) {}
 
-    // A segment of each channel; `start`: of its first sample in the record.
+    // A segment of each channel; `start`: where its first sample lies, in samples from the first of the record.
     void add(std::size_t start, const std::vector<Samples> &channels) {
         if (segments_++ == 0) write_head();
         std::vector<std::vector<double>> spectra(channels.size());
@@ -218,7 +218,7 @@ void run_on_table(const Options &options, Source &source) {
         for (std::size_t start = piece.begin; start + layout.samples <= piece.end; start += layout.step) {
             for (std::size_t i = 0; i < segment.size(); ++i)
                 segment[i] = Samples(record.channels[i].samples).subspan(start, layout.samples);
-            spectrogram.add(start, segment);
+            spectrogram.add(record.place_of(start), segment);
         }
     spectrogram.finish();
 }

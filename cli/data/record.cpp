@@ -64,10 +64,14 @@ void insert(const std::vector<MissingRows> &holes, Record &record) {
     constexpr std::size_t kMostTimes = 10, kMostCells = 10'000'000;  // more than the rows, and cells anyway
     const bool split = record.input.gaps == GapPolicy::Split;
     const std::size_t rows = record.length(), most = split ? short_hole(record.rate) + 1 : kMostHeld;
-    std::size_t row = 0, shift = 0;
+    std::size_t row = 0, shift = 0, left_out = 0;
     for (const MissingRows &hole : holes) {
         for (; row < hole.row; ++row) record.sample_of_row.push_back(row + shift);
         shift += std::min(hole.count, most);
+        if (split && hole.count > most) {
+            left_out += hole.count - most;
+            record.left_out.push_back({hole.row + shift, left_out});
+        }
         if (!split && hole.count > most && record.cut_hole == 0) record.cut_hole = hole.row;
     }
     for (; row < rows; ++row) record.sample_of_row.push_back(row + shift);
@@ -191,6 +195,11 @@ Record read_record(Source &source, const InputOptions &input, Missing missing) {
     Record record = is_sound(source) ? read_sound(source, input) : read_csv(source, input, missing);
     if (record.length() > INT_MAX) reject("{}: has more than {} samples", record.name, INT_MAX);
     return record;
+}
+
+std::size_t Record::place_of(std::size_t sample) const {
+    const auto after = std::ranges::upper_bound(left_out, sample, {}, &LeftOut::sample);
+    return sample + (after == left_out.begin() ? 0 : (after - 1)->count);
 }
 
 double rate_of(const Record &record) {

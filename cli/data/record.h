@@ -20,6 +20,11 @@ struct Piece {
     std::size_t begin = 0, end = 0;
 };
 
+// How many samples of holes are left out before a sample, in all.
+struct LeftOut {
+    std::size_t sample, count;
+};
+
 struct Channel {
     std::string name = {};
     // Missing ones are replaced by the one before, or by the first.
@@ -49,11 +54,14 @@ struct Record {
     std::vector<std::size_t> sample_of_row = {};
     std::size_t missing_rows = 0;  // samples that no row gives
     std::size_t cut_hole = 0;      // the row after the first hole that was too long to be filled; 0: there is none
+    std::vector<LeftOut> left_out = {};  // in order: what a record that is split has less of its holes
     std::vector<std::string> remarks = {};
     std::string time_doubt = {};  // why a column is not taken for the times
 
     std::size_t length() const { return channels.front().samples.size(); }
     std::size_t sample_of(std::size_t row) const { return sample_of_row.empty() ? row : sample_of_row[row]; }
+    // Where in time a sample lies, in samples from the first.
+    std::size_t place_of(std::size_t sample) const;
 };
 
 enum class Missing {
