@@ -78,7 +78,7 @@ Peak refined(const Segments &segments, double frequency, double reach) {
         const double bend = l - 2 * c + r, step = 0.5 * h * (l - r) / bend;
         if (!(bend < 0) || !std::isfinite(step)) break;
         frequency = std::clamp(frequency + step, lowest, highest);
-        if (std::abs(step) < 1e-4 * h) break;
+        if (std::abs(step) < 0.01 * h) break;  // what is left is a hundredth of it at most
     }
     return {frequency, segments.amplitude_at(frequency)};
 }
