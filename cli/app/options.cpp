@@ -12,6 +12,12 @@ struct GapWord {
 };
 constexpr GapWord kGaps[] = {{"hold", GapPolicy::Hold}, {"split", GapPolicy::Split}, {"error", GapPolicy::Error}};
 
+struct Mark {
+    const char *word;
+    char mark;
+};
+constexpr Mark kMarks[] = {{".", '.'}, {",", ','}, {"point", '.'}, {"comma", ','}};
+
 }  // namespace
 
 void add_reading(const Command &app, InputOptions &input) {
@@ -23,6 +29,11 @@ void add_reading(const Command &app, InputOptions &input) {
                    "the column of times by name or number; default: the first that is called so, such as time, t, "
                    "timestamp, date")
         .type_name("NAME|N");
+    add_choice(
+        app, "--decimal", kMarks, &Mark::word, [&input](const Mark &mark) { input.decimal = mark.mark; },
+        "the decimal mark of a table: {}; default: what its first numbers show")
+        .type_name("MARK");
+    app.add_flag("--strict", input.strict, "refuse a table with a cell that is not a number; default: a stream goes on");
     add_choice(
         app, "--gaps", kGaps, &GapWord::word, [&input](const GapWord &gap) { input.gaps = gap.policy; },
         "where rows or cells are missing: {}; hold, the default, takes the last value, split starts anew after a long "

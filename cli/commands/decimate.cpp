@@ -136,7 +136,7 @@ std::unique_ptr<FrameFilter> filter_of(const LowPass &filter) {
 
 // Kept is every FACTOR-th sample.  Those that no row gives count as well, unless all starts anew after them.
 void decimate_table(const Options &options, const LowPass &filter, Source &source) {
-    TableReader table(source, options.input);
+    TableReader table(source, options.input, Faults::Report);
     Output out(options.output);
     const std::unique_ptr<FrameFilter> low_pass = filter_of(filter);
     RowFilter rows(table, options.input, source.name(), *low_pass);

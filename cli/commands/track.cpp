@@ -128,19 +128,25 @@ class EstimatesWriter {
     void add_leading_line() {
         leading_ += table_.line().text;
         if (table_.kind() == LineKind::Header) end_of_header_ = leading_.size();
+        if (table_.kind() == LineKind::Units) end_of_units_ = leading_.size();
         leading_ += table_.line().end;
     }
 
     void begin() {
         check_columns(table_.columns().size());
         begun_ = true;
-        std::string names;
+        std::string names, units;
         for (std::size_t i = 0; i < table_.columns().size(); ++i) {
             if (table_.columns()[i].kind == Column::Text) continue;
             tracked_.push_back(i);
-            for (std::size_t k = 0; k < std::size(kEstimates); ++k) names += new_cell(i, kEstimates[k], k);
+            for (std::size_t k = 0; k < std::size(kEstimates); ++k) {
+                names += new_cell(i, kEstimates[k], k);
+                units += new_unit(i, k);
+            }
             if (sigma_) names += new_cell(i, kSigma, 0);
+            if (sigma_) units += new_unit(i, 0);
         }
+        if (end_of_units_ != kNone) leading_.insert(end_of_units_, units);
         if (end_of_header_ != kNone) leading_.insert(end_of_header_, names);
         out_.write(leading_);
     }
@@ -148,6 +154,12 @@ class EstimatesWriter {
     std::string new_cell(std::size_t column, const char *suffix, std::size_t derivative) const {
         const std::string name = name_of(table_.columns()[column].name, suffix, derivative);
         return table_.separator() + cell_text(name, table_.separator());
+    }
+
+    std::string new_unit(std::size_t column, std::size_t derivative) const {
+        std::string unit = table_.columns()[column].unit;
+        for (std::size_t i = 0; i < derivative; ++i) unit = derivative_unit(unit);
+        return table_.separator() + cell_text(unit, table_.separator());
     }
 
     void write_row(const RowOfEstimates &row) {
@@ -164,7 +176,7 @@ class EstimatesWriter {
         const char separator = table_.separator();
         out_.write({&separator, 1});
         if (!std::isnan(value))
-            out_.number(value);
+            table_.write_number(out_, value);
         else if (separator == ' ')
             out_.write("NaN");
     }
@@ -173,7 +185,7 @@ class EstimatesWriter {
     bool sigma_, begun_ = false;
     Output out_;
     std::string leading_;
-    std::size_t end_of_header_ = kNone;
+    std::size_t end_of_header_ = kNone, end_of_units_ = kNone;
     std::vector<std::size_t> tracked_;  // columns of numbers
 };
 
@@ -216,7 +228,7 @@ class RowTracker : public FrameFilter {
 void track_stream(Source &source, const Options &options, double rate) {
     const TrackingModel model = model_of(options, rate);
     const InputOptions &input = options.files.input;
-    TableReader table(source, input);
+    TableReader table(source, input, Faults::Report);
     Comparison comparison(options.files.plot, curves_of(options));
     RowTracker tracker(model);
     RowFilter rows(table, input, source.name(), tracker);

@@ -131,6 +131,7 @@ Record read_csv(Source &source, const InputOptions &input, Missing missing) {
     insert(holes, record);
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
         record.channels[i].name = table.columns()[i].name;
+        record.channels[i].unit = table.columns()[i].unit;
         record.channels[i].column = table.columns()[i].index;
         if (table.columns()[i].kind == Column::Numbers) report_cells(record, record.channels[i], lines, report);
         close(record.channels[i], record, missing);
@@ -175,6 +176,10 @@ void write_table(const Record &record, Output &out, std::size_t every) {
     while (table.next()) {
         if (table.kind() == LineKind::Header && record.rename) {
             table.write_header(out, columns_of(record), record.width, record.rename);
+            continue;
+        }
+        if (table.kind() == LineKind::Units && record.rename) {
+            table.write_header(out, columns_of(record), record.width, derivative_unit);
             continue;
         }
         if (table.kind() != LineKind::Data) {

@@ -27,6 +27,7 @@ struct LeftOut {
 
 struct Channel {
     std::string name = {};
+    std::string unit = {};  // from a row of units in a CSV
     // Missing ones are replaced by the one before, or by the first.
     std::vector<double> samples = {};
     std::size_t missing = 0;         // samples that no cell gives

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/app/diagnostics.h"
+#include "cli/data/columns.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
 
@@ -27,8 +28,8 @@ void rewrite_record(Record &record, const Files &files, const Change &change, co
                 ++left;
         }
         for (std::size_t k = 0; k < before.size(); ++k) comparison.add(i, before[k], channel.samples[k]);
-        names.push_back(channel.name);
-        if (rename) new_names.push_back(rename(channel.name));
+        names.push_back(labelled(channel.name, channel.unit));
+        if (rename) new_names.push_back(rename(names.back()));
     }
     if (left > 0)
         remark("{}: {} piece{} between holes {} shorter than {} samples: left as {}", record.name, left,

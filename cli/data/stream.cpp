@@ -14,7 +14,7 @@ namespace {
 
 std::vector<std::string> names_of(const TableReader &table) {
     std::vector<std::string> names;
-    for (const Column &column : table.columns()) names.push_back(column.name);
+    for (const Column &column : table.columns()) names.push_back(labelled(column.name, column.unit));
     return names;
 }
 
@@ -83,7 +83,7 @@ void RowFilter::finish() {
 }
 
 void stream_table(Source &source, const Files &files, FrameFilter &filter, const std::string &title, double rate) {
-    TableReader table(source, files.input);
+    TableReader table(source, files.input, Faults::Report);
     Output out(data_file(files.plot, files.output));
     Comparison comparison(files.plot);
     RowFilter rows(table, files.input, source.name(), filter);

@@ -1,5 +1,7 @@
 #include "cli/data/table.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -7,257 +9,168 @@
 
 #include "cli/app/diagnostics.h"
 #include "cli/app/number.h"
+#include "cli/data/cells.h"
 #include "cli/data/csv.h"
-#include "cli/data/time_names.h"
+#include "cli/data/dialect.h"
 
 namespace cli {
 
 namespace {
 
 constexpr std::string_view kBom = "\xEF\xBB\xBF";
+constexpr std::size_t kMostReported = 10;  // faults that get a line each
 
-// A cell's content: without blanks and without the quotes around it.
-std::string_view content(std::string_view cell) {
-    cell = trimmed(cell);
-    if (cell.size() >= 2 && cell.front() == '"' && cell.back() == '"') cell = trimmed(cell.substr(1, cell.size() - 2));
-    return cell;
-}
-
-bool is_missing(std::string_view cell) {
-    const std::string text = lower(content(cell).substr(0, 5));
-    return text.empty() || text == "nan" || text == "-nan" || text == "+nan" || text == "na" || text == "n/a";
-}
-
-// The name in a cell; in a quoted cell, two quotes stand for one.
-std::string name_in(std::string_view cell) {
-    std::string name(content(cell));
-    if (trimmed(cell).starts_with('"'))
-        for (std::size_t at = 0; (at = name.find("\"\"", at)) != std::string::npos; ++at) name.erase(at, 1);
-    return name;
-}
-
-bool has_decimal_comma(std::string_view cell) {
-    std::string text(content(cell));
-    std::ranges::replace(text, ',', '.');
-    return text != content(cell) && parse_number(text);
+std::string counted(std::size_t count, const char *one, const char *many) {
+    return fmt::format("{} {}", count, count == 1 ? one : many);
 }
 
 }  // namespace
 
-TableReader::TableReader(Source &source, InputOptions input) : lines_(source), input_(std::move(input)) {}
+TableReader::TableReader(Source &source, InputOptions input, Faults faults)
+    : lines_(source), input_(std::move(input)), faults_(input_.strict ? Faults::Refuse : faults) {
+    decimal_ = input_.decimal;
+}
 
 bool TableReader::next() {
     if (!lines_.next(line_)) {
         if (line_.number == 0) reject("{}: is empty; expected rows of numbers", lines_.name());
         if (rows_ == 0) reject("{}: has no row of numbers", lines_.name());
+        sum_up();
         return false;
     }
-    std::string_view text = line_.text;
-    if (line_.number == 1 && text.starts_with(kBom)) text.remove_prefix(kBom.size());
-    if (trimmed(text).empty() || text.front() == '#') {
-        kind_ = LineKind::Other;
-        return true;
-    }
-    if (separator_ == '\0') find_separator();
-    split();
-    const bool first = width_ == 0;
-    if (first) {
-        width_ = cells_.size();
-        width_line_ = line_.number;
-        kind_ = looks_like_header() ? LineKind::Header : LineKind::Data;
-        if (kind_ == LineKind::Header) read_header();
-    } else {
-        kind_ = LineKind::Data;
-    }
-    if (kind_ == LineKind::Data) {
-        if (rows_ == 0) begin_rows();
-        read_row();
-    }
+    text_ = line_.text;
+    if (line_.number == 1 && text_.starts_with(kBom)) text_.remove_prefix(kBom.size());
+    kind_ = LineKind::Other;
+    if (is_remark(text_) || !read_cells()) return true;
+    kind_ = rows_ == 0 ? kind_of_line() : LineKind::Data;
+    if (kind_ == LineKind::Data) read_data();
     return true;
 }
 
-// The first of tab, semicolon and comma that the first line holds outside of quotes; else blanks.
-void TableReader::find_separator() {
-    std::string plain;
-    bool quoted = false;
-    for (const char c : line_.text) {
-        quoted = quoted != (c == '"');
-        if (!quoted) plain += c;
-    }
-    separator_ = ' ';
-    for (const char candidate : {'\t', ';', ','})
-        if (plain.find(candidate) != std::string::npos) {
-            separator_ = candidate;
-            return;
-        }
+// False if there are none to be read.
+bool TableReader::read_cells() {
+    const bool begun = separator_ != '\0';
+    if (!begun) separator_ = separator_in(text_, decimal_);
+    if (split(text_, separator_, cells_)) return true;
+    if (!begun) separator_ = '\0';
+    fault(place(cells_.size()) + "a quote is not closed on its line", bad_rows_);
+    if (rows_ > 0) pass_row();
+    return false;
 }
 
-void TableReader::split() {
-    cells_.clear();
-    std::string_view rest = line_.text;
-    if (line_.number == 1 && rest.starts_with(kBom)) rest.remove_prefix(kBom.size());
-    for (bool more = true; more;) {
-        if (separator_ == ' ') {
-            const std::size_t start = rest.find_first_not_of(" \t");
-            if (start == std::string_view::npos) break;
-            rest.remove_prefix(start);
-        }
-        std::size_t from = 0;
-        const std::size_t quote = rest.find_first_not_of(" \t");
-        if (quote != std::string_view::npos && rest[quote] == '"') {
-            from = rest.find('"', quote + 1);
-            while (from != std::string_view::npos && from + 1 < rest.size() && rest[from + 1] == '"')
-                from = rest.find('"', from + 2);  // a doubled quote stands for one
-            if (from == std::string_view::npos)
-                reject("{}:{}:{}: a quote is not closed on its line", lines_.name(), line_.number, cells_.size() + 1);
-        }
-        const std::size_t length = separator_ == ' ' ? rest.find_first_of(" \t", from) : rest.find(separator_, from);
-        cells_.push_back(rest.substr(0, length));
-        more = length != std::string_view::npos;
-        if (more) rest.remove_prefix(length + 1);
-    }
-}
-
-// Text and not a single number.
-bool TableReader::looks_like_header() const {
-    bool text = false;
-    for (const std::string_view cell : cells_) {
-        if (parse_number(content(cell))) return false;
-        text = text || !is_missing(cell);
-    }
-    return text;
-}
-
-void TableReader::read_header() {
-    for (const std::string_view cell : cells_) names_.push_back(name_in(cell));
-}
-
-void TableReader::begin_rows() {
-    if (separator_ == ' ' && names_.size() > 1 && cells_.size() == 1) {  // one column, whose name has blanks in it
-        std::string name;
-        for (const std::string &word : names_) name += (name.empty() ? "" : " ") + word;
-        names_ = {name};
-        width_ = 1;
-    }
-    check_width();
-    find_time();
-    choose_columns();
-}
-
-void TableReader::find_time() {
-    if (!input_.time.empty()) {
-        const std::size_t index = index_of(input_.time);
-        if (!take_time(index))
-            reject("{}:{}:{}: --time {}: no time of a form that is known{}{}", lines_.name(), line_.number, index + 1,
-                   input_.time, time_doubt_.empty() ? "" : "; ", time_doubt_);
+void TableReader::read_data() {
+    if (rows_ == 0) begin_rows();
+    if (rows_ == 1 && names_.empty() && cells_.size() > width_ && faults_ == Faults::Report) widen();
+    if (cells_.size() == width_) {
+        if (decimal_ == '\0') settle_decimal();
+        read_values();
+        ++rows_;
         return;
     }
-    for (const std::size_t index : time_columns(names_))
-        if (take_time(index)) return;
+    fault(wrong_width(cells_.size(), width_, width_line_), bad_rows_);
+    if (rows_ > 0)
+        pass_row();
+    else
+        kind_ = LineKind::Other;
 }
 
-// A column called like a time is one if its first cell is.
-bool TableReader::take_time(std::size_t index) {
-    const TimeName name = index < names_.size() ? cli::time_name(names_[index]).value_or(TimeName{}) : TimeName{};
-    TimeCells cells(name, input_.decimal);
-    const std::string_view cell = content(cells_[index]);
-    if (!is_missing(cell) && !cells.parse(cell)) {
-        if (!cells.doubt().empty() && time_doubt_.empty())
-            time_doubt_ = fmt::format("{}:{}:{}: {}", lines_.name(), line_.number, index + 1, cells.doubt());
-        return false;
-    }
-    time_ = {index, cells};
-    time_doubt_.clear();
-    return true;
+// A row that stays as it is: all its cells are missing.
+void TableReader::pass_row() {
+    kind_ = LineKind::Data;
+    ++rows_;
+    cells_.clear();
+    std::ranges::fill(values_, kMissing);
 }
 
-// Times, and the dates beside them, are no data unless they are asked for.
-bool TableReader::is_left_alone(std::size_t index) const {
-    if (index == time_.index || !has_time() || index >= names_.size()) return index == time_.index;
-    const std::optional<TimeName> name = cli::time_name(names_[index]);
-    return name && name->date;
-}
-
-std::string TableReader::name_of(std::size_t index) const {
-    return index < names_.size() && !names_[index].empty() ? names_[index] : fmt::format("column {}", index + 1);
-}
-
-std::string TableReader::time_name() const { return name_of(time_.index); }
-
-void TableReader::choose_columns() {
-    for (const std::string &wanted : input_.columns) choose(wanted);
-    for (std::size_t i = 0; i < width_ && input_.columns.empty(); ++i)
-        if (!is_left_alone(i)) columns_.push_back({.index = i});
-    for (Column &column : columns_) column.name = name_of(column.index);
-    if (columns_.empty()) reject("{}:{}: the only column is the time", lines_.name(), line_.number);
-    column_of_cell_.assign(width_, kNone);
-    for (std::size_t i = 0; i < columns_.size(); ++i) column_of_cell_[columns_[i].index] = i;
-    values_.resize(columns_.size());
-}
-
-std::size_t TableReader::index_of(const std::string &wanted) const {
-    const auto index = static_cast<std::size_t>(std::ranges::find(names_, wanted) - names_.begin());
-    if (index < names_.size()) return index;
-    const std::optional<double> number = parse_number(wanted);
-    const bool whole = number && *number >= 1 && *number <= static_cast<double>(width_) &&
-                       *number == static_cast<double>(static_cast<std::size_t>(*number));
-    if (!whole) {
-        std::string names;
-        for (const std::string &name : names_) names += (names.empty() ? ": " : ", ") + name;
-        reject("{}: no column \"{}\"; it has the columns 1 to {}{}", lines_.name(), wanted, width_, names);
-    }
-    return static_cast<std::size_t>(*number) - 1;
-}
-
-void TableReader::choose(const std::string &wanted) {
-    const std::size_t index = index_of(wanted);
-    const auto same = [index](const Column &column) { return column.index == index; };
-    if (std::ranges::none_of(columns_, same)) columns_.push_back({.index = index, .chosen = true});
-}
-
-void TableReader::check_width() const {
-    if (cells_.size() != width_)
-        reject("{}:{}:{}: has {} cells; expected {} as in line {}", lines_.name(), line_.number,
-               std::min(cells_.size(), width_) + 1, cells_.size(), width_, width_line_);
-}
-
-void TableReader::read_row() {
-    check_width();
+void TableReader::read_values() {
+    const char mark = decimal_ == ',' ? ',' : '.';
     bool numbers = false;
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         Column &column = columns_[i];
-        const std::string_view cell = cells_[column.index];
         values_[i] = kMissing;
         if (column.kind == Column::Text) continue;
-        if (const std::optional<double> number = parse_number(content(cell))) {
+        if (const std::optional<double> number = number_in(cells_[column.index], mark)) {
             values_[i] = *number;
             column.kind = Column::Numbers;
-        } else if (!is_missing(cell)) {
-            if (column.kind == Column::Numbers || column.chosen || has_decimal_comma(cell)) reject_cell(column.index);
-            column.kind = Column::Text;
+            numbers = true;
+        } else if (read_other(column)) {
+            numbers = true;
         }
-        numbers = numbers || column.kind != Column::Text;
     }
-    if (!numbers) reject_cell(columns_.front().index);
-    ++rows_;
+    if (!numbers) reject("{}", what_is_wrong_with(columns_.front().index));
 }
 
-void TableReader::reject_cell(std::size_t index) const {
+// A cell that is not a number; returns whether its column may hold numbers.
+bool TableReader::read_other(Column &column) {
+    const std::string_view cell = cells_[column.index];
+    if (is_missing(cell)) return true;
+    const bool nearly = number_in(cell, ',') || number_in(cell, '.') || has_thousands(content(cell));
+    if (column.kind != Column::Numbers && !column.chosen && !nearly) {
+        column.kind = Column::Text;
+        return false;
+    }
+    fault(what_is_wrong_with(column.index), bad_cells_);
+    return true;
+}
+
+void TableReader::fault(const std::string &what, std::size_t &count) {
+    if (faults_ == Faults::Refuse) reject("{}", what);
+    if (bad_cells_ + bad_rows_ < kMostReported) remark("{}; counts as missing", what);
+    ++count;
+}
+
+void TableReader::sum_up() const {
+    if (bad_cells_ + bad_rows_ == 0) return;
+    std::string what;
+    if (bad_cells_ > 0) what = counted(bad_cells_, "cell", "cells");
+    if (bad_rows_ > 0) what += (what.empty() ? "" : " and ") + counted(bad_rows_, "row", "rows");
+    remark("{}: {} could not be read, stayed as they were, and count as missing", lines_.name(), what);
+}
+
+std::string TableReader::place(std::size_t index) const {
+    return fmt::format("{}:{}:{}: ", lines_.name(), line_.number, index + 1);
+}
+
+std::string TableReader::wrong_width(std::size_t cells, std::size_t expected, std::size_t line) const {
+    return fmt::format("{}has {} cells; expected {} as in line {}", place(std::min(cells, expected)), cells, expected,
+                       line);
+}
+
+std::string TableReader::what_is_wrong_with(std::size_t index) const {
     const std::string_view cell = content(cells_[index]);
-    const bool comma = separator_ != ',' && cell.find(',') != std::string_view::npos;
-    reject("{}:{}:{}: \"{}\" is not a {}number{}; expected one{}, or an empty cell", lines_.name(), line_.number,
-           index + 1, cell.substr(0, 40), lower(cell).find("inf") != std::string::npos ? "finite " : "",
-           index < names_.size() ? fmt::format(" (column {})", names_[index]) : "",
-           comma ? " with a decimal point" : "");
+    const std::string column = index < names_.size() ? fmt::format(" (column {})", name_of(index)) : "";
+    std::string result = fmt::format("{}\"{}\" ", place(index), cell.substr(0, 40));
+    if (has_thousands(cell) && !(separator_ != ',' && number_in(cell, ',')))
+        return result + fmt::format("has a separator between thousands{}; expected a number without", column);
+    const bool other = number_in(cell, ',') || number_in(cell, '.');
+    return result + fmt::format("is not a {}number{}; expected one{}, or an empty cell",
+                                lower(cell).find("inf") != std::string::npos ? "finite " : "", column,
+                                !other            ? ""
+                                : decimal_ == ',' ? " with a decimal comma (--decimal)"
+                                                  : " with a decimal point (--decimal)");
 }
 
-double TableReader::time() { return time_.cells.parse(content(cells_[time_.index])).value_or(kMissing); }
-
-void TableReader::reject_time() const {
+double TableReader::time() {
+    if (cells_.empty()) return kMissing;
     const std::string_view cell = content(cells_[time_.index]);
-    if (is_missing(cell)) reject("{}:{}:{}: the time is missing", lines_.name(), line_.number, time_column());
-    reject("{}:{}:{}: \"{}\" is not a time like that of the first row (column {})", lines_.name(), line_.number,
-           time_column(), cell.substr(0, 40), time_name());
+    const std::optional<double> time = time_.cells.parse(cell);
+    if (!time && faults_ == Faults::Report && !is_missing(cell)) fault(what_is_wrong_with_time(), bad_cells_);
+    return time.value_or(kMissing);
+}
+
+std::string TableReader::what_is_wrong_with_time() const {
+    if (cells_.empty() || is_missing(cells_[time_.index])) return place(time_.index) + "the time is missing";
+    return fmt::format("{}\"{}\" is not a time like that of the first row (column {})", place(time_.index),
+                       content(cells_[time_.index]).substr(0, 40), time_name());
+}
+
+void TableReader::reject_time() const { reject("{}", what_is_wrong_with_time()); }
+
+void TableReader::write_number(Output &out, double number) const {
+    const bool quoted = decimal_ == ',' && separator_ == ',';
+    if (quoted) out.write("\"");
+    out.number(number, decimal_ == ',' ? ',' : '.');
+    if (quoted) out.write("\"");
 }
 
 void TableReader::write_row(Output &out, const std::vector<double> &numbers) const {
@@ -267,7 +180,7 @@ void TableReader::write_row(Output &out, const std::vector<double> &numbers) con
         if (column == kNone || std::isnan(values_[column])) continue;  // not chosen, missing, or text
         const std::string_view old = cells_[cell];
         out.write({from, static_cast<std::size_t>(old.data() - from)});
-        out.number(numbers[column]);
+        write_number(out, numbers[column]);
         from = old.data() + old.size();
     }
     out.write({from, static_cast<std::size_t>(line_.text.data() + line_.text.size() - from)});

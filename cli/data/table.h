@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/data/columns.h"
 #include "cli/data/input.h"
 #include "cli/data/lines.h"
 #include "cli/data/source.h"
@@ -17,25 +18,22 @@
 namespace cli {
 
 inline constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
-inline constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
 
-// A column.  Its first cell that is not missing decides whether it holds numbers or text.
-struct Column {
-    std::size_t index = 0;  // from 0
-    std::string name = {};  // from the header, or "column 3"
-    enum Kind { Undecided, Numbers, Text } kind = Undecided;
-    bool chosen = false;  // on the command line: then text is an error
+enum class LineKind { Other, Header, Units, Data };  // Other: comments and blank lines
+
+// What happens to a cell that is not a number, or to a row that has not as many cells as the others.
+enum class Faults {
+    Refuse,
+    Report  // the cell, or all cells of the row, are missing; unless InputOptions::strict
 };
-
-enum class LineKind { Other, Header, Data };  // Other: comments and blank lines
 
 class TableReader {
   public:
-    TableReader(Source &source, InputOptions input);
+    TableReader(Source &source, InputOptions input, Faults faults = Faults::Refuse);
 
     // Reads a line; false at the end, where a table without a row is refused.
     bool next();
-    bool next_is_received() const { return lines_.next_is_received(); }
+    bool next_is_received() { return lines_.next_is_received(); }
 
     LineKind kind() const { return kind_; }
     const Line &line() const { return line_; }
@@ -55,13 +53,14 @@ class TableReader {
     // Why a column that is called like a time is not taken for one; empty: there is none.
     const std::string &time_doubt() const { return time_doubt_; }
 
+    // A number with the table's decimal mark.
+    void write_number(Output &out, double number) const;
     // The row with new numbers in its cells; missing cells and text stay.
     void write_row(Output &out, const std::vector<double> &numbers) const;
     void write_line(Output &out) const;
-    // The header with new names for these columns, of a table with `width` columns.
+    // The header, or the row of units, with new names for these columns, of a table with `width` columns.
     void write_header(Output &out, const std::vector<std::size_t> &columns, std::size_t width,
                       const Rename &rename) const;
-    [[noreturn]] void reject_cell(std::size_t index) const;
 
   private:
     struct Time {
@@ -69,27 +68,44 @@ class TableReader {
         TimeCells cells{{}, '.'};
     };
 
-    void find_separator();
-    void begin_rows();
-    void split();
+    // table.cpp: line by line
+    bool read_cells();
+    void read_data();
+    void read_values();
+    bool read_other(Column &column);
+    void pass_row();
+    void fault(const std::string &what, std::size_t &count);
+    void sum_up() const;
+    std::string place(std::size_t index) const;
+    std::string what_is_wrong_with(std::size_t index) const;
+    std::string what_is_wrong_with_time() const;
+    std::string wrong_width(std::size_t cells, std::size_t expected, std::size_t line) const;
+
+    // table_begin.cpp: the first lines
+    LineKind kind_of_line();
+    LineKind kind_of_first_line();
+    bool is_number(std::string_view cell) const;
     bool looks_like_header() const;
-    void read_header();
-    void choose_columns();
-    void choose(const std::string &wanted);
-    std::size_t index_of(const std::string &wanted) const;
-    std::string name_of(std::size_t index) const;
+    bool is_torn();
+    void settle_decimal();
+    void begin_rows();
+    void widen();
+    void begin_columns();
     void find_time();
     bool take_time(std::size_t index);
     bool is_left_alone(std::size_t index) const;
-    void check_width() const;
-    void read_row();
+    std::size_t index_of(const std::string &wanted) const;
+    std::string name_of(std::size_t index) const;
 
     LineReader lines_;
     Line line_;
+    std::string_view text_;  // of the line, without a byte-order mark
     InputOptions input_;
-    std::vector<std::string> names_;
+    Faults faults_;
+    std::vector<std::string> names_, addresses_, units_;
     LineKind kind_ = LineKind::Other;
     char separator_ = '\0';  // '\0': not yet known, ' ': blanks
+    char decimal_ = '\0';    // '\0': no number has shown it yet
     std::size_t rows_ = 0, width_ = 0, width_line_ = 0;
     std::vector<std::string_view> cells_;
     std::vector<Column> columns_;
@@ -97,6 +113,7 @@ class TableReader {
     std::vector<double> values_;
     Time time_;
     std::string time_doubt_;
+    std::size_t bad_cells_ = 0, bad_rows_ = 0;
 };
 
 }  // namespace cli

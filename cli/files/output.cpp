@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -34,9 +35,10 @@ Output::~Output() {
     if (!replacement_ && descriptor_ > STDERR_FILENO) close(descriptor_);
 }
 
-void Output::number(double value) {
+void Output::number(double value, char decimal) {
     std::array<char, 32> text;
     const auto end = fmt::format_to(text.data(), FMT_COMPILE("{}"), value);
+    if (decimal != '.') std::replace(text.data(), end, '.', decimal);
     buffer_.append(text.data(), end);
 }
 

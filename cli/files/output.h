@@ -19,7 +19,8 @@ class Output {
     Output &operator=(const Output &) = delete;
 
     void write(std::string_view text) { buffer_.append(text); }
-    void number(double value);  // in the fewest digits that read back as the same number
+    // In the fewest digits that read back as the same number.
+    void number(double value, char decimal = '.');
     bool full() const { return buffer_.size() >= kBlock; }
     void flush();
     void commit();

@@ -9,7 +9,7 @@
 TEST_F(CommandLine, files_appear_only_when_they_are_complete) {
     ASSERT_EQ(shell("mkdir d && echo old >d/old && { seq 100000; echo x; } >x.csv"), 0);
     for (const char *file : {"d/new", "d/old"}) {
-        EXPECT_EQ(run(kLowpass + "x.csv -o " + file), 2);
+        EXPECT_EQ(run(kLowpass + "--strict x.csv -o " + file), 2);
         EXPECT_HAS(err, "x.csv:100001:1: \"x\"");
     }
     shell("cat d/old; ls -A d");

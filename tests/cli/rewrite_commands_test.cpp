@@ -68,7 +68,7 @@ TEST_F(CommandLine, wrong_calls_and_input_are_refused) {
     write("x.wav", std::string("RIFF\x24\0\0\0WAVEfmt ", 16));
     for (const std::string command : {"smooth --degree 1 --window 3", "derive --rate 1", "despike --limit 1",
                                       "average --length 3", "track --q 1 --r 1 --rate 1"}) {
-        expect_refused(command + " x.csv", "mensura: x.csv:4:1: \"abc\" is not a number");
+        expect_refused(command + " --strict x.csv", "mensura: x.csv:4:1: \"abc\" is not a number");
         expect_refused(command + " x.wav", "x.wav: is a sound (WAV); this command reads tables (CSV)");
     }
     expect_refusals("", {{"derive --rate 1 one.csv", "2 rows at least"},

@@ -32,7 +32,11 @@ TEST_F(CommandLine, faults_of_a_table_are_named_with_their_place) {
     using namespace std::string_literals;
     for (const auto &[text, reason] : {std::pair{"1,2\n3\n"s, ":2: has 1 cells; expected 2"},
                                        {"1,2\n3,4,5\n", ": has 3 cells; expected 2"},
-                                       {"a;b\n1;1,5\n", ":2:2: \"1,5\" is not a number"},
+                                       {"a;b\n1.5;1,5\n", ":2:2: \"1,5\" is not a number (column b); expected one with"},
+                                       {"a;b\n1;1.234,56\n", ":2:2: \"1.234,56\" has a separator between thousands"},
+                                       {"a;b\n1;1 234,56\n", ":2:2: \"1 234,56\" has a separator between thousands"},
+                                       {"a\tb\n1\t1,234.56\n", ":2:2: \"1,234.56\" has a separator between"},
+                                       {"a;b\n1;1'234.5\n", ":2:2: \"1'234.5\" has a separator between thousands"},
                                        {"a,b\n1,2\n\n3,abc\n", ":4:2: \"abc\""},
                                        {"1\ninf\n", ":2:1: \"inf\" is not a finite"},
                                        {"1\n1e999\n", ":2:1: \"1e999\""},
