@@ -33,7 +33,8 @@ void add_reading(const Command &app, InputOptions &input) {
         app, "--decimal", kMarks, &Mark::word, [&input](const Mark &mark) { input.decimal = mark.mark; },
         "the decimal mark of a table: {}; default: what its first numbers show")
         .type_name("MARK");
-    app.add_flag("--strict", input.strict, "refuse a table with a cell that is not a number; default: a stream goes on");
+    app.add_flag("--strict", input.strict,
+                 "refuse a table with a cell that is not a number; default: a stream goes on");
     add_choice(
         app, "--gaps", kGaps, &GapWord::word, [&input](const GapWord &gap) { input.gaps = gap.policy; },
         "where rows or cells are missing: {}; hold, the default, takes the last value, split starts anew after a long "

@@ -15,7 +15,8 @@ namespace cli {
 namespace {
 
 bool is_bracketed(std::string_view text) {
-    return text.size() > 2 && ((text.front() == '[' && text.back() == ']') || (text.front() == '(' && text.back() == ')'));
+    return text.size() > 2 &&
+           ((text.front() == '[' && text.back() == ']') || (text.front() == '(' && text.back() == ')'));
 }
 
 // "1/min" is a unit although it begins like a number.

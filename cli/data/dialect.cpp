@@ -21,8 +21,7 @@ bool is_digit(char c) { return '0' <= c && c <= '9'; }
 
 bool all_numbers(std::string_view line, char separator, char decimal) {
     std::vector<std::string_view> cells;
-    return split(line, separator, cells) &&
-           std::ranges::all_of(cells, [decimal](std::string_view cell) {
+    return split(line, separator, cells) && std::ranges::all_of(cells, [decimal](std::string_view cell) {
                return number_in(cell, decimal).has_value() || is_missing(cell);
            });
 }
@@ -58,9 +57,8 @@ char separator_in(std::string_view line, char decimal) {
 
 char decimal_mark_in(std::span<const std::string_view> cells) {
     const auto shows = [cells](char mark) {
-        return std::ranges::any_of(cells, [mark](std::string_view cell) {
-            return cell.find(mark) != kNowhere && number_in(cell, mark);
-        });
+        return std::ranges::any_of(
+            cells, [mark](std::string_view cell) { return cell.find(mark) != kNowhere && number_in(cell, mark); });
     };
     if (shows('.')) return '.';
     return shows(',') ? ',' : '\0';
