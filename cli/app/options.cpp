@@ -37,7 +37,8 @@ void add_reading(const Command &app, InputOptions &input) {
                  "refuse a table with a cell that is not a number; default: a stream goes on");
     add_choice(
         app, "--gaps", kGaps, &GapWord::word, [&input](const GapWord &gap) { input.gaps = gap.policy; },
-        "where rows or cells are missing: {}; hold, the default, takes the last value, split starts anew after a long "
+        "where rows or cells are missing: {}; hold, the default, takes the last value (track: the model predicts), "
+        "split starts anew after a long "
         "hole, error refuses")
         .type_name("HOW");
 }

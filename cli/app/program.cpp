@@ -136,7 +136,7 @@ void describe(CLI::App &program) {
     program.set_version_flag("-V,--version", MENSURA_CLI_VERSION, "show the version");
     program.footer(
         "Tables are CSV, with or without a line of names; what is not changed comes back as it was.\n"
-        "Missing cells stay missing; where a value is needed, the last one before them is used.\n"
+        "Missing cells stay missing; where a value is needed, the last one before them is used (track predicts).\n"
         "Data go to standard output, messages to standard error.\n"
         "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
     const Command commands(&program);
