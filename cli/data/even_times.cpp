@@ -118,11 +118,8 @@ void Spacing::count(const TimeStep &step) {
 
 double Spacing::rate() const { return whole_hertz(rows_ > 0 ? static_cast<double>(rows_) / seconds_ : 1 / usual_); }
 
-std::size_t Spacing::missing(const TimeStep &step) const {
-    constexpr double kMost = 1e15;
-    if (!is_known() || step.length < usual_ || is_usual(step.length)) return 0;
-    const double rows = std::round(std::min(step.length * rate(), kMost)) - static_cast<double>(step.rows);
-    return rows >= 1 ? static_cast<std::size_t>(rows) : 0;
+bool Spacing::is_long(const TimeStep &step) const {
+    return is_known() && step.length > usual_ && !is_usual(step.length);
 }
 
 bool Spacing::is_short(const TimeStep &step) const {
@@ -130,5 +127,19 @@ bool Spacing::is_short(const TimeStep &step) const {
 }
 
 bool Spacing::is_usual(double length) const { return is_near(length, usual_); }
+
+// A long step after a short one may only be late.
+std::size_t Places::missing(const TimeStep &step, const Spacing &spacing) {
+    constexpr double kMost = 1e15, kSlowly = 16;
+    if (!spacing.is_known() || step.length <= 0) return 0;
+    late_ = std::min(late_ + step.length * spacing.rate() - static_cast<double>(step.rows), kMost);
+    if (!spacing.is_long(step)) {
+        usually_late_ += (late_ - usually_late_) / kSlowly;
+        return 0;
+    }
+    const double rows = std::max(std::round(late_ - usually_late_), 0.0);
+    late_ -= rows;
+    return static_cast<std::size_t>(rows);
+}
 
 }  // namespace cli

@@ -47,8 +47,7 @@ class Spacing {
     double rate() const;                                 // rows in a second, rounded like whole_hertz()
     bool is_even() const { return even_ && !strange_; }  // all steps were usual
 
-    // The rows that are missing within a step.
-    std::size_t missing(const TimeStep &step) const;
+    bool is_long(const TimeStep &step) const;  // 1.5 usual steps or more
     // Half of the usual step or less, or back.
     bool is_short(const TimeStep &step) const;
 
@@ -62,6 +61,16 @@ class Spacing {
     double seconds_ = 0;           // of all usual steps
     std::size_t steps_ = 0, rows_ = 0;
     bool even_ = true, strange_ = false;
+};
+
+// Rows in their places on an even grid, of which they may be off by less than half a sample.
+class Places {
+  public:
+    // The rows that are missing within the next step.
+    std::size_t missing(const TimeStep &step, const Spacing &spacing);
+
+  private:
+    double late_ = 0, usually_late_ = 0;  // samples
 };
 
 // Whole hertz if the rate is within 10 ppm of them, better than a sampling clock keeps, because times are rounded.

@@ -29,8 +29,10 @@ std::string GapReport::remedy() const {
 void GapReport::rows_missing(const TimeStep &step, std::size_t column, std::size_t rows, const Spacing &spacing,
                              bool is_long) {
     if (policy_ == GapPolicy::Error)
-        reject("{}:{}:{}: the times are not evenly spaced here: a step of {:.6g} s after steps of {:.6g} s", file_,
-               step.line, column, step.length, spacing.step());
+        reject(
+            "{}:{}:{}: the times are not evenly spaced here: a step of {:.6g} s after steps of {:.6g} s; --gaps error "
+            "refuses that",
+            file_, step.line, column, step.length, spacing.step());
     if (!is_long) {
         ++short_holes_;
         short_rows_ += rows;
@@ -45,8 +47,10 @@ void GapReport::short_step(const TimeStep &step, std::size_t column, const Spaci
     const std::string place = fmt::format("{}:{}:{}", file_, step.line, column);
     if (policy_ == GapPolicy::Error && step.length < 0) reject("{}: the time does not increase", place);
     if (policy_ == GapPolicy::Error)
-        reject("{}: the times are not evenly spaced here: a step of {:.6g} s after steps of {:.6g} s", place,
-               step.length, spacing.step());
+        reject(
+            "{}: the times are not evenly spaced here: a step of {:.6g} s after steps of {:.6g} s; --gaps error "
+            "refuses that",
+            place, step.length, spacing.step());
     add(short_steps_, step.length < 0 ? fmt::format("{}: the time goes back by {:.6g} s", place, -step.length)
                                       : fmt::format("{}: a step of {:.6g} s after steps of {:.6g} s", place,
                                                     step.length, spacing.step()));

@@ -1,5 +1,6 @@
 #include "cli/data/record_times.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -23,10 +24,16 @@ void RecordTimes::add(TableReader &table) {
         GapReport(file_, input_).same_time(line, number_);
 }
 
-// A column that is called like a time by chance does not.
-bool RecordTimes::increases() const {
+// Empty where the times are of use.
+std::string RecordTimes::fault() const {
     constexpr std::size_t kOneOf = 10;
-    return spacing_.is_known() && maker_.back() * kOneOf <= maker_.rows();
+    if (maker_.rows() < 2) return file_ + ": a single row has no sampling rate";
+    const bool same = steps_.empty() || (steps_.size() == 1 && maker_.repeated() > 0);  // a day, perhaps
+    if (same || !spacing_.is_known() || maker_.back() * kOneOf > maker_.rows())
+        return does_not_increase(file_, column_);
+    const auto is_short = [this](const TimeStep &step) { return spacing_.is_short(step); };
+    const auto short_steps = static_cast<std::size_t>(std::ranges::count_if(steps_, is_short));
+    return too_uneven(short_steps, maker_) ? not_even(file_, column_) : "";
 }
 
 double RecordTimes::rate() {
@@ -39,14 +46,13 @@ double RecordTimes::rate() {
 }
 
 double RecordTimes::rate_of_times() {
-    used_ = increases();
-    if (maker_.rows() < 2)
-        doubt_ = file_ + ": a single row has no sampling rate";
-    else if (!used_)
-        doubt_ = does_not_increase(file_, column_);
-    if (!used_ && input_.rate && maker_.back() > 0) remarks_.push_back(doubt_);
+    doubt_ = fault();
+    used_ = doubt_.empty();
+    if (!used_ && input_.rate && !steps_.empty()) remarks_.push_back(doubt_ + "; the rows are taken as even");
     if (!used_) return 0;
-    const bool even = spacing_.is_even() && maker_.repeated() == 0;
+    Places places;
+    const auto is_whole = [&](const TimeStep &step) { return places.missing(step, spacing_) == 0; };
+    const bool even = maker_.repeated() == 0 && maker_.back() == 0 && std::ranges::all_of(steps_, is_whole);
     const double rate = even ? maker_.mean_rate() : spacing_.rate();
     if (!std::isfinite(rate)) reject("{}: the times are too close to each other", file_);
     remarks_.push_back(repeats(file_, maker_, rate));
@@ -57,8 +63,9 @@ std::vector<MissingRows> RecordTimes::holes(GapReport &report, double rate) cons
     std::vector<MissingRows> holes;
     if (!used_) return holes;
     const std::size_t longest = short_hole(rate);
+    Places places;
     for (const TimeStep &step : steps_) {
-        const std::size_t rows = spacing_.missing(step);
+        const std::size_t rows = places.missing(step, spacing_);
         if (rows > 0) {
             report.rows_missing(step, number_, rows, spacing_, rows > longest);
             holes.push_back({step.row, rows});

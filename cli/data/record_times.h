@@ -33,7 +33,7 @@ class RecordTimes {
 
   private:
     double rate_of_times();
-    bool increases() const;
+    std::string fault() const;
 
     std::string file_;
     const InputOptions &input_;

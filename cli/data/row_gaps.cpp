@@ -27,6 +27,15 @@ std::string does_not_increase(const std::string &file, const std::string &column
         file, column);
 }
 
+bool too_uneven(std::size_t short_steps, const TimeSteps &steps) {
+    constexpr std::size_t kFewest = 3, kOneOf = 20;
+    return short_steps >= kFewest && short_steps * kOneOf > steps.rows();
+}
+
+std::string not_even(const std::string &file, const std::string &column) {
+    return fmt::format("{}: the times in column {} are not evenly spaced", file, column);
+}
+
 std::string repeats(const std::string &file, const TimeSteps &steps, double rate) {
     if (steps.repeated() == 0) return "";
     return fmt::format("{}: {} of {} rows have the time of the row before: taken as even, {:.6g} Hz in the mean", file,
@@ -48,23 +57,27 @@ Hole RowGaps::next() {
 }
 
 Hole RowGaps::hole_within(const TimeStep &step) {
-    const std::size_t rows = spacing_.missing(step), column = table_.time_column();
+    const std::size_t rows = places_.missing(step, spacing_), column = table_.time_column();
     const bool is_long = rows > short_hole(rate());
     if (rows > 0) report_.rows_missing(step, column, rows, spacing_, is_long);
-    if (spacing_.is_short(step)) report_.short_step(step, column, spacing_);
+    if (spacing_.is_short(step)) {
+        report_.short_step(step, column, spacing_);
+        ++short_steps_;
+    }
     spacing_.learn(step);
-    if (!increases()) return {};
+    if (!is_even()) return {};
     say();
     return {rows, is_long};
 }
 
 // A column that is called like a time by chance is found out early.
-bool RowGaps::increases() {
-    constexpr std::size_t kFewest = 3, kOneOf = 10;
-    if (steps_.back() < kFewest || steps_.back() * kOneOf < steps_.rows()) return true;
+bool RowGaps::is_even() {
+    if (!too_uneven(short_steps_, steps_)) return true;
     looking_ = false;
     report_.take_lines();
-    remark("{}", does_not_increase(file_, table_.time_name()));
+    remark("{}; the rows are taken as even", steps_.back() * 2 > short_steps_
+                                                 ? does_not_increase(file_, table_.time_name())
+                                                 : not_even(file_, table_.time_name()));
     return false;
 }
 

@@ -38,7 +38,7 @@ class RowGaps {
     Hole hole_within(const TimeStep &step);
     void say();
     void compare_rates();
-    bool increases();
+    bool is_even();
 
     TableReader &table_;
     const InputOptions &input_;
@@ -46,6 +46,8 @@ class RowGaps {
     GapReport report_;
     TimeSteps steps_;
     Spacing spacing_;
+    Places places_;
+    std::size_t short_steps_ = 0;
     bool looking_ = true, compared_ = false;
 };
 
@@ -53,6 +55,9 @@ class RowGaps {
 std::string rates_differ(const std::string &file, const std::string &column, double given, double found);
 // The times of more than a tenth of the rows lie before those of the row before.
 std::string does_not_increase(const std::string &file, const std::string &column);
+// More than a twentieth of the steps are half of the usual one or less.
+bool too_uneven(std::size_t short_steps, const TimeSteps &steps);
+std::string not_even(const std::string &file, const std::string &column);
 // Several rows have the same time.
 std::string repeats(const std::string &file, const TimeSteps &steps, double rate);
 

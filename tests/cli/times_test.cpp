@@ -111,6 +111,23 @@ TEST_F(Times, are_compared_with_the_rate_that_is_given) {
     EXPECT_HAS(err, "x.csv: 85 of 95 rows have the time of the row before: taken as even, 10 Hz in the mean");
 }
 
+TEST_F(Times, that_jitter_are_even_and_those_that_wander_are_refused) {
+    const std::vector<double> x = signal(400);
+    std::string jitter = "time,x\n", wander = jitter;
+    double late = 0;
+    for (std::size_t i = 0; i < 400; ++i) {
+        const double off = i == 0 || i == 399 ? 0 : 0.26 * std::sin(static_cast<double>(i * i));
+        late += 1 + 0.9 * std::sin(static_cast<double>(i * i));
+        jitter += std::to_string((static_cast<double>(i) + off) / 1000) + ",@\n";
+        wander += std::to_string(late / 1000) + ",@\n";
+    }
+    write("x.csv", filled(jitter, x));
+    EXPECT_EQ(result("filter lowpass --cutoff 40 --quiet x.csv"), one_way(low_pass(40, 1, 1000), x));
+    EXPECT_EQ(err.find("missing"), std::string::npos) << err;
+    write("x.csv", filled(wander, x));
+    expect_refused("derive x.csv", "the times in column time are not evenly spaced; give the sampling rate");
+}
+
 // Times of 1 ms in which 5 s are missing: at the rate of the record the last value lasts as long.
 TEST_F(Times, holes_are_held_split_or_refused) {
     const std::vector<double> x = signal(300);
@@ -147,7 +164,7 @@ TEST_F(Times, holes_are_held_split_or_refused) {
     expect_refusals("", {{"derive --gaps error x.csv -o y.csv", here},
                          {"smooth --degree 1 --window 3 --gaps error x.csv -o y", here}});
     EXPECT_EQ(run("average --length 2 --gaps error x.csv"), 2);
-    EXPECT_EQ(err, "mensura: " + here + "\n");
+    EXPECT_EQ(err, "mensura: " + here + "; --gaps error refuses that\n");
 
     write("x.csv", filled(table(300, 1000, 200, 101), x));
     EXPECT_EQ(run("filter lowpass --cutoff 40 --quiet x.csv"), 0);
