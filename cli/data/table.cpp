@@ -124,7 +124,7 @@ void TableReader::sum_up() const {
     std::string what;
     if (bad_cells_ > 0) what = counted(bad_cells_, "cell", "cells");
     if (bad_rows_ > 0) what += (what.empty() ? "" : " and ") + counted(bad_rows_, "row", "rows");
-    remark("{}: {} could not be read, stayed as they were, and count as missing", lines_.name(), what);
+    remark("{}: {} could not be read: taken as missing", lines_.name(), what);
 }
 
 std::string TableReader::place(std::size_t index) const {

@@ -30,25 +30,78 @@ TEST_F(CommandLine, missing_cells_stay_and_count_as_the_value_before) {
 // Without --rate, which a table without a column of times wants only when it has been read.
 TEST_F(CommandLine, faults_of_a_table_are_named_with_their_place) {
     using namespace std::string_literals;
-    for (const auto &[text, reason] : {std::pair{"1,2\n3\n"s, ":2: has 1 cells; expected 2"},
-                                       {"1,2\n3,4,5\n", ": has 3 cells; expected 2"},
-                                       {"a;b\n1.5;1,5\n", ":2:2: \"1,5\" is not a number (column b); expected one with"},
-                                       {"a;b\n1;1.234,56\n", ":2:2: \"1.234,56\" has a separator between thousands"},
-                                       {"a;b\n1;1 234,56\n", ":2:2: \"1 234,56\" has a separator between thousands"},
-                                       {"a\tb\n1\t1,234.56\n", ":2:2: \"1,234.56\" has a separator between"},
-                                       {"a;b\n1;1'234.5\n", ":2:2: \"1'234.5\" has a separator between thousands"},
-                                       {"a,b\n1,2\n\n3,abc\n", ":4:2: \"abc\""},
-                                       {"1\ninf\n", ":2:1: \"inf\" is not a finite"},
-                                       {"1\n1e999\n", ":2:1: \"1e999\""},
-                                       {"", ": is empty"},
-                                       {"a,b\n1,\"2\n3,4\n", ":2:2: a quote is not closed"},
-                                       {"1\n2\0\n"s, ":2: holds zero bytes"},
-                                       {"x\n1\n2\n", "--rate"},
-                                       {"t_ms,x\n0,1\n1,1\n2,1\n", "below 500 Hz"},
-                                       {"time,x\n0,1\n,1\n2,1\n", ":3:1: the time is missing"}}) {
+    for (const auto &[text, reason] :
+         {std::pair{"1,2\n3\n"s, ":2: has 1 cells; expected 2"},
+          {"1,2\n3,4,5\n", ": has 3 cells; expected 2"},
+          {"a;b\n1.5;1,5\n", ":2:2: \"1,5\" is not a number (column b); expected one with"},
+          {"a;b\n1;1.234,56\n", ":2:2: \"1.234,56\" has a separator between thousands"},
+          {"a;b\n1;1 234,56\n", ":2:2: \"1 234,56\" has a separator between thousands"},
+          {"a\tb\n1\t1,234.56\n", ":2:2: \"1,234.56\" has a separator between"},
+          {"a;b\n1;1'234.5\n", ":2:2: \"1'234.5\" has a separator between thousands"},
+          {"a,b\n1,2\n\n3,abc\n", ":4:2: \"abc\""},
+          {"1\ninf\n", ":2:1: \"inf\" is not a finite"},
+          {"1\n1e999\n", ":2:1: \"1e999\""},
+          {"", ": is empty"},
+          {"a,b\n1,\"2\n3,4\n", ":2:2: a quote is not closed"},
+          {"1\n2\0\n"s, ":2: holds zero bytes"},
+          {"x\n1\n2\n", "--rate"},
+          {"t_ms,x\n0,1\n1,1\n2,1\n", "below 500 Hz"},
+          {"time,x\n0,1\n,1\n2,1\n", ":3:1: the time is missing"}}) {
         write("x.csv", text);
         expect_refused("filter lowpass --cutoff 500Hz x.csv", reason);
     }
     expect_refused(kLowpass + "nothere.csv", "nothere.csv: No such file");
     expect_refused(kLowpass + ".", ".: is a directory");
+}
+
+// The same table with points and with commas gives the same numbers, in the marks that came in.
+TEST_F(CommandLine, decimal_commas_are_recognised_and_come_back) {
+    const std::vector<double> x{1, 2.5, -0.125, 4}, y = filtered(x);
+    for (const auto &[layout, options] :
+         {std::pair{"Zeit;x;note\ns;[mV];\n0;@;1.b\n0,5;@;\n1;@;c\n1,5;@;d\n", ""},
+          {"t\tx\n0\t@\n1\t@\n2\t@\n3\t@\n", "--decimal . "},
+          {"@ 1,5\n@ 2\n@ 3\n@ 4\n", "--column 1 "},
+          {"a,x\n1,\"@\"\n1,\"@\"\n1,\"@\"\n1,\"@\"\n", "--column x --decimal comma "}}) {
+        const bool commas = std::string(options) != "--decimal . ";
+        const auto table = [&, layout = std::string(layout)](const std::vector<double> &numbers) {
+            std::string text;
+            for (std::size_t i = 0, next = 0; i < layout.size(); ++i) {
+                std::string cell = filled(std::string(1, layout[i]), {layout[i] == '@' ? numbers[next++] : 0});
+                if (commas && layout[i] == '@') std::ranges::replace(cell, '.', ',');
+                text += cell;
+            }
+            return text;
+        };
+        write("x.csv", table(x));
+        EXPECT_EQ(run(kLowpass + options + "x.csv"), 0) << err;
+        EXPECT_EQ(out, table(y)) << layout << err;
+    }
+}
+
+TEST_F(CommandLine, units_and_equal_names_are_understood) {
+    write("u.csv", "Zeit;ax;ax\nms;[m];-\n0;1;2\n500;1,5;4\n");
+    EXPECT_EQ(run("derive u.csv --column ax#2"), 0) << err;
+    EXPECT_EQ(out, "Zeit;ax;d(ax)/dt\nms;[m];1/s\n0;1;4\n500;1,5;4\n");
+    EXPECT_EQ(run("spectrum u.csv"), 0) << err;
+    EXPECT_HAS(out, "frequency_Hz,ax,ax#2\n");
+    EXPECT_EQ(run("average --length 2 u.csv"), 0) << err;
+    EXPECT_EQ(out, "Zeit;ax;ax\nms;[m];-\n0;1;2\n500;1,25;3\n");
+    expect_refused("stats u.csv --column ax#3", "no column \"ax#3\"; it has the columns 1 to 3: Zeit, ax, ax#2");
+}
+
+TEST_F(CommandLine, a_stream_survives_bad_cells_and_rows) {
+    write("x.csv", "a,b\n1,2\n?,4\n5\n3,\"6\n5,8\n");
+    EXPECT_EQ(run("average --length 2 x.csv"), 0);
+    EXPECT_EQ(out, "a,b\n1,2\n?,3\n5\n3,\"6\n3,6\n");
+    for (const char *line : {"x.csv:3:1: \"?\" is not a number (column a)", "x.csv:4:2: has 1 cells; expected 2",
+                             "x.csv:5:2: a quote is not closed", "x.csv: 1 cell and 2 rows could not be read"})
+        EXPECT_HAS(err, line);
+    EXPECT_EQ(run("average --length 2 --strict x.csv"), 2);
+    EXPECT_EQ(run("smooth --degree 1 --window 3 x.csv"), 2);
+    EXPECT_EQ(shell("{ echo 1; yes no | head -n 99; echo 3; } | $M average --length 2 | tail -n 1"), 0);
+    EXPECT_EQ(out, "2\n");
+    EXPECT_EQ(std::ranges::count(err, '\n'), 10 + 2) << err;
+    EXPECT_EQ(shell("{ echo 7,1; echo 1,2,3; echo 3,4,5; } | $M average --length 2"), 0);
+    EXPECT_EQ(out, "7,1\n1,2,3\n2,3,4\n");
+    EXPECT_HAS(err, "standard input:1:3: has 2 cells; expected 3 as in line 2");
 }
