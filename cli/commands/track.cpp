@@ -3,8 +3,6 @@
 
 #include <cmath>
 #include <cstddef>
-#include <functional>
-#include <iterator>
 #include <memory>
 #include <numbers>
 #include <optional>
@@ -19,7 +17,7 @@
 #include "cli/app/quantity.h"
 #include "cli/commands/track_axis.h"
 #include "cli/commands/track_smoother.h"
-#include "cli/data/csv.h"
+#include "cli/commands/track_writer.h"
 #include "cli/data/frame_filter.h"
 #include "cli/data/gap_report.h"
 #include "cli/data/record.h"
@@ -27,8 +25,6 @@
 #include "cli/data/source.h"
 #include "cli/data/stream.h"
 #include "cli/data/table.h"
-#include "cli/data/units.h"
-#include "cli/files/output.h"
 #include "cli/plot/comparison.h"
 
 namespace cli {
@@ -40,19 +36,12 @@ constexpr const char *kExamples =
     "  mensura track --bandwidth 3Hz --r 0.0025 --smooth --sigma drive.csv > path.csv\n"
     "  logger | mensura track --q 1e-4 --r 0.0025 --rate 100Hz --column x --column y | viewer\n";
 
-constexpr const char *kEstimates[] = {"_position", "_velocity", "_acceleration"};
-constexpr const char *kSigma = "_sigma";
-constexpr std::size_t kMostColumns = 100;  // a Kalman filter takes 1.3 MB
-
 struct Options {
     Files files;
     std::optional<double> qaa, bandwidth, p;
     double r = 0;
     bool smooth = false, sigma = false;
 };
-
-// The estimates of a row, one for each column that is tracked.
-using RowOfEstimates = std::vector<Estimate>;
 
 // The smoothed position has the gain 1 / (1 + (2 sin(pi f / rate))^6 r / (qaa dt^4)): the spectrum of a position whose
 // third difference is white, over that of the measurement.  The estimated position has -3 dB at f where
@@ -80,11 +69,6 @@ TrackingModel model_of(const Options &options, double rate) {
     return model;
 }
 
-void check_columns(std::size_t columns) {
-    if (columns > kMostColumns)
-        reject("{} columns are too many to track, {} at most; choose with --column", columns, kMostColumns);
-}
-
 [[noreturn]] void fail_lost(const std::string &place, const std::string &column) {
     fail(
         "{}: the estimates of {} are lost to rounding or overflow; choose units in which --r is above 1e-12 and the "
@@ -92,102 +76,9 @@ void check_columns(std::size_t columns) {
         place, column);
 }
 
-// The name of an estimate of a column: "x" gives "x_velocity", "x [m]" gives "x_velocity [m/s]".
-std::string name_of(const std::string &column, const std::string &suffix, std::size_t derivative) {
-    const std::size_t bracket = column.ends_with(']') ? column.rfind('[') : std::string::npos;
-    if (bracket == std::string::npos) return column + suffix;
-    std::string unit = column.substr(bracket + 1, column.size() - bracket - 2);
-    for (std::size_t i = 0; i < derivative; ++i) unit = unit_per_second(unit);
-    const std::size_t end = column.find_last_not_of(' ', bracket - 1);
-    return fmt::format("{}{} [{}]", column.substr(0, bracket == 0 ? 0 : end + 1), suffix, unit);
+EstimatesWriter writer_for(TableReader &table, const Options &options) {
+    return {table, data_file(options.files.plot, options.files.output), options.sigma};
 }
-
-// A table that comes back with the estimates appended to each row.
-class EstimatesWriter {
-  public:
-    EstimatesWriter(TableReader &table, const Options &options)
-        : table_(table), sigma_(options.sigma), out_(data_file(options.files.plot, options.files.output)) {}
-
-    // `estimates` gives those of the row that was read last, in these columns of the table.
-    using Estimates = std::function<const RowOfEstimates &(const std::vector<std::size_t> &columns)>;
-    void run(const Estimates &estimates) {
-        for_each_line(table_, out_, [&] {
-            if (table_.rows() == 0) return add_leading_line();
-            if (!begun_) begin();
-            if (table_.kind() == LineKind::Data)
-                write_row(estimates(tracked_));
-            else
-                table_.write_line(out_);
-        });
-        out_.commit();
-    }
-
-  private:
-    // The lines before the first row are written with it, because it shows which columns are numbers, and only those
-    // get new names.
-    void add_leading_line() {
-        leading_ += table_.line().text;
-        if (table_.kind() == LineKind::Header) end_of_header_ = leading_.size();
-        if (table_.kind() == LineKind::Units) end_of_units_ = leading_.size();
-        leading_ += table_.line().end;
-    }
-
-    void begin() {
-        check_columns(table_.columns().size());
-        begun_ = true;
-        std::string names, units;
-        for (std::size_t i = 0; i < table_.columns().size(); ++i) {
-            if (table_.columns()[i].kind == Column::Text) continue;
-            tracked_.push_back(i);
-            for (std::size_t k = 0; k < std::size(kEstimates); ++k) {
-                names += new_cell(i, kEstimates[k], k);
-                units += new_unit(i, k);
-            }
-            if (sigma_) names += new_cell(i, kSigma, 0);
-            if (sigma_) units += new_unit(i, 0);
-        }
-        if (end_of_units_ != kNone) leading_.insert(end_of_units_, units);
-        if (end_of_header_ != kNone) leading_.insert(end_of_header_, names);
-        out_.write(leading_);
-    }
-
-    std::string new_cell(std::size_t column, const char *suffix, std::size_t derivative) const {
-        const std::string name = name_of(table_.columns()[column].name, suffix, derivative);
-        return table_.separator() + cell_text(name, table_.separator());
-    }
-
-    std::string new_unit(std::size_t column, std::size_t derivative) const {
-        std::string unit = table_.columns()[column].unit;
-        for (std::size_t i = 0; i < derivative; ++i) unit = derivative_unit(unit);
-        return table_.separator() + cell_text(unit, table_.separator());
-    }
-
-    void write_row(const RowOfEstimates &row) {
-        out_.write(table_.line().text);
-        for (const Estimate &estimate : row) {
-            for (const double x : estimate.state) write_number(x);
-            if (sigma_) write_number(estimate.sigma);
-        }
-        out_.write(table_.line().end);
-    }
-
-    // NaN is written as an empty cell, but as text where blanks separate the cells, which would hide an empty one.
-    void write_number(double value) {
-        const char separator = table_.separator();
-        out_.write({&separator, 1});
-        if (!std::isnan(value))
-            table_.write_number(out_, value);
-        else if (separator == ' ')
-            out_.write("NaN");
-    }
-
-    TableReader &table_;
-    bool sigma_, begun_ = false;
-    Output out_;
-    std::string leading_;
-    std::size_t end_of_header_ = kNone, end_of_units_ = kNone;
-    std::vector<std::size_t> tracked_;  // columns of numbers
-};
 
 std::string title_of(const TrackingModel &model, const Options &options) {
     return fmt::format("position {}, q = {:.3g}", options.smooth ? "smoothed" : "estimated",
@@ -212,7 +103,9 @@ class RowTracker : public FrameFilter {
         for (std::size_t i = 0; i < frames.size(); ++i)
             estimates_[i % channels] = axes_[i % channels].update(frames[i]);
     }
-    void restart(std::size_t channel) override { axes_[channel].restart(); }
+    void restart(std::size_t channel) override {
+        if (channel < axes_.size()) axes_[channel].restart();
+    }
     bool takes_missing() const override { return true; }
 
     const Estimate &estimate(std::size_t channel) const { return estimates_[channel]; }
@@ -234,7 +127,7 @@ void track_stream(Source &source, const Options &options, double rate) {
     RowFilter rows(table, input, source.name(), tracker);
     std::vector<std::string> names;
     RowOfEstimates row;
-    EstimatesWriter(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
+    writer_for(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
         rows.run();
         const auto place = [&] { return fmt::format("{}:{}", source.name(), table.line().number); };
         if (input.gaps == GapPolicy::Hold && rows.hole().rows > kMostHeld) reject_hole(place());
@@ -292,7 +185,7 @@ class RecordTracker {
 void track_record(Record record, const Options &options) {
     const TrackingModel model = model_of(options, rate_of(record));
     if (record.cut_hole > 0) reject_hole(fmt::format("{}: row {}", record.name, record.cut_hole + 1));
-    check_columns(record.channels.size());
+    check_tracked_columns(record.channels.size());
     remark_missing(record);
     Comparison comparison(options.files.plot, curves_of(options));
     std::vector<std::vector<Estimate>> estimates;
@@ -308,7 +201,7 @@ void track_record(Record record, const Options &options) {
     Source source(record.name, std::move(record.text));
     TableReader table(source, options.files.input);
     RowOfEstimates row;
-    EstimatesWriter(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
+    writer_for(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
         const std::size_t sample = record.sample_of(table.rows() - 1);
         row.clear();
         for (const std::size_t i : columns) row.push_back(estimates[i].empty() ? Estimate() : estimates[i][sample]);
