@@ -41,7 +41,7 @@ std::string choices(const OptionFacts &option) {
     return option.takes_file() ? "FILE" : "";
 }
 
-// ---- bash ------------------------------------------------------------------------------------------------------------
+// ---- bash -----------------------------------------------------------------------------------------------------------
 
 constexpr const char *kBashStart = R"(# Completion of mensura for bash, made by: mensura completion bash
 _mensura() {{
@@ -116,7 +116,7 @@ std::string bash_script(const CommandFacts &program, const std::vector<CommandFa
     return script + kBashEnd;
 }
 
-// ---- zsh -------------------------------------------------------------------------------------------------------------
+// ---- zsh ------------------------------------------------------------------------------------------------------------
 
 constexpr const char *kZshStart = R"(#compdef mensura
 # Completion of mensura for zsh, made by: mensura completion zsh
@@ -201,7 +201,7 @@ std::string zsh_script(const CommandFacts &program, const std::vector<CommandFac
     return script + kZshEnd;
 }
 
-// ---- fish ------------------------------------------------------------------------------------------------------------
+// ---- fish -----------------------------------------------------------------------------------------------------------
 
 constexpr const char *kFishStart = R"(# Completion of mensura for fish, made by: mensura completion fish
 function __mensura_first

@@ -1,5 +1,5 @@
-// Sound files (WAV, FLAC, AIFF, ...): samples as doubles of which 1 is full scale, written back in the format they came in
-// or in one that the name of the output asks for.
+// Sound files (WAV, FLAC, AIFF, ...): samples as doubles of which 1 is full scale, written back in the format they came
+// in or in one that the name of the output asks for.
 #pragma once
 
 #include <sndfile.h>
@@ -44,8 +44,8 @@ class Descriptor {
 
 using SoundFile = std::unique_ptr<SNDFILE, int (*)(SNDFILE *)>;
 
-// A WAV whose length is not known, or that comes through a pipe, is read while it comes.  Other sounds that come through a
-// pipe are stored first in a file without a name, since their readers have to seek.
+// A WAV whose length is not known, or that comes through a pipe, is read while it comes.  Other sounds that come
+// through a pipe are stored first in a file without a name, since their readers have to seek.
 class SoundReader {
   public:
     explicit SoundReader(Source &source);

@@ -27,8 +27,8 @@ std::size_t sample_bytes(int format);
 // WAV in all its variants.
 bool is_wav(int format);
 
-// The format for a sound like that of `input` in a file of this name, whose ending may choose another container than the
-// input's; the samples stay as they are where the container has them.
+// The format for a sound like that of `input` in a file of this name, whose ending may choose another container than
+// the input's; the samples stay as they are where the container has them.
 SF_INFO written_format(const SF_INFO &like, const std::string &input, const std::string &file);
 
 }  // namespace cli

@@ -85,7 +85,8 @@ struct SoundWriter::Stream {
             bytes[at + (big_endian ? 3 - i : i)] = static_cast<char>(value >> 8 * i & 0xFF);
     }
 
-    // Ends the header: with the length of so many frames of so many bytes, or with 0xFFFFFFFF, as sox and ffmpeg take it.
+    // Ends the header: with the length of so many frames of so many bytes, or with 0xFFFFFFFF, which sox and ffmpeg take
+    // for "to the end".
     void end_header(std::optional<std::uint64_t> frames, std::size_t frame) {
         constexpr std::uint64_t kUnknown = 0xFFFFFFFF;
         const std::size_t begin = bytes.size(), fact = bytes.find("fact");

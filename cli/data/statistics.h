@@ -26,8 +26,8 @@ class Statistics {
     static constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
     std::size_t count_ = 0, missing_ = 0;
     double lowest_ = kNone, highest_ = kNone;
-    // Welford, Technometrics 4:419, 1962, of the differences from the first number, which keeps the digits of a small noise
-    // on a large offset.  Squares of all doubles are in the range of long double.
+    // Welford, Technometrics 4:419, 1962, of the differences from the first number, which keeps the digits of a small
+    // noise on a large offset.  Squares of all doubles are in the range of long double.
     long double first_ = 0, mean_ = 0, squares_ = 0;  // mean: of x - first; squares: sum (x - first - mean)^2
 };
 

@@ -54,8 +54,8 @@ Transform::Transform(std::size_t points) : points_(points) {
     fft(kernel_, 0);
 }
 
-// X[k] = c[k] sum x[t] c[t] conj(c[k - t]) with c[t] = exp(-i pi t^2 / n), as 2 k t = k^2 + t^2 - (k - t)^2.  Both forward
-// transforms are divided by their length.
+// X[k] = c[k] sum x[t] c[t] conj(c[k - t]) with c[t] = exp(-i pi t^2 / n), as 2 k t = k^2 + t^2 - (k - t)^2.  Both
+// forward transforms are divided by their length.
 Bins Transform::by_chirp(const std::vector<double> &samples) const {
     const std::size_t length = kernel_.re.size();
     Bins data{std::vector<double>(length), std::vector<double>(length)};

@@ -11,8 +11,8 @@ void open_standard_descriptors();
 // error like any other, so that the run can clean up.
 void handle_signals();
 
-// Ends the program by SIGPIPE, in silence, as writing into a closed pipe ends any other program.  Returns if this one was
-// started with that signal ignored: then it must not end by it.
+// Ends the program by SIGPIPE, in silence, as writing into a closed pipe ends any other program.  Returns if this one
+// was started with that signal ignored: then it must not end by it.
 void end_by_broken_pipe();
 
 }  // namespace cli
