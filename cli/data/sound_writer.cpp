@@ -79,22 +79,35 @@ struct SoundWriter::Stream {
         return access;
     }
 
+    // Where the i-th byte of a length lies, from its lowest on.
+    std::size_t place(std::size_t at, unsigned i) const { return at + (bytes.starts_with("RIFX") ? 3 - i : i); }
+
     void set_length(std::size_t at, std::uint64_t value) {
-        const bool big_endian = bytes.starts_with("RIFX");
-        for (unsigned i = 0; i < 4; ++i)
-            bytes[at + (big_endian ? 3 - i : i)] = static_cast<char>(value >> 8 * i & 0xFF);
+        for (unsigned i = 0; i < 4; ++i) bytes[place(at, i)] = static_cast<char>(value >> 8 * i & 0xFF);
+    }
+    std::size_t length_at(std::size_t at) const {
+        std::size_t value = 0;
+        for (unsigned i = 0; i < 4; ++i) value |= std::size_t{static_cast<unsigned char>(bytes[place(at, i)])} << 8 * i;
+        return value;
+    }
+
+    // Where the header's chunk "fact" begins, or where that of the samples does.  A title may hold the word too.
+    std::size_t fact() const {
+        std::size_t at = 12;
+        while (at + 8 < bytes.size() && bytes.compare(at, 4, "fact") != 0) at += 8 + (length_at(at + 4) + 1) / 2 * 2;
+        return at;
     }
 
     // Ends the header: with the length of so many frames of so many bytes, or with 0xFFFFFFFF, which sox and ffmpeg take
     // for "to the end".
     void end_header(std::optional<std::uint64_t> frames, std::size_t frame) {
         constexpr std::uint64_t kUnknown = 0xFFFFFFFF;
-        const std::size_t begin = bytes.size(), fact = bytes.find("fact");
+        const std::size_t begin = bytes.size(), chunk = fact();
         const std::uint64_t length = frames.value_or(0) * frame, whole = begin - 8 + length + length % 2;
         const bool known = frames && whole < kUnknown;
         set_length(4, known ? whole : kUnknown);
         set_length(begin - 4, known ? length : kUnknown);
-        if (fact < begin - 12) set_length(fact + 8, known ? *frames : kUnknown);
+        if (chunk < begin - 12) set_length(chunk + 8, known ? *frames : kUnknown);
         in_header = false;
         fills_up = known;
     }

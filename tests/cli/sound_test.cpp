@@ -155,6 +155,11 @@ TEST_F(CommandLine, sound_in_a_pipe_is_filtered_while_it_comes) {
     EXPECT_EQ(shell("$M filter allpass --cutoff 1kHz --zero-phase --quiet <x.wav | cat"), 0);
     EXPECT_EQ(out.substr(0, 44), with_lengths(wav_of(mono, {0, 0, 0}), 40, 3).substr(0, 44));
     EXPECT_EQ(out.size(), 48u) << "filled up to an even length";
+    // Lengths go into the header's chunks, not into a title that holds the name of one.
+    const std::string title = "INFOINAM" + little_endian(18, 4) + std::string("an artifact in it\0", 18);
+    write("x.wav", wav_of(mono, {0.5, 0.25, 0.5, 0}).insert(36, "LIST" + little_endian(30, 4) + title));
+    EXPECT_EQ(shell("$M filter allpass --cutoff 1kHz --quiet x.wav | cat"), 0) << err;
+    EXPECT_HAS(out, title);
 }
 
 TEST_F(CommandLine, sound_is_written_in_the_format_that_the_name_ends_with) {
