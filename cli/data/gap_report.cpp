@@ -60,10 +60,11 @@ void GapReport::same_time(std::size_t line, std::size_t column) {
     if (policy_ == GapPolicy::Error) reject("{}:{}:{}: the time does not increase", file_, line, column);
 }
 
-void GapReport::cells_missing(std::size_t line, const std::string &column, std::size_t cells, double rate) {
+void GapReport::cells_missing(std::size_t line, const std::string &column, std::size_t cells, double rate,
+                              bool at_start) {
     const std::string seconds = rate > 0 ? fmt::format("{:.6g} s, ", static_cast<double>(cells) / rate) : "";
     add(holes_, fmt::format("{}:{}: a hole in {} from this line on, {}{} cells: {}", file_, line, column, seconds,
-                            cells, remedy()));
+                            cells, at_start && policy_ == GapPolicy::Hold ? "the first number stands in" : remedy()));
 }
 
 void GapReport::cell_missing(std::size_t line, std::size_t index, const std::string &column) const {

@@ -27,8 +27,9 @@ class GapReport {
     // The step is too short, or leads back.
     void short_step(const TimeStep &step, std::size_t column, const Spacing &spacing);
     void same_time(std::size_t line, std::size_t column);
-    // Cells of a column are missing from a line on; a rate of 0 is not known.
-    void cells_missing(std::size_t line, const std::string &column, std::size_t cells, double rate);
+    // Cells of a column are missing from a line on, which may be before its first number; a rate of 0 is not known.
+    void cells_missing(std::size_t line, const std::string &column, std::size_t cells, double rate,
+                       bool at_start = false);
     // Refuses a missing cell; nothing under other policies.
     void cell_missing(std::size_t line, std::size_t index, const std::string &column) const;
 

@@ -95,7 +95,7 @@ void report_cells(const Record &record, const Channel &channel, const std::vecto
         const bool missing = row < lines.size() && std::isnan(channel.samples[record.sample_of(row)]);
         if (missing && cells++ == 0) first = row;
         if (missing) continue;
-        if (cells > most) report.cells_missing(lines[first], channel.name, cells, record.rate);
+        if (cells > most) report.cells_missing(lines[first], channel.name, cells, record.rate, first == 0);
         cells = 0;
     }
 }

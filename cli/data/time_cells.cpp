@@ -149,14 +149,18 @@ std::optional<Instant> time_of_day(Scanner &scan) {
     return Instant{*hour * kHour + parts->number[1].value * 60 + parts->number[2].value - *ahead, parts->fraction};
 }
 
+std::optional<std::int64_t> days_of(const std::array<Digits, 3> &parts, DateOrder order) {
+    const auto &[first, second, third] = parts;
+    if (order == DateOrder::YearFirst) return days_since_1970(first, second, third);
+    if (order == DateOrder::DayFirst) return days_since_1970(third, second, first);
+    return days_since_1970(third, first, second);
+}
+
 std::optional<Instant> date_time(std::string_view cell, DateOrder order) {
     Scanner scan{cell};
     const auto parts = date_parts(scan);
     if (!parts) return {};
-    const auto &[first, second, third] = *parts;
-    const std::optional<std::int64_t> days = order == DateOrder::YearFirst  ? days_since_1970(first, second, third)
-                                             : order == DateOrder::DayFirst ? days_since_1970(third, second, first)
-                                                                            : days_since_1970(third, first, second);
+    const std::optional<std::int64_t> days = days_of(*parts, order);
     const std::optional<Instant> time = time_of_day(scan);
     if (!days || !time || !scan.rest.empty()) return {};
     return Instant{*days * kDay + time->seconds, time->fraction};
@@ -196,7 +200,9 @@ double likely_unit(double number, bool date) {
     constexpr double kFirstDay = 20000, kLastDay = 80000;  // 1954, 2119
     const double size = std::abs(number);
     if (date && size >= kFirstDay && size < kLastDay) return kDay;
-    return size < 1e11 ? 1 : size < 1e14 ? 1e-3 : size < 1e17 ? 1e-6 : 1e-9;
+    if (size < 1e11) return 1;
+    if (size < 1e14) return 1e-3;
+    return size < 1e17 ? 1e-6 : 1e-9;
 }
 
 }  // namespace
@@ -234,9 +240,7 @@ bool TimeCells::begin_date(std::string_view cell) {
     const bool day_first = cell.find('.') < cell.find(':') && cell.find('.') < 3;
     const std::int64_t first = (*parts)[0].value, second = (*parts)[1].value;
     const bool in_doubt = (*parts)[0].count < 4 && !day_first && first <= kMonths && second <= kMonths;
-    order_ = (*parts)[0].count == 4           ? DateOrder::YearFirst
-             : day_first || second <= kMonths ? DateOrder::DayFirst
-                                              : DateOrder::MonthFirst;
+    if ((*parts)[0].count < 4) order_ = day_first || second <= kMonths ? DateOrder::DayFirst : DateOrder::MonthFirst;
     const std::optional<Instant> instant = date_time(cell, order_);
     if (!instant) return false;
     if (in_doubt) return doubt(cell, "day or month first");
