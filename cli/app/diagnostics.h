@@ -41,7 +41,7 @@ template <class... Arguments>
 // Writes to stderr, in the place of a line of progress.  An error there is ignored: the data do not depend on it.
 void to_stderr(const std::string &text);
 
-// A line on stderr that begins with the program's name.
+// A line on stderr that begins with the program's name; control characters in it are replaced.
 void report(const std::string &line);
 
 // Reports what the user should know; the run goes on.

@@ -59,14 +59,8 @@ std::vector<std::string> arguments_of(int argc, char **argv) {
     return {arguments.rbegin(), arguments.rend()};  // CLI11 takes them in reverse
 }
 
-std::string one_line(std::string text) {
-    for (char &c : text)
-        if (c == '\n' || c == '\r') c = ' ';
-    return text;
-}
-
 int report_error(Status status, const std::string &line) {
-    report(one_line(line));
+    report(line);
     return static_cast<int>(status);
 }
 

@@ -82,6 +82,12 @@ TEST_F(CommandLine, json_takes_silence_and_names_in_latin_1) {
     EXPECT_EQ(columns[1]["tones"][0]["amplitude_dB"], rows(out)[0].back());
 }
 
+TEST_F(CommandLine, messages_hold_no_control_characters_of_the_data) {
+    write("x.csv", "x\n1\n\x1B[31m\x7F\n");
+    EXPECT_EQ(run("average --length 2 --strict x.csv"), 2);
+    EXPECT_HAS(err, "x.csv:3:1: \"?[31m?\" is not a number");
+}
+
 TEST_F(CommandLine, pictures_depend_on_no_setting_of_gnuplot) {
     write("x.csv", "1\n2\n0\n");
     write(".gnuplot", "system 'touch ran'\n");
