@@ -198,7 +198,7 @@ void track_record(Record record, const Options &options) {
         names.push_back(channel.name);
         channel.samples = {};
     }
-    Source source(record.name, std::move(record.text));
+    Source source(record.name, record.text);
     TableReader table(source, options.files.input);
     RowOfEstimates row;
     writer_for(table, options).run([&](const auto &columns) -> const RowOfEstimates & {
