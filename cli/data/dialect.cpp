@@ -17,8 +17,6 @@ namespace {
 
 constexpr auto kNowhere = std::string_view::npos;
 
-bool is_digit(char c) { return '0' <= c && c <= '9'; }
-
 bool all_numbers(std::string_view line, char separator, char decimal) {
     std::vector<std::string_view> cells;
     return split(line, separator, cells) && std::ranges::all_of(cells, [decimal](std::string_view cell) {

@@ -15,8 +15,6 @@ namespace {
 
 constexpr int kHour = 3600, kDay = 86400;  // s
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 struct Digits {
     std::int64_t value = 0;
     std::size_t count = 0;
