@@ -89,10 +89,9 @@ class Spectrogram {
         std::vector<double> segment(samples.begin(), samples.end());
         prepare(segment, weights_, options_.spectrum.no_mean);
         const std::vector<double> bins = transform_.moduli(std::move(segment));
-        const double padding = static_cast<double>(layout_.points) / static_cast<double>(layout_.samples);
         std::vector<double> amplitudes;
         for (std::size_t k = bins_.begin; k < bins_.end; ++k)
-            amplitudes.push_back(bins[k] * (layout_.mirrored(k) ? 2 * padding : padding));
+            amplitudes.push_back(bins[k] * layout_.amplitude_factor(k));
         return amplitudes;
     }
 

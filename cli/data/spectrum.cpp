@@ -161,8 +161,7 @@ std::vector<double> Segments::median_powers() const {
 
 std::vector<double> Segments::amplitudes() const {
     std::vector<double> bins = median_ ? median_powers() : mean_powers();
-    const double padding = static_cast<double>(layout_.points) / static_cast<double>(layout_.samples);
-    for (std::size_t k = 0; k < bins.size(); ++k) bins[k] *= layout_.mirrored(k) ? 2 * padding : padding;
+    for (std::size_t k = 0; k < bins.size(); ++k) bins[k] *= layout_.amplitude_factor(k);
     return bins;
 }
 

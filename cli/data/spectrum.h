@@ -52,6 +52,11 @@ struct SpectrumLayout {
     double frequency(std::size_t bin, double rate) const {
         return static_cast<double>(bin) * rate / static_cast<double>(points);
     }
+    // The amplitude over the modulus in a bin of the transform.
+    double amplitude_factor(std::size_t bin) const {
+        const double padding = static_cast<double>(points) / static_cast<double>(samples);
+        return mirrored(bin) ? 2 * padding : padding;
+    }
 };
 
 // The whole record, unless it is longer than the longest transform.
