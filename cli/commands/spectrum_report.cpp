@@ -12,8 +12,7 @@ namespace {
 
 Pieces pieces_of(const Channel &channel) {
     Pieces pieces;
-    for (const Piece &piece : channel.pieces)
-        pieces.push_back(std::span(channel.samples).subspan(piece.begin, piece.end - piece.begin));
+    for (const Piece &piece : channel.pieces) pieces.push_back(samples_of(channel, piece));
     return pieces;
 }
 

@@ -36,15 +36,6 @@ std::vector<Piece> pieces_of(std::span<const double> samples, std::size_t most) 
     return pieces;
 }
 
-// The last value stands in for what is missing; before the first number, that one does.
-void hold(std::span<double> samples) {
-    const auto first = std::ranges::find_if(samples, [](double x) { return !std::isnan(x); });
-    if (first == samples.end()) return;
-    std::fill(samples.begin(), first, *first);
-    for (std::size_t i = 1; i < samples.size(); ++i)
-        if (std::isnan(samples[i])) samples[i] = samples[i - 1];
-}
-
 void close(Channel &channel, const Record &record, Missing missing) {
     channel.missing =
         static_cast<std::size_t>(std::ranges::count_if(channel.samples, [](double x) { return std::isnan(x); }));
@@ -195,6 +186,14 @@ void write_table(const Record &record, Output &out, std::size_t every) {
 }
 
 }  // namespace
+
+void hold(std::span<double> samples) {
+    const auto first = std::ranges::find_if(samples, [](double x) { return !std::isnan(x); });
+    if (first == samples.end()) return;
+    std::fill(samples.begin(), first, *first);
+    for (std::size_t i = 1; i < samples.size(); ++i)
+        if (std::isnan(samples[i])) samples[i] = samples[i - 1];
+}
 
 Record read_record(Source &source, const InputOptions &input, Missing missing) {
     Record record = is_sound(source) ? read_sound(source, input) : read_csv(source, input, missing);

@@ -40,6 +40,12 @@ struct Channel {
 inline std::span<double> samples_of(Channel &channel, const Piece &piece) {
     return std::span(channel.samples).subspan(piece.begin, piece.end - piece.begin);
 }
+inline std::span<const double> samples_of(const Channel &channel, const Piece &piece) {
+    return std::span(channel.samples).subspan(piece.begin, piece.end - piece.begin);
+}
+
+// The last number stands in for what is missing (NaN); before the first number, that one does.
+void hold(std::span<double> samples);
 
 struct Record {
     std::string name = {};  // of its file

@@ -26,13 +26,11 @@ void append(Channel &channel, std::span<const double> frames, std::size_t k, std
     }
 }
 
-// A sample that is not a number counts as missing: the one before it stands in for it, or the first number.
+// A sample that is not a number counts as missing.
 void close(Channel &channel) {
     if (!channel.has_numbers()) return;
     channel.pieces = {{0, channel.samples.size()}};
-    if (channel.missing == 0) return;
-    double last = *std::ranges::find_if(channel.samples, [](double x) { return !std::isnan(x); });
-    for (double &sample : channel.samples) last = sample = std::isnan(sample) ? last : sample;
+    if (channel.missing > 0) hold(channel.samples);
 }
 
 }  // namespace
