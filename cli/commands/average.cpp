@@ -37,7 +37,7 @@ void run(const Options &options) {
         return [filter](double x) { return move_average_filter_online(filter.get(), x); };
     };
     ChannelByChannel filter(make);
-    stream_table(source, options.files, filter, fmt::format("average of {} samples", length), 0);
+    stream_table(source, options.files, filter, fmt::format("average of {} samples", length));
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ constexpr const char *kExamples =
 constexpr int kMostRows = 10'000'000;
 
 enum class Form { Text, Json, Sections, C, Response, Step, Impulse, Families };
-enum class Picture { Response, Step, Roots };
+enum class Picture { Response, Step, Impulse, Roots };
 
 struct ExportName {
     const char *word;
@@ -44,7 +44,7 @@ struct PictureName {
     Picture picture;
 };
 constexpr PictureName kPictures[] = {
-    {"response", Picture::Response}, {"step", Picture::Step}, {"poles", Picture::Roots}};
+    {"response", Picture::Response}, {"step", Picture::Step}, {"impulse", Picture::Impulse}, {"poles", Picture::Roots}};
 
 struct Options {
     FilterRequest request;
@@ -119,9 +119,19 @@ void print(Output &out, const Options &options, const std::vector<Design> &desig
     }
 }
 
+// What is printed, unless --show says otherwise.
+Picture picture_of(const Options &options) {
+    if (options.picture) return *options.picture;
+    if (options.form == Form::Step) return Picture::Step;
+    return options.form == Form::Impulse ? Picture::Impulse : Picture::Response;
+}
+
 Figure figure_of(const Options &options, const std::vector<Design> &designs) {
-    switch (options.picture.value_or(Picture::Response)) {
-        case Picture::Step: return step_figure(designs);
+    const bool printed = options.form == Form::Step || options.form == Form::Impulse;
+    const auto samples = static_cast<std::size_t>(printed ? options.rows : 0);
+    switch (picture_of(options)) {
+        case Picture::Step: return time_figure(designs, Input::Step, samples);
+        case Picture::Impulse: return time_figure(designs, Input::Impulse, samples);
         case Picture::Roots: return root_figure(designs.front());
         default: return response_figure(designs, options.plot);
     }
@@ -132,7 +142,7 @@ void run(const Options &options) {
         reject("--show poles is for one family, not for --all-families");
     if (options.picture && !options.plot.wanted()) reject("--show is for --plot and --plot-script");
     check_axis(options.plot);
-    if (options.plot.axis != PlotOptions::Automatic && options.picture.value_or(Picture::Response) != Picture::Response)
+    if (options.plot.axis != PlotOptions::Automatic && picture_of(options) != Picture::Response)
         reject("--axis is for --show response");
     std::vector<Design> designs = designs_for(options);
     comment_on(options, designs);
@@ -195,7 +205,7 @@ void add_design(const Command &program) {
     add_choice(
         app, "--show", kPictures, &PictureName::word,
         [options](const PictureName &name) { options->picture = name.picture; },
-        "what --plot draws: {}; default response")
+        "what --plot draws: {}; default what --step or --impulse prints, else response")
         .type_name("WHAT");
     app.callback([options] { run(*options); });
 }

@@ -261,11 +261,14 @@ Figure response_figure(const std::vector<Design> &designs, const PlotOptions &pl
     return figure;
 }
 
-Figure step_figure(const std::vector<Design> &designs) {
-    Panel panel{.title = title_of(designs), .x_label = "time [ms]", .y_label = "response to a step of 1"};
-    const std::size_t samples = samples_to_show(designs), stride = std::max<std::size_t>(1, samples / 4000);
+Figure time_figure(const std::vector<Design> &designs, Input input, std::size_t samples) {
+    Panel panel{.title = title_of(designs),
+                .x_label = "time [ms]",
+                .y_label = input == Input::Step ? "response to a step of 1" : "response to an impulse of 1"};
+    if (samples == 0) samples = samples_to_show(designs);
+    const std::size_t stride = std::max<std::size_t>(1, samples / 4000);
     for (const Design &design : designs) {
-        const auto response = time_response(design.sections, design.made.passes, design.gain(), Input::Step, samples);
+        const auto response = time_response(design.sections, design.made.passes, design.gain(), input, samples);
         if (!response) continue;
         Curve curve{.title = family_name(design.made.family)};
         for (std::size_t i = 0; i < response->y.size(); i += stride) {

@@ -33,7 +33,8 @@ void print_time_response(Output &out, const Design &design, Input input, int sam
 
 // Gain over frequency; of a single design its phase too, of several the surroundings of the edges.
 Figure response_figure(const std::vector<Design> &designs, const PlotOptions &plot);
-Figure step_figure(const std::vector<Design> &designs);
+// Over so many samples; 0: until the slowest design has settled.
+Figure time_figure(const std::vector<Design> &designs, Input input, std::size_t samples);
 Figure root_figure(const Design &design);  // poles and zeros
 
 }  // namespace cli

@@ -35,7 +35,7 @@ void run(const Options &options) {
         return [filter](double x) { return amlitude_limit_filer_online(filter.get(), x); };
     };
     ChannelByChannel filter(make);
-    stream_table(source, options.files, filter, fmt::format("spikes above {:.6g} rejected", limit), 0);
+    stream_table(source, options.files, filter, fmt::format("spikes above {:.6g} rejected", limit));
 }
 
 }  // namespace

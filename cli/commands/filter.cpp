@@ -192,7 +192,7 @@ void run_as_stream(const Options &options, Source &source) {
     } else {
         const double rate = options.request.rate.value_or(0);
         const Filter filter = filter_for(options, rate);
-        stream_table(source, options.files, *one_way(filter), filter.summary, rate);
+        stream_table(source, options.files, *one_way(filter), filter.summary);
     }
 }
 

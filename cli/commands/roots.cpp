@@ -3,8 +3,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <memory>
 #include <numbers>
 #include <optional>
@@ -31,6 +33,7 @@ constexpr const char *kExamples =
     "  mensura roots --json 1 -1.2 .9 -.3\n"
     "  mensura roots --plot=circle.svg 1 -1.2 .9 -.3\n";
 
+constexpr double kMargin = 1.2;  // the width of the picture over that of what it shows
 constexpr std::size_t kMostCoefficients = 101;
 
 struct Options {
@@ -70,6 +73,12 @@ void print_json(const std::vector<double> &c, const CheckedRoots &answer, Output
                out);
 }
 
+std::vector<double> all_of(std::vector<double> a, const std::vector<double> &b) {
+    std::ranges::copy_if(b, std::back_inserter(a), [](double x) { return std::isfinite(x); });
+    return a;
+}
+
+// Equal ranges on both axes, so that a circle is one.
 Figure figure_of(const std::vector<CplxD> &roots) {
     Curve circle{.title = "unit circle"}, points{.title = "roots", .points = true};
     for (int degree = 0; degree <= 360; ++degree) {
@@ -80,11 +89,19 @@ Figure figure_of(const std::vector<CplxD> &roots) {
         points.x.push_back(z.re);
         points.y.push_back(z.im);
     }
+    const auto [left, right] = std::ranges::minmax(all_of(circle.x, points.x));
+    const auto [lowest, highest] = std::ranges::minmax(all_of(circle.y, points.y));
+    const double half = kMargin * 0.5 * std::max(right - left, highest - lowest);
+    const double x = 0.5 * (left + right), y = 0.5 * (lowest + highest);
     const Panel panel{.title = fmt::format("roots of a polynomial of degree {}", roots.size()),
                       .x_label = "real part",
                       .y_label = "imaginary part",
                       .curves = {circle, points},
-                      .square = true};
+                      .square = true,
+                      .y_lowest = y - half,
+                      .y_highest = y + half,
+                      .x_lowest = x - half,
+                      .x_highest = x + half};
     return {.panels = {panel}};
 }
 

@@ -17,6 +17,7 @@
 #include "cli/app/utf8.h"
 #include "cli/commands/spectrum_label.h"
 #include "cli/data/bands.h"
+#include "cli/data/columns.h"
 #include "cli/data/csv.h"
 #include "cli/data/record.h"
 #include "cli/data/spectrum.h"
@@ -50,11 +51,13 @@ using Samples = std::span<const double>;  // of a segment of one channel
 // Turns segments into rows of a table or into JSON, and collects the picture.
 class Spectrogram {
   public:
-    Spectrogram(const Options &options, const SpectrumLayout &layout, double rate, std::vector<std::string> names)
+    Spectrogram(const Options &options, const SpectrumLayout &layout, double rate, std::vector<std::string> names,
+                std::vector<std::string> units)
         : options_(options),
           layout_(layout),
           rate_(rate),
           names_(std::move(names)),
+          units_(std::move(units)),
           weights_(weights_of(options.spectrum.window, layout.samples, true)),
           transform_(layout.points),
           bandwidth_(rate * noise_bandwidth(options.spectrum.window, layout.samples)),
@@ -155,15 +158,16 @@ class Spectrogram {
         const double middle = 0.5 * static_cast<double>(layout_.samples) / rate_;
         Figure figure{.title = title};
         const double lowest = layout_.frequency(bins_.begin, rate_), highest = layout_.frequency(bins_.end - 1, rate_);
+        const Scale scale = is_density() ? Scale::DensityDecibel : Scale::Decibel;
         for (std::size_t i = 0; i < pictures_.size(); ++i)
-            figure.panels.push_back({.title = pictures_.size() == 1 ? title : "",
-                                     .x_label = "time [s]",
-                                     .y_label = "frequency [Hz]",
-                                     .image = pictures_[i].decibels(
-                                         middle - 0.5 * step, step, lowest - 0.5 * width, width,
-                                         scale_label(names_[i], is_density() ? Scale::DensityDecibel : Scale::Decibel)),
-                                     .y_lowest = std::max(lowest - 0.5 * width, 0.0),
-                                     .y_highest = std::min(highest + 0.5 * width, 0.5 * rate_)});
+            figure.panels.push_back(
+                {.title = pictures_.size() == 1 ? title : "",
+                 .x_label = "time [s]",
+                 .y_label = "frequency [Hz]",
+                 .image = pictures_[i].decibels(middle - 0.5 * step, step, lowest - 0.5 * width, width,
+                                                scale_label(labelled(names_[i], units_[i]), scale)),
+                 .y_lowest = std::max(lowest - 0.5 * width, 0.0),
+                 .y_highest = std::min(highest + 0.5 * width, 0.5 * rate_)});
         remark_on_channels_left_out(names_.size());
         return figure;
     }
@@ -171,7 +175,7 @@ class Spectrogram {
     const Options &options_;
     SpectrumLayout layout_;
     double rate_;
-    std::vector<std::string> names_;
+    std::vector<std::string> names_, units_;
     std::vector<double> weights_;
     Transform transform_;
     double bandwidth_;  // Hz
@@ -209,9 +213,12 @@ void run_on_table(const Options &options, Source &source) {
     for (const Piece &piece : pieces) longest = std::max(longest, piece.end - piece.begin);
     if (longest == 0) reject("{}: its columns have no row in common between their holes", record.name);
     const SpectrumLayout layout = layout_for(options, longest, kUsualSegment);
-    std::vector<std::string> names;
-    for (const Channel &channel : record.channels) names.push_back(channel.name);
-    Spectrogram spectrogram(options, layout, record.rate, names);
+    std::vector<std::string> names, units;
+    for (const Channel &channel : record.channels) {
+        names.push_back(channel.name);
+        units.push_back(channel.unit);
+    }
+    Spectrogram spectrogram(options, layout, record.rate, names, units);
     std::vector<Samples> segment(record.channels.size());
     for (const Piece &piece : pieces)
         for (std::size_t start = piece.begin; start + layout.samples <= piece.end; start += layout.step) {
@@ -261,7 +268,8 @@ void run_on_sound(const Options &options, Source &source) {
     const SpectrumLayout layout = layout_of(segment, options.overlap.value_or(kUsualOverlap));
     std::vector<std::string> names;
     for (std::size_t i = 0; i < sound.channels(); ++i) names.push_back(sound.channel_name(i));
-    Spectrogram spectrogram(options, layout, sound.rate(), names);
+    Spectrogram spectrogram(options, layout, sound.rate(), names,
+                            std::vector<std::string>(sound.channels(), kFullScale));
     Segmenter segmenter(spectrogram, layout, sound.channels());
     std::vector<double> frames(kSoundFrames * sound.channels());
     Gaps gaps;

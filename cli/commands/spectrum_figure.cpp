@@ -11,6 +11,7 @@
 
 #include "cli/commands/spectrum_label.h"
 #include "cli/commands/spectrum_report.h"
+#include "cli/data/columns.h"
 #include "cli/plot/comparison.h"
 #include "cli/plot/envelope.h"
 
@@ -18,8 +19,8 @@ namespace cli {
 
 namespace {
 
-constexpr double kDepthOfPicture = 200;  // dB below the highest bin; anything lower is rounding
-constexpr double kRoomForLabel = 0.12;   // of the axis
+constexpr double kDepthOfPicture = 200;                       // dB below the highest bin; anything lower is rounding
+constexpr double kWidthOfLabel = 0.12, kHeightOfLabel = 0.1;  // parts of the axes
 
 std::string title_of(const SpectrumReport &report) {
     const std::string window = fmt::format("{} window", window_name(report.request.spectrum.window.kind));
@@ -41,10 +42,19 @@ double highest_finite(const std::vector<double> &values) {
     return highest;
 }
 
+// What lies lower is not shown.
+double floor_of(const ChannelSpectrum &channel, Scale scale) {
+    const double highest = highest_finite(channel.values);
+    switch (scale) {
+        case Scale::Decibel:
+        case Scale::DensityDecibel: return highest - kDepthOfPicture;
+        case Scale::Density: return highest * std::pow(10, -0.1 * kDepthOfPicture);
+        default: return 0;
+    }
+}
+
 Curve curve_of(const ChannelSpectrum &channel, const SpectrumReport &report, const PlotOptions &plot) {
-    const Scale scale = report.request.spectrum.scale;
-    const bool decibel = scale == Scale::Decibel || scale == Scale::DensityDecibel;
-    const double lowest = decibel ? highest_finite(channel.values) - kDepthOfPicture : 0.0;
+    const double lowest = floor_of(channel, report.request.spectrum.scale);
     std::vector<double> values = channel.values;
     for (double &value : values) value = std::max(value, lowest);
     return bounded_curve("", report.frequencies, values, plot, plot.logarithmic(false));
@@ -70,11 +80,15 @@ double median(std::span<const double> values) {
     return *middle;
 }
 
-// The higher of the median levels on either side of a bin, because many spectra fall with the frequency.
-double surroundings(std::span<const double> levels, std::size_t bin) {
+// The higher of the median levels on either side of a bin, because many spectra fall with the frequency; up to the next line.
+double surroundings(std::span<const double> levels, std::size_t bin, const std::vector<std::size_t> &lines) {
     const std::size_t reach = std::clamp<std::size_t>(levels.size() / 50, 10, 500);
-    const std::size_t below = std::min(bin, reach), above = std::min(levels.size() - bin - 1, reach);
-    return std::max(median(levels.subspan(bin - below, below)), median(levels.subspan(bin + 1, above)));
+    std::size_t from = bin - std::min(bin, reach), to = std::min(bin + reach + 1, levels.size());
+    for (const std::size_t line : lines) {
+        if (line < bin) from = std::max(from, line + 1);
+        if (line > bin) to = std::min(to, line);
+    }
+    return std::max(median(levels.subspan(from, bin - from)), median(levels.subspan(bin + 1, to - bin - 1)));
 }
 
 // Where the parabola through a bin and its neighbours is highest.
@@ -95,15 +109,29 @@ std::vector<std::size_t> summits(const std::vector<double> &levels) {
     return bins;
 }
 
-// The bins of lines: 14 dB above what surrounds them, which noise hardly ever is.
+// Of the bins that are lines, the highest: 14 dB above what lies around them and between them and higher lines, which noise
+// and leakage hardly ever are.
+std::vector<std::size_t> lines_in(const std::vector<double> &levels) {
+    constexpr double kAbove = 14;                  // dB
+    constexpr std::size_t kMost = 20, kApart = 6;  // lines; bins
+    std::vector<std::size_t> lines;
+    for (const std::size_t k : summits(levels)) {
+        const auto is_close = [k](std::size_t line) { return k < line + kApart && line < k + kApart; };
+        if (std::ranges::any_of(lines, is_close) || levels[k] <= surroundings(levels, k, lines) + kAbove) continue;
+        lines.push_back(k);
+        if (lines.size() == kMost) break;
+    }
+    return lines;
+}
+
 std::vector<Label> lines_of(const ChannelSpectrum &channel, const SpectrumReport &report) {
-    constexpr double kAbove = 14;  // dB
     const std::vector<double> levels = levels_of(channel, report.request.spectrum.scale);
+    const double digit = std::pow(10, std::floor(std::log10(0.1 * report.layout.frequency(1, report.rate))));
     std::vector<Label> lines;
-    for (const std::size_t k : summits(levels))
-        if (levels[k] > surroundings(levels, k) + kAbove)
-            lines.push_back({report.frequencies[k], channel.values[k],
-                             fmt::format("{:.4g} Hz", summit(levels, report.frequencies, k))});
+    for (const std::size_t k : lines_in(levels)) {
+        const double frequency = digit * std::round(summit(levels, report.frequencies, k) / digit);
+        lines.push_back({report.frequencies[k], channel.values[k], fmt::format("{:.8g} Hz", frequency)});
+    }
     return lines;
 }
 
@@ -114,39 +142,60 @@ std::vector<Label> peaks_of(const ChannelSpectrum &channel, const SpectrumReport
     return labels;
 }
 
-// The peaks of the request, else the highest lines: of those that are close together the highest.
-std::vector<Label> labels_of(const ChannelSpectrum &channel, const SpectrumReport &report, bool logarithmic) {
+// The peaks of the request, else the highest lines: of labels that would overlap the one of the higher.
+std::vector<Label> labels_of(const ChannelSpectrum &channel, const SpectrumReport &report, const Panel &panel) {
     constexpr std::size_t kMostLines = 5;
-    const auto place = [logarithmic](double x) { return logarithmic ? std::log(x) : x; };
-    const double range = place(report.frequencies.back()) - place(lowest_of(report, logarithmic));
+    if (panel.curves[0].y.empty()) return {};
+    const auto x_of = [&panel](double x) { return panel.logarithmic ? std::log(x) : x; };
+    const auto y_of = [&panel](double y) { return panel.y_logarithmic ? std::log(y) : y; };
+    const auto [lowest, highest] = std::ranges::minmax(panel.curves[0].y, {}, y_of);
+    const double width = kWidthOfLabel * (x_of(*panel.x_highest) - x_of(*panel.x_lowest));
+    const double height = kHeightOfLabel * (y_of(highest) - y_of(lowest));
     const std::size_t most = report.request.peaks ? channel.peaks.size() : kMostLines;
     std::vector<Label> labels;
     for (const Label &label : report.request.peaks ? peaks_of(channel, report) : lines_of(channel, report)) {
-        const auto beside = [&](const Label &other) {
-            return std::abs(place(label.x) - place(other.x)) < kRoomForLabel * range;
+        const auto overlaps = [&](const Label &other) {
+            return std::abs(x_of(label.x) - x_of(other.x)) < width && std::abs(y_of(label.y) - y_of(other.y)) < height;
         };
-        if (labels.size() < most && std::ranges::none_of(labels, beside)) labels.push_back(label);
+        if (labels.size() < most && std::ranges::none_of(labels, overlaps)) labels.push_back(label);
     }
     return labels;
+}
+
+std::vector<Shade> bands_of(const ChannelSpectrum &channel, const SpectrumReport &report) {
+    std::vector<Shade> bands;
+    for (std::size_t i = 0; i < channel.rms.size(); ++i) {
+        const FrequencyBand &band = report.request.bands[i];
+        bands.push_back({band.from, band.to, fmt::format("rms {:.4g}", channel.rms[i])});
+    }
+    return bands;
+}
+
+Panel panel_of(const ChannelSpectrum &channel, const SpectrumReport &report, const PlotOptions &plot) {
+    const Scale scale = report.request.spectrum.scale;
+    const bool logarithmic = plot.logarithmic(false);
+    Panel panel{.x_label = "frequency [Hz]",
+                .y_label = scale_label(labelled(channel.name, channel.unit), scale),
+                .curves = {curve_of(channel, report, plot)},
+                .bands = bands_of(channel, report),
+                .logarithmic = logarithmic,
+                .y_logarithmic = scale == Scale::Density && highest_finite(channel.values) > 0,
+                .x_lowest = lowest_of(report, logarithmic),
+                .x_highest = report.request.to.value_or(report.frequencies.back())};
+    panel.labels = labels_of(channel, report, panel);
+    return panel;
 }
 
 }  // namespace
 
 Figure figure_of(const SpectrumReport &report, const PlotOptions &plot) {
     const std::string title = title_of(report);
-    const bool logarithmic = plot.logarithmic(false);
     Figure figure{.title = title};
     for (const ChannelSpectrum &channel : report.channels) {
         if (figure.panels.size() == kMostPanels) break;
-        figure.panels.push_back({.title = report.channels.size() == 1 ? title : "",
-                                 .x_label = "frequency [Hz]",
-                                 .y_label = scale_label(channel.name, report.request.spectrum.scale),
-                                 .curves = {curve_of(channel, report, plot)},
-                                 .labels = labels_of(channel, report, logarithmic),
-                                 .logarithmic = logarithmic,
-                                 .x_lowest = lowest_of(report, logarithmic),
-                                 .x_highest = report.request.to.value_or(report.frequencies.back())});
+        figure.panels.push_back(panel_of(channel, report, plot));
     }
+    if (figure.panels.size() == 1) figure.panels[0].title = title;
     remark_on_channels_left_out(report.channels.size());
     return figure;
 }

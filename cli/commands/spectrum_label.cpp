@@ -27,12 +27,12 @@ std::string_view without_brackets(std::string_view name, std::string_view unit) 
 
 std::string scale_label(const std::string &name, Scale scale) {
     const std::string_view given = unit_in(name), what = without_brackets(name, given);
-    const std::string unit(given.empty() ? "unit" : given);
+    const std::string unit(given.empty() ? "unit" : given), reference = given == kFullScale ? unit : "1 " + unit;
     switch (scale) {
         case Scale::Amplitude: break;
         case Scale::Power: return fmt::format("{}, mean square [{}]", what, squared(unit));
         case Scale::Density: return fmt::format("{}, density [{}/Hz]", what, squared(unit));
-        case Scale::Decibel: return fmt::format("{} [dB re 1 {}]", what, unit);
+        case Scale::Decibel: return fmt::format("{} [dB re {}]", what, reference);
         case Scale::DensityDecibel: return fmt::format("{}, density [dB re 1 {}/Hz]", what, squared(unit));
     }
     return name;

@@ -42,7 +42,7 @@ ChannelSpectrum spectrum_of(const Channel &channel, const SpectrumReport &report
                             median);
     const std::vector<double> amplitudes = segments.amplitudes();
     const FrequencyBand shown{request.from.value_or(0), request.to.value_or(0.5 * report.rate)};
-    ChannelSpectrum spectrum{.name = channel.name, .segments = segments.count()};
+    ChannelSpectrum spectrum{.name = channel.name, .unit = channel.unit, .segments = segments.count()};
     for (const FrequencyBand &asked : request.bands)
         spectrum.rms.push_back(rms_in(asked, amplitudes, report.layout, report.rate, report.noise_bandwidth));
     if (request.peaks)

@@ -24,7 +24,7 @@ struct SpectrumRequest {
 };
 
 struct ChannelSpectrum {
-    std::string name = {};
+    std::string name = {}, unit = {};
     std::size_t segments = 1;
     std::vector<double> values = {};  // in the scale of the request, at the frequencies of the report
     std::vector<Peak> peaks = {};

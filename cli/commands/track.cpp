@@ -131,12 +131,15 @@ void track_stream(Source &source, const Options &options, double rate) {
         rows.run();
         const auto place = [&] { return fmt::format("{}:{}", source.name(), table.line().number); };
         if (input.gaps == GapPolicy::Hold && rows.hole().rows > kMostHeld) reject_hole(place());
-        for (std::size_t k = names.size(); k < columns.size(); ++k) names.push_back(table.columns()[columns[k]].name);
+        for (std::size_t k = names.size(); k < columns.size(); ++k) {
+            const Column &column = table.columns()[columns[k]];
+            names.push_back(labelled(column.name, column.unit));
+        }
         row.clear();
         for (const std::size_t i : columns) {
             row.push_back(tracker.estimate(i));
             if (tracker.lost(i)) fail_lost(place(), table.columns()[i].name);
-            comparison.add(row.size() - 1, table.values()[i], row.back().state[0]);
+            comparison.add(rows.place(), row.size() - 1, table.values()[i], row.back().state[0]);
         }
         return row;
     });
@@ -194,8 +197,8 @@ void track_record(Record record, const Options &options) {
         estimates.push_back(RecordTracker(record, options, model).run(channel));
         if (!channel.has_numbers()) continue;
         for (std::size_t i = 0; i < channel.samples.size(); ++i)
-            comparison.add(names.size(), channel.samples[i], estimates.back()[i].state[0]);
-        names.push_back(channel.name);
+            comparison.add(record.place_of(i), names.size(), channel.samples[i], estimates.back()[i].state[0]);
+        names.push_back(labelled(channel.name, channel.unit));
         channel.samples = {};
     }
     Source source(record.name, record.text);

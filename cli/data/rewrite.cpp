@@ -11,6 +11,23 @@
 
 namespace cli {
 
+namespace {
+
+// What no row gives, and what lies between the pieces, is not drawn.
+void compare(const Record &record, std::size_t index, const std::vector<double> &before, Comparison &comparison) {
+    const Channel &channel = record.channels[index];
+    auto piece = channel.pieces.begin();
+    for (std::size_t row = 0; row + record.missing_rows < record.length(); ++row) {
+        const std::size_t sample = record.sample_of(row);
+        while (piece != channel.pieces.end() && piece->end <= sample) ++piece;
+        if (piece == channel.pieces.end()) return;
+        if (sample >= piece->begin)
+            comparison.add(record.place_of(sample), index, before[sample], channel.samples[sample]);
+    }
+}
+
+}  // namespace
+
 void rewrite_record(Record &record, const Files &files, const Change &change, const std::string &title,
                     std::size_t shortest, const Rename &rename) {
     remark_missing(record);
@@ -27,7 +44,7 @@ void rewrite_record(Record &record, const Files &files, const Change &change, co
             else
                 ++left;
         }
-        for (std::size_t k = 0; k < before.size(); ++k) comparison.add(i, before[k], channel.samples[k]);
+        if (files.plot.wanted()) compare(record, i, before, comparison);
         names.push_back(labelled(channel.name, channel.unit));
         if (rename) new_names.push_back(rename(names.back()));
     }

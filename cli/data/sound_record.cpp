@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "cli/data/columns.h"
 #include "cli/data/sound.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
@@ -41,7 +42,7 @@ Record read_sound(Source &source, const InputOptions &input) {
     sound.check_request(input);
     record.rate = sound.rate();
     for (std::size_t i = 0; i < sound.channels(); ++i) {
-        record.channels.push_back({.name = sound.channel_name(i)});
+        record.channels.push_back({.name = sound.channel_name(i), .unit = kFullScale});
         record.channels[i].samples.reserve(sound.known_frames());
     }
     std::vector<double> frames(kSoundFrames * sound.channels());
@@ -79,7 +80,7 @@ void WholeSound::rewrite(const Files &files, const Change &change, const std::st
     comparison.add(before, frames_, sound_.channels());
     write(data_file(files.plot, files.output));
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < sound_.channels(); ++i) names.push_back(sound_.channel_name(i));
+    for (std::size_t i = 0; i < sound_.channels(); ++i) names.push_back(labelled(sound_.channel_name(i), kFullScale));
     comparison.draw(title, names, sound_.rate());
 }
 

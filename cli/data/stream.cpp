@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "cli/data/columns.h"
+#include "cli/data/units.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
 
@@ -66,6 +68,7 @@ void RowFilter::count_missing(std::size_t channel) {
 
 const std::vector<double> &RowFilter::run() {
     hole_ = holes_.next();
+    next_ += hole_.rows + 1;
     row_ = table_.values();
     missing_.resize(row_.size());
     if (hole_.rows > 0) pass_hole();
@@ -82,7 +85,7 @@ void RowFilter::finish() {
     holes_.finish();
 }
 
-void stream_table(Source &source, const Files &files, FrameFilter &filter, const std::string &title, double rate) {
+void stream_table(Source &source, const Files &files, FrameFilter &filter, const std::string &title) {
     TableReader table(source, files.input, Faults::Report);
     Output out(data_file(files.plot, files.output));
     Comparison comparison(files.plot);
@@ -90,12 +93,12 @@ void stream_table(Source &source, const Files &files, FrameFilter &filter, const
     for_each_line(table, out, [&] {
         if (table.kind() != LineKind::Data) return table.write_line(out);
         const std::vector<double> &row = rows.run();
-        comparison.add(table.values(), row, row.size());
+        for (std::size_t k = 0; k < row.size(); ++k) comparison.add(rows.place(), k, table.values()[k], row[k]);
         table.write_row(out, row);
     });
     rows.finish();
     out.commit();
-    comparison.draw(title, names_of(table), rate);
+    comparison.draw(title, names_of(table), rows.rate());
 }
 
 void stream_sound(SoundReader &sound, const Files &files, FrameFilter &filter, const std::string &title) {
@@ -115,7 +118,7 @@ void stream_sound(SoundReader &sound, const Files &files, FrameFilter &filter, c
     }
     result.finish();
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < sound.channels(); ++i) names.push_back(sound.channel_name(i));
+    for (std::size_t i = 0; i < sound.channels(); ++i) names.push_back(labelled(sound.channel_name(i), kFullScale));
     out.commit();
     comparison.draw(title, names, sound.rate());
 }

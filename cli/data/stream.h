@@ -39,6 +39,8 @@ class RowFilter {
     const std::vector<double> &run();
     // The rows that are missing before the last one.
     const Hole &hole() const { return hole_; }
+    // Where in time the row lies, in samples from the first.
+    std::size_t place() const { return next_ - 1; }
     double rate() const { return holes_.rate(); }
     void finish();
 
@@ -57,12 +59,12 @@ class RowFilter {
     FrameFilter &filter_;
     Gaps gaps_;
     Hole hole_;
+    std::size_t next_ = 0;
     std::vector<Run> missing_;  // the cells of each column that are missing up to this row
     std::vector<double> row_, virtual_;
 };
 
-// `rate` is for the picture.
-void stream_table(Source &source, const Files &files, FrameFilter &filter, const std::string &title, double rate);
+void stream_table(Source &source, const Files &files, FrameFilter &filter, const std::string &title);
 void stream_sound(SoundReader &sound, const Files &files, FrameFilter &filter, const std::string &title);
 
 // Reads a table to its end and calls answer() for each line.  Output is flushed before the program waits for the next

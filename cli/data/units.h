@@ -7,6 +7,8 @@
 
 namespace cli {
 
+inline constexpr const char *kFullScale = "full scale";  // the unit of sounds
+
 // Gives a column another name.
 using Rename = std::function<std::string(std::string_view name)>;
 

@@ -1,25 +1,28 @@
 #include "cli/plot/comparison.h"
 
 #include <algorithm>
+
 #include "cli/app/diagnostics.h"
+#include "cli/data/gap_report.h"
 #include "cli/plot/draw.h"
 #include "cli/plot/figure.h"
 
 namespace cli {
 
-void Comparison::add(std::size_t channel, double before, double after) {
+void Comparison::add(std::size_t place, std::size_t channel, double before, double after) {
     if (!plot_.wanted() || channel >= kMostPanels) return;
     if (before_.size() <= channel) {
         before_.resize(channel + 1, Envelope(plot_));
         after_.resize(channel + 1, Envelope(plot_));
     }
-    before_[channel].add(before);
-    after_[channel].add(after);
+    before_[channel].add(place, before);
+    after_[channel].add(place, after);
 }
 
 void Comparison::add(std::span<const double> before, std::span<const double> after, std::size_t channels) {
     if (!plot_.wanted()) return;
-    for (std::size_t i = 0; i < after.size(); ++i) add(i % channels, before[i], after[i]);
+    for (std::size_t i = 0; i < after.size(); ++i) add(frames_ + i / channels, i % channels, before[i], after[i]);
+    frames_ += after.size() / channels;
 }
 
 Panel Comparison::panel(const std::string &name, double rate, std::vector<Curve> curves) const {
@@ -32,7 +35,8 @@ void Comparison::draw(const std::string &title, const std::vector<std::string> &
     Figure figure{.title = title};
     const std::size_t channels = new_names.empty() ? kMostPanels : kMostPanels / 2;
     for (std::size_t i = 0; i < std::min(channels, before_.size()); ++i) {
-        const Curve before = before_[i].curve(names_.before, rate), after = after_[i].curve(names_.after, rate);
+        const Curve before = before_[i].curve(names_.before, rate, short_hole(rate));
+        const Curve after = after_[i].curve(names_.after, rate, short_hole(rate));
         if (new_names.empty()) {
             figure.panels.push_back(panel(names[i], rate, {before, after}));
         } else {

@@ -21,8 +21,9 @@ class Comparison {
   public:
     explicit Comparison(const PlotOptions &plot, CurveNames names = {"before", "after"})
         : plot_(plot), names_(std::move(names)) {}
-    void add(std::size_t channel, double before, double after);
-    // Frames, a sample of each channel.
+    // `place`: in samples from the first.
+    void add(std::size_t place, std::size_t channel, double before, double after);
+    // The next frames, a sample of each channel.
     void add(std::span<const double> before, std::span<const double> after, std::size_t channels);
     // With `new_names` the channels have other units than before: a panel for each, below that of what it was before.
     void draw(const std::string &title, const std::vector<std::string> &names, double rate,
@@ -34,6 +35,7 @@ class Comparison {
     const PlotOptions &plot_;
     CurveNames names_;
     std::vector<Envelope> before_, after_;
+    std::size_t frames_ = 0;
 };
 
 // Says on stderr when there are more channels than a picture shows.

@@ -5,47 +5,47 @@
 
 namespace cli {
 
-void Envelope::add(double value) {
-    if (buckets_.empty() || filled_ == stride_) {
-        if (buckets_.size() == capacity_) merge_pairs();
-        buckets_.push_back({value, value, true});
-        filled_ = 1;
-        return;
-    }
-    ++filled_;
-    Bucket &last = buckets_.back();
-    if (value < last.low || std::isnan(last.low)) {
-        last.low = value;
-        last.low_first = false;
-    }
-    if (value > last.high || std::isnan(last.high)) {
-        last.high = value;
-        last.low_first = true;
-    }
+void Envelope::add(std::size_t place, double value) {
+    next_ = place + 1;
+    while (place / stride_ >= capacity_) merge_pairs();
+    if (buckets_.size() <= place / stride_) buckets_.resize(place / stride_ + 1);
+    buckets_.back() = merged(buckets_.back(), {value, value});
+}
+
+Envelope::Bucket Envelope::merged(const Bucket &a, const Bucket &b) {
+    if (std::isnan(a.low)) return b;
+    if (std::isnan(b.low)) return a;
+    const bool low_in_a = !(b.low < a.low), high_in_a = !(b.high > a.high);
+    const bool first_of_one = low_in_a ? a.low_first : b.low_first;
+    return {std::min(a.low, b.low), std::max(a.high, b.high), low_in_a == high_in_a ? first_of_one : low_in_a};
 }
 
 void Envelope::merge_pairs() {
-    for (std::size_t i = 0; i < buckets_.size() / 2; ++i) {
-        const Bucket &a = buckets_[2 * i], &b = buckets_[2 * i + 1];
-        const bool low_in_a = !(b.low < a.low), high_in_a = !(b.high > a.high);
-        buckets_[i] = {std::fmin(a.low, b.low), std::fmax(a.high, b.high),
-                       low_in_a == high_in_a ? (low_in_a ? a.low_first : b.low_first) : low_in_a};
-    }
+    buckets_.resize((buckets_.size() + 1) / 2 * 2);
+    for (std::size_t i = 0; i < buckets_.size() / 2; ++i) buckets_[i] = merged(buckets_[2 * i], buckets_[2 * i + 1]);
     buckets_.resize(buckets_.size() / 2);
     stride_ *= 2;
 }
 
-Curve Envelope::curve(const std::string &title, double rate) const {
+Curve Envelope::curve(const std::string &title, double rate, std::size_t longest_bridge) const {
     Curve curve{.title = title};
-    const double step = rate > 0 ? 1 / rate : 1.0, stride = static_cast<double>(stride_);
+    const double width = static_cast<double>(stride_) * (rate > 0 ? 1 / rate : 1.0);
+    const auto add = [&curve, width](double bucket, double y) {
+        curve.x.push_back(bucket * width);
+        curve.y.push_back(y);
+    };
+    std::size_t missing = 0;
     for (std::size_t i = 0; i < buckets_.size(); ++i) {
-        const Bucket &bucket = buckets_[i];
-        const double x = static_cast<double>(i) * stride * step;
-        curve.x.push_back(x);
-        curve.y.push_back(bucket.low_first ? bucket.low : bucket.high);
-        if (stride_ == 1) continue;
-        curve.x.push_back(x + 0.5 * stride * step);
-        curve.y.push_back(bucket.low_first ? bucket.high : bucket.low);
+        const auto &[low, high, low_first] = buckets_[i];
+        if (std::isnan(low)) {
+            missing += stride_;
+            continue;
+        }
+        const auto place = static_cast<double>(i);
+        if (missing > longest_bridge && !curve.x.empty()) add(place - 0.25, std::nan(""));
+        missing = 0;
+        add(place, low_first ? low : high);
+        if (stride_ > 1) add(place + 0.5, low_first ? high : low);
     }
     return curve;
 }

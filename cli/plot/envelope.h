@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <span>
 #include <string>
 #include <vector>
@@ -15,20 +16,24 @@ namespace cli {
 class Envelope {
   public:
     explicit Envelope(const PlotOptions &plot) : capacity_(plot.columns()) {}
-    void add(double value);
-    // A curve over time, or over the sample's number if the rate is 0.
-    Curve curve(const std::string &title, double rate) const;
+    void add(double value) { add(next_, value); }
+    // Further on, where samples before it are missing; so do those that are not numbers.
+    void add(std::size_t place, double value);
+    // A curve over time, or over the sample's number if the rate is 0, that is broken where more than so many samples are
+    // missing.
+    Curve curve(const std::string &title, double rate, std::size_t longest_bridge = 0) const;
 
   private:
     struct Bucket {
-        double low, high;
-        bool low_first;
+        double low = std::numeric_limits<double>::quiet_NaN(), high = low;  // NaN: nothing was added
+        bool low_first = true;
     };
+    static Bucket merged(const Bucket &a, const Bucket &b);
     void merge_pairs();
 
     std::size_t capacity_;
     std::vector<Bucket> buckets_;
-    std::size_t stride_ = 1, filled_ = 0;  // samples in a bucket, and in the last one
+    std::size_t stride_ = 1, next_ = 0;  // samples in a bucket; the place after the last one
 };
 
 // The least and the largest value in each pixel column of an axis, of points whose x increases.  On a logarithmic axis,

@@ -28,6 +28,12 @@ struct Label {
     std::string text;  // above this point
 };
 
+// A shaded range of x, and what it means.
+struct Shade {
+    double from, to;
+    std::string label;
+};
+
 // Values over a grid of equal cells, drawn in colours.
 struct Image {
     std::size_t columns = 0, rows = 0;
@@ -44,10 +50,12 @@ struct Panel {
     std::vector<Mark> marks = {};     // vertical lines
     std::vector<Mark> levels = {};    // horizontal lines
     std::vector<Label> labels = {};
-    bool logarithmic = false;  // the x axis
-    bool no_key = false;       // the curves are those of the panel above
-    bool key_below = false;    // the key at the bottom left instead of the top right
-    bool square = false;       // one unit has the same length on both axes
+    std::vector<Shade> bands = {};
+    bool logarithmic = false;    // the x axis
+    bool y_logarithmic = false;  // what is not above 0 is not drawn
+    bool no_key = false;         // the curves are those of the panel above
+    bool key_below = false;      // the key at the bottom left instead of the top right
+    bool square = false;         // one unit has the same length on both axes
     std::optional<double> y_lowest = {}, y_highest = {}, x_lowest = {}, x_highest = {};
     std::optional<double> y_step = {};  // between two labels
 };

@@ -1,5 +1,7 @@
 // Pictures.
 
+#include <fmt/format.h>
+
 #include <random>
 
 #include "program.h"
@@ -100,6 +102,45 @@ TEST_F(CommandLine, spectra_have_units_and_labels_at_lines) {
     EXPECT_EQ(out.find("set label '"), out.rfind("set label '"));
     EXPECT_EQ(run(spectrum + "--density"), 0) << err;
     EXPECT_HAS(out, "set ylabel 'current, density [A^2/Hz]'");
+}
+
+// Two lines that stand close together, of which the lower one is far lower, and one at the left edge: each has its label.
+TEST_F(CommandLine, spectra_show_every_line_and_band) {
+    std::string text = "a [g]\n";
+    std::mt19937 noise(1);
+    for (int i = 0; i < 20000; ++i)
+        text += std::to_string(9 + std::sin(0.0551 * i) + 0.1 * std::sin(0.391 * i) + 0.5 * std::sin(0.006 * i) +
+                               1e-12 * static_cast<double>(noise())) +
+                "\n";
+    write("x.csv", text);
+    EXPECT_EQ(run("spectrum x.csv --rate 48000 --db --no-mean --plot-script"), 0) << err;
+    for (const char *frequency : {"'420.", "'2987", "'45."}) EXPECT_HAS(out, std::string("set label ") + frequency);
+    EXPECT_HAS(out, " left offset 0,0.7");
+    EXPECT_EQ(run("spectrum x.csv --rate 48000 --average --density --bands 100Hz-1kHz --plot-script"), 0) << err;
+    for (const char *part : {"set logscale y", "rectangle from 100, graph 0 to 1000, graph 1", "set label 'rms 0.70"})
+        EXPECT_HAS(out, part);
+}
+
+TEST_F(CommandLine, pictures_keep_holes_open) {
+    std::string text = "time,x\n-,m\n";
+    for (int i = 0; i < 200; ++i) text += fmt::format("{:.2f},{}\n", 0.01 * (i < 100 ? i : i + 500), i % 7);
+    write("x.csv", text);
+    for (const char *call : {"filter lowpass --cutoff 5Hz --zero-phase --gaps split", "average --length 3",
+                             "filter lowpass --cutoff 5Hz --rate 100Hz", "track --bandwidth 1Hz --r 1 --gaps split"}) {
+        EXPECT_EQ(run(std::string(call) + " x.csv --plot-script"), 0) << err;
+        for (const char *part : {" NaN\n6 ", "\n6.99 ", "set xlabel 'time [s]'", "set ylabel 'x [m]'"})
+            EXPECT_HAS(out, part);
+    }
+}
+
+TEST_F(CommandLine, pictures_show_what_is_printed_and_have_room_for_it) {
+    EXPECT_EQ(run("design lowpass --cutoff 40 --rate 360 --impulse 100 --plot-script"), 0) << err;
+    EXPECT_HAS(out, "set ylabel 'response to an impulse of 1'");
+    EXPECT_EQ(run("roots 1 -6 11 -6 --plot-script"), 0) << err;
+    EXPECT_HAS(out, "set xrange [-1.4:3.4] noextend\nset yrange [-2.4:2.4]");
+    write("x.csv", std::string(200, 'x') + " [mV]\n1\n2\n3\n");
+    EXPECT_EQ(run(kLowpass + "x.csv --plot-script"), 0) << err;
+    EXPECT_HAS(out, "set ylabel '" + std::string(18, 'x') + "\u2026" + std::string(12, 'x') + " [mV]'");
 }
 
 TEST_F(CommandLine, axes_suit_the_band) {

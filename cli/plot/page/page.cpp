@@ -102,6 +102,11 @@ std::string label_text(const Label &label) {
                        json_text(label.text));
 }
 
+std::string band_text(const Shade &band) {
+    return fmt::format(R"({{"x":{},"label":{}}})", numbers({band.from, band.to}, kDigitsOfPlaces),
+                       json_text(band.label));
+}
+
 std::string image_text(const std::optional<Image> &image) {
     if (!image) return "null";
     constexpr int kDigitsOfColours = 4;
@@ -123,20 +128,20 @@ std::string panel_text(const Panel &panel) {
     auto out = std::back_inserter(text);
     fmt::format_to(out, R"("title":{},"x_label":{},"y_label":{},)", json_text(panel.title), json_text(panel.x_label),
                    json_text(panel.y_label));
-    fmt::format_to(out, R"("logarithmic":{},"key_below":{},"square":{},)", panel.logarithmic, panel.key_below,
-                   panel.square);
+    fmt::format_to(out, R"("logarithmic":{},"y_logarithmic":{},"key_below":{},"square":{},)", panel.logarithmic,
+                   panel.y_logarithmic, panel.key_below, panel.square);
     fmt::format_to(out, R"("x":[{},{}],"y":[{},{}],"step":{},)", limit(panel.x_lowest), limit(panel.x_highest),
                    limit(panel.y_lowest), limit(panel.y_highest), limit(panel.y_step));
-    fmt::format_to(out, R"("marks":{},"levels":{},"labels":{},"image":{},"curves":{}}})",
+    fmt::format_to(out, R"("marks":{},"levels":{},"labels":{},"bands":{},"image":{},"curves":{}}})",
                    list_of(panel.marks, mark_text), list_of(panel.levels, mark_text), list_of(panel.labels, label_text),
-                   image_text(panel.image), list_of(panel.curves, curve_text));
+                   list_of(panel.bands, band_text), image_text(panel.image), list_of(panel.curves, curve_text));
     return text;
 }
 
 std::string figure_text(const Figure &figure) {
     const auto quoted = [](const char *colour) { return json_text(colour); };
-    return fmt::format(R"({{"colours":{},"palette":{},"panels":{}}})", list_of(kColours, quoted),
-                       list_of(kPalette, quoted), list_of(figure.panels, panel_text));
+    return fmt::format(R"({{"colours":{},"band":{},"palette":{},"panels":{}}})", list_of(kColours, quoted),
+                       quoted(kBandColour), list_of(kPalette, quoted), list_of(figure.panels, panel_text));
 }
 
 std::string title_of(const Figure &figure) {

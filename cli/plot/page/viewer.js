@@ -98,7 +98,33 @@
     ctx.setLineDash([]);
     ctx.textAlign = "center";
     ctx.fillStyle = colour("text");
-    for (const label of panel.labels) ctx.fillText(label.text, frame.x(label.x), frame.y(label.y) - 5);
+    for (const label of panel.labels) drawLabel(ctx, frame, label);
+  }
+
+  function drawBands(ctx, frame, panel) {
+    for (const band of panel.bands) {
+      const from = frame.x(Math.max(band.x[0], panel.x[0])), to = frame.x(Math.min(band.x[1], panel.x[1]));
+      if (!(from < to)) continue;
+      ctx.fillStyle = figure.band;
+      ctx.globalAlpha = 0.25;
+      ctx.fillRect(from, frame.top, to - from, frame.height);
+      ctx.globalAlpha = 1;
+      ctx.fillStyle = colour("text");
+      ctx.save();
+      ctx.translate((from + to) / 2 + 4, frame.top + 8);
+      ctx.rotate(-Math.PI / 2);
+      ctx.textAlign = "right";
+      ctx.fillText(band.label, 0, 0);
+      ctx.restore();
+    }
+  }
+
+  // Within the panel, as long as what it belongs to is.
+  function drawLabel(ctx, frame, { x, y, text }) {
+    const half = ctx.measureText(text).width / 2 + 3, place = frame.x(x);
+    if (place < frame.left || place > frame.left + frame.width) return;
+    const middle = Math.min(Math.max(place, frame.left + half), frame.left + frame.width - half);
+    ctx.fillText(text, middle, Math.max(frame.y(y) - 5, frame.top + 12));
   }
 
   const SHAPES = {
@@ -274,14 +300,24 @@
     return (decades > 2 ? [1] : decades > 1 ? [1, 2, 5] : IN_A_DECADE).includes(factor);
   }
 
+  // With an ellipsis in the middle, because a name often ends in its unit.
+  function shortened(text) {
+    const letters = [...text], half = HEIGHT / 18;
+    return letters.length <= 2 * half ? text : letters.slice(0, half).join("") + "…" + letters.slice(-half + 1).join("");
+  }
+
   function axesOf(panel) {
     const text = () => colour("text"), faint = () => colour("grid");
     const common = { stroke: text, font: FONT, labelFont: FONT, ticks: { stroke: faint } };
     const grid = panel.image ? { show: false } : { stroke: faint, width: 1 };
     const values = (u, splits) => splits.map((value) => (value == null ? "" : String(Number(value.toPrecision(6)))));
-    const y = { ...common, grid, values, label: panel.y_label, size: 70, labelSize: 22 };
+    const y = { ...common, grid, values, label: shortened(panel.y_label), size: 70, labelSize: 22 };
     if (panel.step && panel.step % 45 === 0) y.incrs = [0.1, 0.5, 1, 5, 15, 45, 90, 180];
     const x = { ...common, grid, values, label: panel.x_label, size: 40, labelSize: 22 };
+    if (panel.y_logarithmic) {
+      y.splits = (u, axis, low, high) => logarithmicSplits(low, high);
+      y.filter = (u, splits) => splits.map((value) => (isNumbered(value, u.scales.y) ? value : null));
+    }
     if (panel.logarithmic) {
       x.splits = (u, axis, low, high) => logarithmicSplits(low, high);
       x.filter = (u, splits) => splits.map((value) => (isNumbered(value, u.scales.x) ? value : null));
@@ -331,7 +367,7 @@
     if (view.y) return view.y;
     const { panel } = view;
     if (view.byHand || low == null) return [view.full.y[0], view.full.y[1]];
-    const [from, to] = padded(low, high);
+    const [from, to] = panel.y_logarithmic ? [low / 2, high * 2] : padded(low, high);
     if (view.group.x == null) return [panel.y[0] ?? from, panel.y[1] ?? to];
     return widened([Math.max(from, panel.y[0] ?? from), Math.min(to, panel.y[1] ?? to)]);
   }
@@ -359,14 +395,17 @@
         legend: { show: !byHand, live: true },
         scales: {
           x: { time: false, distr: panel.logarithmic ? 3 : 1, range: () => [...(group.x ?? full.x)] },
-          y: { range: (u, low, high) => yRange(view, low, high) },
+          y: { distr: panel.y_logarithmic ? 3 : 1, range: (u, low, high) => yRange(view, low, high) },
         },
         cursor: {
           drag: { x: true, y: true, uni: 40, dist: 4, setScale: false },
           sync: { key: group.key, setSeries: false, scales: ["x", null], filters: { pub: moves, sub: moves } },
         },
         hooks: {
-          drawClear: [(u) => bitmap && drawImage(u, panel.image, bitmap)],
+          drawClear: [
+            (u) => bitmap && drawImage(u, panel.image, bitmap),
+            (u) => inFrame(u, (ctx, frame) => drawBands(ctx, frame, panel)),
+          ],
           draw: [
             (u) => {
               inFrame(u, (ctx, frame) => {
