@@ -44,7 +44,7 @@ struct PictureName {
     Picture picture;
 };
 constexpr PictureName kPictures[] = {
-    {"response", Picture::Response}, {"step", Picture::Step}, {"impulse", Picture::Impulse}, {"poles", Picture::Roots}};
+    {"response", Picture::Response}, {"step", Picture::Step}, {"poles", Picture::Roots}};
 
 struct Options {
     FilterRequest request;

@@ -20,7 +20,7 @@ namespace cli {
 namespace {
 
 constexpr double kDepthOfPicture = 200;                       // dB below the highest bin; anything lower is rounding
-constexpr double kWidthOfLabel = 0.12, kHeightOfLabel = 0.1;  // parts of the axes
+constexpr double kWidthOfLabel = 0.09, kHeightOfLabel = 0.07;  // parts of the axes
 
 std::string title_of(const SpectrumReport &report) {
     const std::string window = fmt::format("{} window", window_name(report.request.spectrum.window.kind));

@@ -99,23 +99,34 @@
     ctx.textAlign = "center";
     ctx.fillStyle = colour("text");
     for (const label of panel.labels) drawLabel(ctx, frame, label);
+    for (const band of panel.bands) drawBandLabel(ctx, frame, panel, band);
+  }
+
+  // Within the panel: a logarithmic axis has no place for 0.
+  const placesOf = (band, frame, panel) => [
+    Math.max(frame.x(Math.max(band.x[0], panel.x[0])), frame.left),
+    Math.min(frame.x(Math.min(band.x[1], panel.x[1])), frame.left + frame.width),
+  ];
+
+  function drawBandLabel(ctx, frame, panel, band) {
+    const [from, to] = placesOf(band, frame, panel);
+    if (!(from < to)) return;
+    ctx.save();
+    ctx.translate((from + to) / 2 + 4, frame.top + 8);
+    ctx.rotate(-Math.PI / 2);
+    ctx.textAlign = "right";
+    ctx.fillText(band.label, 0, 0);
+    ctx.restore();
   }
 
   function drawBands(ctx, frame, panel) {
     for (const band of panel.bands) {
-      const from = frame.x(Math.max(band.x[0], panel.x[0])), to = frame.x(Math.min(band.x[1], panel.x[1]));
+      const [from, to] = placesOf(band, frame, panel);
       if (!(from < to)) continue;
       ctx.fillStyle = figure.band;
       ctx.globalAlpha = 0.25;
       ctx.fillRect(from, frame.top, to - from, frame.height);
       ctx.globalAlpha = 1;
-      ctx.fillStyle = colour("text");
-      ctx.save();
-      ctx.translate((from + to) / 2 + 4, frame.top + 8);
-      ctx.rotate(-Math.PI / 2);
-      ctx.textAlign = "right";
-      ctx.fillText(band.label, 0, 0);
-      ctx.restore();
     }
   }
 
@@ -367,7 +378,7 @@
     if (view.y) return view.y;
     const { panel } = view;
     if (view.byHand || low == null) return [view.full.y[0], view.full.y[1]];
-    const [from, to] = panel.y_logarithmic ? [low / 2, high * 2] : padded(low, high);
+    const [from, to] = panel.y_logarithmic ? [low / 2, high * 4] : padded(low, high);
     if (view.group.x == null) return [panel.y[0] ?? from, panel.y[1] ?? to];
     return widened([Math.max(from, panel.y[0] ?? from), Math.min(to, panel.y[1] ?? to)]);
   }
