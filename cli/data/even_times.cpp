@@ -137,7 +137,7 @@ std::size_t Places::missing(const TimeStep &step, const Spacing &spacing) {
         usually_late_ += (late_ - usually_late_) / kSlowly;
         return 0;
     }
-    const double rows = std::max(std::round(late_ - usually_late_), 0.0);
+    const double rows = std::max(0.0, std::round(late_ - usually_late_));  // 0 of NaN, which infinite steps lead to
     late_ -= rows;
     return static_cast<std::size_t>(rows);
 }

@@ -11,6 +11,13 @@ namespace {
 
 constexpr std::size_t kMostLines = 3;  // of a kind
 
+[[noreturn]] void refuse_uneven(const std::string &place, const TimeStep &step, const Spacing &spacing) {
+    reject(
+        "{}: the times are not evenly spaced here: a step of {:.6g} s after steps of {:.6g} s; --gaps error refuses "
+        "that",
+        place, step.length, spacing.step());
+}
+
 }  // namespace
 
 std::size_t short_hole(double rate) {
@@ -28,11 +35,7 @@ std::string GapReport::remedy() const {
 
 void GapReport::rows_missing(const TimeStep &step, std::size_t column, std::size_t rows, const Spacing &spacing,
                              bool is_long) {
-    if (policy_ == GapPolicy::Error)
-        reject(
-            "{}:{}:{}: the times are not evenly spaced here: a step of {:.6g} s after steps of {:.6g} s; --gaps error "
-            "refuses that",
-            file_, step.line, column, step.length, spacing.step());
+    if (policy_ == GapPolicy::Error) refuse_uneven(fmt::format("{}:{}:{}", file_, step.line, column), step, spacing);
     if (!is_long) {
         ++short_holes_;
         short_rows_ += rows;
@@ -46,11 +49,7 @@ void GapReport::rows_missing(const TimeStep &step, std::size_t column, std::size
 void GapReport::short_step(const TimeStep &step, std::size_t column, const Spacing &spacing) {
     const std::string place = fmt::format("{}:{}:{}", file_, step.line, column);
     if (policy_ == GapPolicy::Error && step.length < 0) reject("{}: the time does not increase", place);
-    if (policy_ == GapPolicy::Error)
-        reject(
-            "{}: the times are not evenly spaced here: a step of {:.6g} s after steps of {:.6g} s; --gaps error "
-            "refuses that",
-            place, step.length, spacing.step());
+    if (policy_ == GapPolicy::Error) refuse_uneven(place, step, spacing);
     add(short_steps_, step.length < 0 ? fmt::format("{}: the time goes back by {:.6g} s", place, -step.length)
                                       : fmt::format("{}: a step of {:.6g} s after steps of {:.6g} s", place,
                                                     step.length, spacing.step()));
@@ -73,7 +72,9 @@ void GapReport::cell_missing(std::size_t line, std::size_t index, const std::str
 }
 
 void GapReport::close() {
-    if (holes_ > kMostLines) lines_.push_back(fmt::format("{}: {} more long holes", file_, holes_ - kMostLines));
+    if (holes_ > kMostLines)
+        lines_.push_back(
+            fmt::format("{}: {} more long hole{}", file_, holes_ - kMostLines, holes_ == kMostLines + 1 ? "" : "s"));
     if (short_steps_ > kMostLines)
         lines_.push_back(
             fmt::format("{}: {} more steps of time that are too short or lead back", file_, short_steps_ - kMostLines));
