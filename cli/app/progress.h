@@ -15,8 +15,8 @@ class Progress {
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
 
-    // Shows the line at most once a second, and only where stderr is a terminal and the data go elsewhere.  A total of 0
-    // means that it is not known.
+    // Shows the line at most once a second, and only where stderr is a terminal and the data go elsewhere.  A total of
+    // 0 means that it is not known.
     void show(std::size_t bytes, std::size_t total);
 
     // Clears the line, so that a message can take its place.

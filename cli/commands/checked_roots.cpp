@@ -15,8 +15,8 @@ using Real = long double;
 using Complex = std::complex<Real>;
 
 // The most that a coefficient may be off when the roots are multiplied out, relative to the same coefficient of
-// |c0| prod (x + |z|), which bounds what rounding can do.  Random polynomials of degree 2 to 100 stay below 1e-12, roots
-// up to threefold below 1e-9; wrong roots give 1e-5 and more, most of them 1.  Some four- and fivefold roots lie
+// |c0| prod (x + |z|), which bounds what rounding can do.  Random polynomials of degree 2 to 100 stay below 1e-12,
+// roots up to threefold below 1e-9; wrong roots give 1e-5 and more, most of them 1.  Some four- and fivefold roots lie
 // between, at 1e-8 to 1e-6: they have lost digits, and another scale often saves those.
 constexpr Real kMostMisfit = 1e-9L;
 

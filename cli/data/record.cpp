@@ -17,8 +17,8 @@ namespace cli {
 
 namespace {
 
-// Runs of samples that no more than `most` missing ones interrupt.  What is missing at an end belongs to the run next to
-// it if it is that short.
+// Runs of samples that no more than `most` missing ones interrupt.  What is missing at an end belongs to the run next
+// to it if it is that short.
 std::vector<Piece> pieces_of(std::span<const double> samples, std::size_t most) {
     std::vector<Piece> pieces;
     std::size_t missing = 0;
@@ -48,8 +48,8 @@ void close(Channel &channel, const Record &record, Missing missing) {
     hold(channel.samples);
 }
 
-// Puts the samples of missing rows in, so that all are even: as many as there are or, where none is needed beyond the end
-// of a piece, as tell that the hole is long.
+// Puts the samples of missing rows in, so that all are even: as many as there are or, where none is needed beyond the
+// end of a piece, as tell that the hole is long.
 void insert(const std::vector<MissingRows> &holes, Record &record) {
     if (holes.empty()) return;
     constexpr std::size_t kMostTimes = 10, kMostCells = 10'000'000;  // more than the rows, and cells anyway

@@ -92,8 +92,8 @@ void remark_missing(const std::string &file, const Channel &channel, std::size_t
 Record read_signals(const InputOptions &input);
 Record read_signals(Source &source, const InputOptions &input);
 
-// The table with the record's samples in the place of its numbers, or the sound with them; `every`: each such row or frame,
-// beginning with the first, the rate of a sound being lower by that.
+// The table with the record's samples in the place of its numbers, or the sound with them; `every`: each such row or
+// frame, beginning with the first, the rate of a sound being lower by that.
 void write_record(const Record &record, Output &out, std::size_t every = 1);
 
 }  // namespace cli

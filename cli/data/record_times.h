@@ -23,7 +23,8 @@ class RecordTimes {
 
     // Takes the time of each row of data.
     void add(TableReader &table);
-    // The sampling rate: that of --rate, else that of the times; 0: there is none, for which doubt() may have the reason.
+    // The sampling rate: that of --rate, else that of the times; 0: there is none, for which doubt() may have the
+    // reason.
     double rate();
     const std::string &doubt() const { return doubt_; }
     // What is missing; says so in the report.

@@ -17,8 +17,8 @@ struct Hole {
     bool is_long = false;  // longer than short_hole()
 };
 
-// Needs the same memory for any number of rows.  Learns the usual step from the first rows: a hole before the second is not
-// seen.  Reports on stderr.
+// Needs the same memory for any number of rows.  Learns the usual step from the first rows: a hole before the second is
+// not seen.  Reports on stderr.
 class RowGaps {
   public:
     RowGaps(TableReader &table, const InputOptions &input, const std::string &file);
@@ -51,14 +51,16 @@ class RowGaps {
     bool looking_ = true, compared_ = false;
 };
 
-// Says on stderr that the rate on the command line is not that of the times, if they differ by more than 1 %.
-std::string rates_differ(const std::string &file, const std::string &column, double given, double found);
-// The times of more than a tenth of the rows lie before those of the row before.
-std::string does_not_increase(const std::string &file, const std::string &column);
-// More than a twentieth of the steps are half of the usual one or less.
+// Whether more than a twentieth of the steps are half of the usual one or less.
 bool too_uneven(std::size_t short_steps, const TimeSteps &steps);
+
+// Lines for stderr.  Of a rate on the command line that differs from that of the times by more than 1 %, else empty:
+std::string rates_differ(const std::string &file, const std::string &column, double given, double found);
+// of times that fall more often than in a tenth of the rows,
+std::string does_not_increase(const std::string &file, const std::string &column);
+// of uneven ones,
 std::string not_even(const std::string &file, const std::string &column);
-// Several rows have the same time.
+// of rows that have the same time, else empty.
 std::string repeats(const std::string &file, const TimeSteps &steps, double rate);
 
 }  // namespace cli

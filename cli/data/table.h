@@ -1,4 +1,5 @@
-// Tables of numbers as text (CSV).  Cells are found and read in place, so that all other text can be passed on unchanged.
+// Tables of numbers as text (CSV).  Cells are found and read in place, so that all other text can be passed on
+// unchanged.
 #pragma once
 
 #include <cstddef>

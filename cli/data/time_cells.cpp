@@ -192,8 +192,8 @@ std::optional<Instant> long_number(std::string_view cell) {
     return negative ? Instant{-value, -*rest} : Instant{value, *rest};
 }
 
-// The unit of a number in a column whose name has none.  Seconds since 1970 have 10 digits before the point from 2001 to
-// 2286, milliseconds 13, microseconds 16, nanoseconds 19; spreadsheets count days since 1900.
+// The unit of a number in a column whose name has none.  Seconds since 1970 have 10 digits before the point from 2001
+// to 2286, milliseconds 13, microseconds 16, nanoseconds 19; spreadsheets count days since 1900.
 double likely_unit(double number, bool date) {
     constexpr double kFirstDay = 20000, kLastDay = 80000;  // 1954, 2119
     const double size = std::abs(number);

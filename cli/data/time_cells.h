@@ -16,8 +16,8 @@ struct Instant {
     double fraction = 0;  // below 1 s
 };
 
-// Reads the cells of one column.  The first cell decides between plain numbers, ISO 8601 and other dates with or without
-// a time of day, and times of day, which may cross midnight.
+// Reads the cells of one column.  The first cell decides between plain numbers, ISO 8601 and other dates with or
+// without a time of day, and times of day, which may cross midnight.
 class TimeCells {
   public:
     // `decimal` is the mark in plain numbers, '\0': not known; in fractions of a second both are understood.

@@ -18,8 +18,8 @@ struct TimeName {
     bool date = false;  // the name of a date, without a time of day
 };
 
-// "time", "t", "Zeit", "timestamp", "date" and the like in any case, also with a unit, as in "time_ms" or "Time [s]", but
-// not T, a temperature.
+// "time", "t", "Zeit", "timestamp", "date" and the like in any case, also with a unit, as in "time_ms" or "Time [s]",
+// but not T, a temperature.
 std::optional<TimeName> time_name(std::string_view name);
 
 // The seconds of "ms", "[s]" or "(µs)"; 0 for what is no unit of time.
