@@ -18,20 +18,25 @@ std::size_t closing_quote(std::string_view text, std::size_t opening) {
     return at;
 }
 
-void split_plain(std::string_view line, char separator, std::vector<std::string_view> &cells) {
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+
+void split_at_blanks(std::string_view line, std::vector<std::string_view> &cells) {
+    for (std::size_t at = 0;;) {
+        while (at < line.size() && is_blank(line[at])) ++at;
+        if (at == line.size()) return;
+        const std::size_t start = at;
+        while (at < line.size() && !is_blank(line[at])) ++at;
+        cells.push_back(line.substr(start, at - start));
+    }
+}
+
+void split_at(char separator, std::string_view line, std::vector<std::string_view> &cells) {
     for (std::size_t end = 0; (end = line.find(separator)) != kNowhere; line.remove_prefix(end + 1))
         cells.push_back(line.substr(0, end));
     cells.push_back(line);
 }
 
-}  // namespace
-
-bool split(std::string_view line, char separator, std::vector<std::string_view> &cells) {
-    cells.clear();
-    if (separator != ' ' && line.find('"') == kNowhere) {
-        split_plain(line, separator, cells);
-        return true;
-    }
+bool split_quoted(std::string_view line, char separator, std::vector<std::string_view> &cells) {
     for (bool more = true; more;) {
         const std::size_t start = line.find_first_not_of(" \t");
         if (separator == ' ') {
@@ -47,6 +52,18 @@ bool split(std::string_view line, char separator, std::vector<std::string_view> 
         more = length != kNowhere;
         if (more) line.remove_prefix(length + 1);
     }
+    return true;
+}
+
+}  // namespace
+
+bool split(std::string_view line, char separator, std::vector<std::string_view> &cells) {
+    cells.clear();
+    if (line.find('"') != kNowhere) return split_quoted(line, separator, cells);
+    if (separator == ' ')
+        split_at_blanks(line, cells);
+    else
+        split_at(separator, line, cells);
     return true;
 }
 

@@ -62,12 +62,13 @@ char decimal_mark_in(std::span<const std::string_view> cells) {
     return shows(',') ? ',' : '\0';
 }
 
-char decimal_mark_in(std::string_view text, char separator) {
+char decimal_mark_in(std::string_view text, char separator, std::size_t width) {
     if (text.find('.') == kNowhere && text.find(',') == kNowhere) return '\0';
     std::vector<std::string_view> cells;
     char mark = '\0';
     for (std::size_t end = 0; mark == '\0' && (end = text.find('\n')) != kNowhere; text.remove_prefix(end + 1))
-        if (const std::string_view line = text.substr(0, end); !is_remark(line) && split(line, separator, cells))
+        if (const std::string_view line = text.substr(0, end);
+            !is_remark(line) && split(line, separator, cells) && cells.size() == width)
             mark = decimal_mark_in(cells);
     return mark;
 }

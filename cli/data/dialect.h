@@ -1,6 +1,7 @@
 // How a table is written: what is between its cells, and the decimal mark in its numbers.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -15,8 +16,8 @@ char separator_in(std::string_view line, char decimal);
 // The decimal mark that the numbers in cells show; '\0': there is none in them.  A comma only if no number has a point.
 char decimal_mark_in(std::span<const std::string_view> cells);
 
-// That of the lines in a text, as far as they are whole.
-char decimal_mark_in(std::string_view text, char separator);
+// That of the lines in a text that are whole and have so many cells.
+char decimal_mark_in(std::string_view text, char separator, std::size_t width);
 
 // The finite number in a cell, written with this decimal mark.
 std::optional<double> number_in(std::string_view cell, char decimal);

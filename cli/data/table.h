@@ -40,6 +40,7 @@ class TableReader {
     const Line &line() const { return line_; }
     std::size_t rows() const { return rows_; }
     char separator() const { return separator_; }
+    char decimal() const { return decimal_; }  // '\0': no number has shown it yet
     std::size_t width() const { return width_; }
     // Known once the first row has been read.
     const std::vector<Column> &columns() const { return columns_; }

@@ -64,7 +64,7 @@ void TableReader::settle_decimal() {
         return;
     }
     decimal_ = decimal_mark_in(cells_);
-    if (rows_ == 0 && decimal_ == '\0') decimal_ = decimal_mark_in(lines_.received(), separator_);
+    if (rows_ == 0 && decimal_ == '\0') decimal_ = decimal_mark_in(lines_.received(), separator_, width_);
     if (rows_ > 0 && decimal_ == ',')
         remark("{}:{}: the first number with a decimal comma; --decimal , tells so from the first row on",
                lines_.name(), line_.number);
