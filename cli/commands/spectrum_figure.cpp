@@ -19,7 +19,7 @@ namespace cli {
 
 namespace {
 
-constexpr double kDepthOfPicture = 200;                       // dB below the highest bin; anything lower is rounding
+constexpr double kDepthOfPicture = 200;                        // dB below the highest bin; anything lower is rounding
 constexpr double kWidthOfLabel = 0.09, kHeightOfLabel = 0.07;  // parts of the axes
 
 std::string title_of(const SpectrumReport &report) {
@@ -80,7 +80,8 @@ double median(std::span<const double> values) {
     return *middle;
 }
 
-// The higher of the median levels on either side of a bin, because many spectra fall with the frequency; up to the next line.
+// The higher of the median levels on either side of a bin, because many spectra fall with the frequency; up to the next
+// line.
 double surroundings(std::span<const double> levels, std::size_t bin, const std::vector<std::size_t> &lines) {
     const std::size_t reach = std::clamp<std::size_t>(levels.size() / 50, 10, 500);
     std::size_t from = bin - std::min(bin, reach), to = std::min(bin + reach + 1, levels.size());
@@ -109,8 +110,8 @@ std::vector<std::size_t> summits(const std::vector<double> &levels) {
     return bins;
 }
 
-// Of the bins that are lines, the highest: 14 dB above what lies around them and between them and higher lines, which noise
-// and leakage hardly ever are.
+// Of the bins that are lines, the highest: 14 dB above what lies around them and between them and higher lines, which
+// noise and leakage hardly ever are.
 std::vector<std::size_t> lines_in(const std::vector<double> &levels) {
     constexpr double kAbove = 14;                  // dB
     constexpr std::size_t kMost = 20, kApart = 6;  // lines; bins

@@ -19,8 +19,8 @@ class Envelope {
     void add(double value) { add(next_, value); }
     // Further on, where samples before it are missing; so do those that are not numbers.
     void add(std::size_t place, double value);
-    // A curve over time, or over the sample's number if the rate is 0, that is broken where more than so many samples are
-    // missing.
+    // A curve over time, or over the sample's number if the rate is 0, that is broken where more than so many samples
+    // are missing.
     Curve curve(const std::string &title, double rate, std::size_t longest_bridge = 0) const;
 
   private:

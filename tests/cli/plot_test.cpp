@@ -102,7 +102,7 @@ TEST_F(CommandLine, spectra_have_units_and_labels_at_lines) {
     EXPECT_HAS(out, "set ylabel 'current, density [A^2/Hz]'");
 }
 
-// Two lines that stand close together, of which the lower one is far lower, and one at the left edge: each has its label.
+// Two lines close together, of which one is far lower, and one at the left edge: each has its label.
 TEST_F(CommandLine, spectra_show_every_line_and_band) {
     std::string text = "a [g]\n";
     std::mt19937 noise(1);

@@ -313,8 +313,9 @@
 
   // With an ellipsis in the middle, because a name often ends in its unit.
   function shortened(text) {
-    const letters = [...text], half = HEIGHT / 18;
-    return letters.length <= 2 * half ? text : letters.slice(0, half).join("") + "…" + letters.slice(-half + 1).join("");
+    const letters = [...text], half = Math.floor(HEIGHT / 18);
+    if (letters.length <= 2 * half) return text;
+    return letters.slice(0, half).join("") + "…" + letters.slice(1 - half).join("");
   }
 
   function axesOf(panel) {
