@@ -20,8 +20,8 @@ std::size_t longest(const Pieces &pieces) {
     return std::ranges::max(pieces, {}, &std::span<const double>::size).size();
 }
 
-// All channels have the same frequencies: segments fit into each.  A single transform takes a single piece, of equal length in
-// all channels.
+// All channels have the same frequencies: segments fit into each.  A single transform takes a single piece, of equal
+// length in all channels.
 SpectrumLayout layout_of(const Record &record, const std::optional<Averaging> &averaging) {
     std::size_t samples = longest(pieces_of(record.channels.front()));
     bool alike = true;
