@@ -24,10 +24,10 @@ struct BinRange {
 // Those within --from and --to, where these are given; refuses them if that is none.
 BinRange bins_within(std::optional<double> from, std::optional<double> to, const SpectrumLayout &layout, double rate);
 
-// The square root of the mean square in a band; `bandwidth` is the window's noise bandwidth in Hz.  Each bin has its power spread
-// evenly over its width, rate / points around its centre, of which the bins at 0 and Nyquist have one half; where a
-// bin lies partly in the band, so does its power.  A sum over all bins is the mean square of the record under its window,
-// whatever the window.
+// The square root of the mean square in a band; `bandwidth` is the window's noise bandwidth in Hz.  Each bin has its
+// power spread evenly over its width, rate / points around its centre, of which the bins at 0 and Nyquist have one
+// half; where a bin lies partly in the band, so does its power.  A sum over all bins is the mean square of the record
+// under its window, whatever the window.
 double rms_in(const FrequencyBand &band, const std::vector<double> &amplitudes, const SpectrumLayout &layout,
               double rate, double bandwidth);
 

@@ -14,8 +14,8 @@ constexpr double kMostBetween = 1.6;        // a line midway between two bins ov
 constexpr double kMargin = 1.01;            // for the ripple of a flat top
 constexpr std::size_t kMostSources = 1000;  // of side lobes that are looked at, the highest
 
-// A window's transform over its value at 0, as a bound that only falls: the largest value at a distance or beyond.  Over
-// the distance in bins it is the same for all long windows.
+// A window's transform over its value at 0, as a bound that only falls: the largest value at a distance or beyond.
+// Over the distance in bins it is the same for all long windows.
 class SideLobes {
   public:
     SideLobes(const Window &window, std::size_t samples) {

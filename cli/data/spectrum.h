@@ -62,8 +62,8 @@ struct SpectrumLayout {
 // The whole record, unless it is longer than the longest transform.
 SpectrumLayout layout_for(std::size_t samples);
 
-// The longest power of two of which, with half of each overlapped, eight segments fit into so many samples; at least 8, but
-// no more than there are.
+// The longest power of two of which, with half of each overlapped, eight segments fit into so many samples; at least 8,
+// but no more than there are.
 std::size_t usual_segment(std::size_t samples);
 
 // Segments that fit into this many samples, else they are refused.

@@ -28,8 +28,8 @@ class Gaps {
     std::vector<double> last_;
 };
 
-// Feeds the rows of a table to a filter, and takes what is missing between and in them as --gaps says: the last values are
-// filtered in its place, or the filter starts anew.
+// Feeds the rows of a table to a filter, and takes what is missing between and in them as --gaps says: the last values
+// are filtered in its place, or the filter starts anew.
 class RowFilter {
   public:
     RowFilter(TableReader &table, const InputOptions &input, const std::string &file, FrameFilter &filter)

@@ -17,7 +17,7 @@ class Envelope {
   public:
     explicit Envelope(const PlotOptions &plot) : capacity_(plot.columns()) {}
     void add(double value) { add(next_, value); }
-    // Further on, where samples before it are missing; so do those that are not numbers.
+    // At a place further on, where samples before it are missing; what is not a number is missing, too.
     void add(std::size_t place, double value);
     // A curve over time, or over the sample's number if the rate is 0, that is broken where more than so many samples
     // are missing.
