@@ -37,7 +37,14 @@ CommandFacts facts_of(const CLI::App &app, const WordsOfOptions &words) {
     return facts;
 }
 
+// An unset variable of the shell, as in mensura stats "$FILE".
+std::string refuse_empty(const std::string &value) { return value.empty() ? "must not be empty" : ""; }
+
 }  // namespace
+
+Option::Option(CLI::Option *option, std::shared_ptr<WordsOfOptions> words) : option_(option), words_(std::move(words)) {
+    if (option_->get_items_expected_max() > 0) option_->check(refuse_empty);
+}
 
 Option &Option::required() {
     option_->required();

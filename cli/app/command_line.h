@@ -23,7 +23,7 @@ using WordsOfOptions = std::map<const CLI::Option *, Words>;
 // An option, or an argument without a dash, of a command.
 class Option {
   public:
-    Option(CLI::Option *option, std::shared_ptr<WordsOfOptions> words) : option_(option), words_(std::move(words)) {}
+    Option(CLI::Option *option, std::shared_ptr<WordsOfOptions> words);
 
     Option &required();
     Option &type_name(const std::string &name);                    // what stands for its value in the help

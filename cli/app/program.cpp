@@ -46,15 +46,22 @@ class HelpFormatter : public CLI::Formatter {
 
 // Negative numbers are arguments, not options.  CLI11 knows that of -6 but not of -.5, which becomes -0.5.  --plot
 // takes the next argument as its value only if that ends like the name of a picture; otherwise it gets a value here.
+// An option with nothing behind its = has an empty value, where CLI11 would take the next argument.
 std::vector<std::string> arguments_of(int argc, char **argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
+    for (std::size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+        const auto next = arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1;
         std::string &argument = arguments[i];
         if (argument.starts_with("-.") && parse_number(argument)) argument.insert(1, "0");
-        if (argument != "--plot") continue;
-        const bool named = i + 1 < arguments.size() && is_picture(arguments[i + 1]);
-        argument += std::string("=") + (named ? arguments[i + 1] : kPlotInTerminal);
-        if (named) arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+        if (argument.starts_with("--") && argument.find('=') + 1 == argument.size()) {
+            argument.pop_back();
+            arguments.insert(next, "");
+            ++i;
+        } else if (argument == "--plot") {
+            const bool named = next != arguments.end() && is_picture(*next);
+            argument += std::string("=") + (named ? *next : kPlotInTerminal);
+            if (named) arguments.erase(next);
+        }
     }
     return {arguments.rbegin(), arguments.rend()};  // CLI11 takes them in reverse
 }
@@ -74,6 +81,18 @@ std::string help_of(const CLI::App &app) { return app.help(app.get_parent() == n
 
 int report_wrong_call(const std::string &line) {
     return report_error(Status::BadInput, fmt::format("{}; --help shows what would be right", line));
+}
+
+// CLI11 names all that it could not place, also a file that follows an unknown option as if it were its value.
+std::string unexpected_word(const CLI::App &program, const std::string &error) {
+    std::vector<std::string> words = program.remaining(true);
+    std::erase(words, "--");
+    if (words.empty()) return error;
+    const std::string command = chosen_command(program).get_name();
+    for (const std::string &word : words)
+        if (word.starts_with('-') && word != "-" && !parse_number(word))
+            return fmt::format("{} has no option {}", command, word.substr(0, word.find('=')));
+    return fmt::format("\"{}\" is one argument too many for {}", words.front(), command);
 }
 
 int show(const std::string &text) {
@@ -110,7 +129,7 @@ int run(CLI::App &program, int argc, char **argv) {
     } catch (const CLI::CallForVersion &) {
         return show("mensura " MENSURA_CLI_VERSION "\n");
     } catch (const CLI::ExtrasError &error) {
-        if (&chosen_command(program) != &program) return report_wrong_call(error.what());
+        if (&chosen_command(program) != &program) return report_wrong_call(unexpected_word(program, error.what()));
         return report_wrong_call(fmt::format("there is no command \"{}\"", argv[1]));
     } catch (const CLI::ParseError &error) {
         return report_wrong_call(error.what());

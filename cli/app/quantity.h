@@ -37,7 +37,8 @@ Option add_quantity(const Command &app, const std::string &name, Value &value, s
 }
 
 // The sampling rate, above 0.
-Option add_rate(const Command &app, std::optional<double> &rate, const std::string &help);
+Option add_rate(const Command &app, std::optional<double> &rate,
+                const std::string &help = "sampling rate in Hz; default from the column of times or the sound");
 
 // A whole number.
 Option add_count(const Command &app, const std::string &name, std::function<void(int)> take, const std::string &help);

@@ -69,7 +69,7 @@ void add_spectrum_options(const Command &app, SpectrumOptions &options, const st
         options.scale = options.scale == Scale::Density ? Scale::DensityDecibel : Scale::Decibel;
     };
     app.add_flag("--db", take_decibel, "20 log10 A, in dB; of a density 10 log10").excludes({"--amplitude", "--power"});
-    app.add_flag("--no-mean", options.no_mean, "subtract the mean first, with --average that of each segment");
+    app.add_flag("--no-mean", options.no_mean, "subtract the mean first, of each segment its own");
 }
 
 void add_density(const Command &app, SpectrumOptions &options) {

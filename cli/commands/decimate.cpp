@@ -210,7 +210,7 @@ void add_decimate(const Command &program) {
         kExamples);
     add_count(app, "FACTOR", options->factor, fmt::format("old rate over new rate, 1 to {}", kLargest)).required();
     add_rate(app, options->input.rate,
-             "sampling rate in Hz, for what is reported; default: from the column called time");
+             "sampling rate in Hz, for what is reported; default from the column of times or the sound");
     app.add_flag("--zero-phase", options->zero_phase,
                  "low-pass forwards and backwards: no delay; reads all input first");
     app.add_flag("--quiet", options->quiet, "do not say on standard error what is done");

@@ -46,7 +46,7 @@ void add_derive(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command(
         "derive", "differentiate the columns of a table, in their unit per second, by central differences", kExamples);
-    add_rate(app, options->files.input.rate, "sampling rate in Hz; default: from the column called time");
+    add_rate(app, options->files.input.rate);
     add_files(app, options->files);
     app.callback([options] { run(*options); });
 }

@@ -146,15 +146,20 @@ void report_cutoff(const std::string &channel, double cutoff, double nyquist, bo
         report(fmt::format("{} found: {:.6g} Hz", how, cutoff));
 }
 
+double cutoff_of(const Channel &channel, std::span<const double> samples, double rate, double ratio) {
+    if (const std::optional<double> cutoff = quick_cutoff(samples, rate, ratio)) return *cutoff;
+    if (samples.size() > kLongTransform)
+        remark("{}: finding the cut-off from {} samples, in a time that grows as their square", channel.name,
+               samples.size());
+    return automatic_cutoff(samples, rate, ratio);
+}
+
 // Gives the bits of dataZeroPhaseFilter, which is given the sampling interval: hence the rate as 1 / (1 / rate).
 void filter_automatically(const Channel &channel, std::span<double> samples, double given_rate, double ratio,
                           bool quiet) {
     if (samples.size() < kFewest) reject("--auto needs {} samples at least; there are {}", kFewest, samples.size());
-    if (samples.size() > kLongTransform)
-        remark("{}: finding the cut-off from {} samples, in a time that grows as their square", channel.name,
-               samples.size());
     const double interval = 1 / given_rate, rate = 1 / interval, nyquist = 0.5 * rate;
-    const double cutoff = automatic_cutoff(samples, rate, ratio);
+    const double cutoff = cutoff_of(channel, samples, rate, ratio);
     report_cutoff(channel.name, cutoff, nyquist, quiet);
     TIIRFilter filter;
     initTIIRFilter(&filter, ptLowPass, std::min(cutoff, nyquist), rate);

@@ -299,7 +299,7 @@ void add_spectrogram(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app = program.add_command(
         "spectrogram", "amplitudes or densities over time and frequency, with a picture", kExamples);
-    add_rate(app, options->files.input.rate, "sampling rate in Hz; default from the column of times or the sound");
+    add_rate(app, options->files.input.rate);
     add_spectrum_options(app, options->spectrum, "hanning");
     add_density(app, options->spectrum);
     add_segments(app, options->segment, options->overlap,

@@ -96,7 +96,7 @@ void add_spectrum(const Command &program) {
     const auto options = std::make_shared<Options>();
     const Command app =
         program.add_command("spectrum", "amplitudes or densities over frequency, peaks, rms in bands", kExamples);
-    add_rate(app, options->files.input.rate, "sampling rate in Hz; default from the column of times or the sound");
+    add_rate(app, options->files.input.rate);
     add_spectrum_options(app, options->request.spectrum, "hanning with --average, --bands and --peaks, else rectangle");
     add_density(app, options->request.spectrum);
     add_averaging(app, options->averaging);

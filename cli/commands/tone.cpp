@@ -2,6 +2,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,8 +61,14 @@ NumberTable tones_of(Record record, const std::vector<double> &frequencies, cons
             reject("{} Hz: must lie within 0 and {} Hz, half the sampling rate", frequency, 0.5 * record.rate);
     NumberTable table{.names = {"frequency_Hz"}, .columns = {frequencies}};
     for (Channel &channel : record.channels) {
+        if (channel.pieces.size() > 1)
+            reject(
+                "{}: {} has holes, and no phase goes on behind them; --gaps hold fills them, and spectrum --average "
+                "takes segments between them",
+                record.name, channel.name);
+        const std::span<const double> piece = samples_of(channel, channel.pieces.front());
         std::vector<double> tones =
-            amplitudes_at(frequencies, record.rate, std::move(channel.samples), options.window, options.no_mean);
+            amplitudes_at(frequencies, record.rate, {piece.begin(), piece.end()}, options.window, options.no_mean);
         for (std::size_t i = 0; i < tones.size(); ++i)
             tones[i] = scaled(tones[i], frequencies[i] > 0 && frequencies[i] < 0.5 * record.rate, options.scale);
         table.names.push_back(channel.name);
@@ -107,7 +114,7 @@ void add_tone(const Command &program) {
                    "input")
         .type_name("... [FILE]")
         .required();
-    add_rate(app, options->input.rate, "sampling rate in Hz; default from the column of times or the sound");
+    add_rate(app, options->input.rate);
     add_spectrum_options(app, options->spectrum, "rectangle, which changes nothing");
     app.add_flag("--json", options->json, "print the amplitudes as JSON; null stands for minus infinity");
     add_reading(app, options->input);

@@ -253,7 +253,7 @@ void add_track(const Command &program) {
     add_rate(
         app, options->files.input.rate,
         "sampling rate in Hz: a line in, a line out, unless --smooth; default: all is read, and the rate is that of "
-        "the column called time");
+        "the column of times");
     app.add_flag("--smooth", options->smooth,
                  "estimate each row from all rows, also those after it (Rauch, Tung and Striebel); reads all");
     app.add_flag("--sigma", options->sigma, "append the standard deviation of the position, too");

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "cli/app/diagnostics.h"
+
 namespace cli {
 
 namespace {
@@ -15,8 +17,13 @@ struct Format {
     std::unique_ptr<Stage> (*stage)(Bytes bytes, const std::string &name);
 };
 
+std::unique_ptr<Stage> refuse_zip(Bytes, const std::string &name) {
+    reject("{}: is a zip archive, perhaps of a spreadsheet (.xlsx, .ods); export the table as CSV", name);
+}
+
 // RFC 1952; RFC 8878: a frame of data, and one to skip, with which files of several threads begin.
-constexpr Format kPacked[] = {{"\x1F\x8B", gunzip}, {"\x28\xB5\x2F\xFD", unzstd}, {"\x50\x2A\x4D\x18", unzstd}};
+constexpr Format kPacked[] = {
+    {"\x1F\x8B", gunzip}, {"\x28\xB5\x2F\xFD", unzstd}, {"\x50\x2A\x4D\x18", unzstd}, {"PK\3\4", refuse_zip}};
 // The byte-order mark U+FEFF.
 constexpr Format kEncodings[] = {{"\xFF\xFE", little_endian_utf16}, {"\xFE\xFF", big_endian_utf16}};
 

@@ -124,6 +124,7 @@ Record read_csv(Source &source, const InputOptions &input, Missing missing) {
         record.channels[i].name = table.columns()[i].name;
         record.channels[i].unit = table.columns()[i].unit;
         record.channels[i].column = table.columns()[i].index;
+        record.channels[i].text = table.columns()[i].kind == Column::Text;
         if (table.columns()[i].kind == Column::Numbers) report_cells(record, record.channels[i], lines, report);
         close(record.channels[i], record, missing);
     }
@@ -236,6 +237,9 @@ Record read_signals(const InputOptions &input) {
 
 Record read_signals(Source &source, const InputOptions &input) {
     Record record = read_record(source, input);
+    for (const Channel &channel : record.channels)
+        if (!channel.has_numbers() && !channel.text)
+            remark("{}: {} holds no numbers and is left out", record.name, channel.name);
     std::erase_if(record.channels, [](const Channel &channel) { return !channel.has_numbers(); });
     if (record.channels.empty()) reject("{}: holds no numbers", record.name);
     rate_of(record);

@@ -31,6 +31,7 @@ struct Channel {
     // Missing ones are replaced by the one before, or by the first.
     std::vector<double> samples = {};
     std::size_t missing = 0;         // samples that no cell gives
+    bool text = false;               // of a CSV: a column of text
     std::size_t column = 0;          // of a CSV: its index in the table
     std::vector<Piece> pieces = {};  // what holds numbers, in order: one unless the record is split at its holes
 

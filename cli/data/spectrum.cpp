@@ -18,6 +18,7 @@ namespace {
 constexpr std::size_t kShortestFFT = 8, kLongestFFT = kLongestTransform;
 constexpr std::size_t kLongestRecord = 32768, kLongestSegment = 524288;  // longer ones are padded with zeros
 constexpr std::size_t kMostModuli = std::size_t{1} << 28;                // numbers kept for medians: 2 GiB
+constexpr double kLargestSample = 1e140;  // 2^31 of them give a sum whose square is finite
 
 void remove_mean(std::vector<double> &samples) {
     const long double sum = std::accumulate(samples.begin(), samples.end(), 0.0L);
@@ -113,6 +114,10 @@ double noise_bandwidth(const Window &window, std::size_t samples) {
 }
 
 void prepare(std::vector<double> &segment, const std::vector<double> &weights, bool no_mean) {
+    for (const double sample : segment)
+        if (std::abs(sample) > kLargestSample)
+            reject("a sample of {} is too large: the squares of its spectrum overflow beyond {}", sample,
+                   kLargestSample);
     if (no_mean) remove_mean(segment);
     for (std::size_t i = 0; i < segment.size(); ++i) segment[i] *= weights[i];
 }

@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "cli/app/diagnostics.h"
 
@@ -36,6 +38,7 @@ Output::~Output() {
 }
 
 void Output::number(double value, char decimal) {
+    if (std::isnan(value)) value = std::numeric_limits<double>::quiet_NaN();  // without a sign, which says nothing
     std::array<char, 32> text;
     const auto end = fmt::format_to(text.data(), FMT_COMPILE("{}"), value);
     if (decimal != '.') std::replace(text.data(), end, '.', decimal);

@@ -126,11 +126,20 @@ TEST_F(CommandLine, filters_that_cannot_be_used_give_no_data_unless_forced) {
 }
 
 // The cut-off is that of the line "rate, last bin above the threshold, samples, largest bin" that the library prints.
-// 1 / (1 / 49) is not 49 in doubles.
+// 1 / (1 / 49) is not 49 in doubles.  Lines of 1 and 1/2 lie at a threshold of 0.5 but for rounding.
 TEST_F(CommandLine, automatic_cutoff_is_that_of_the_library) {
-    for (const auto &[n, ratio] : {std::pair{500, "0.1"}, {500, "0.9"}, {333, "0.5"}, {7, "0.5"}}) {
+    for (const auto &[n, ratio] : {std::pair{500, "0.1"},
+                                   {500, "0.9"},
+                                   {333, "0.5"},
+                                   {7, "0.5"},
+                                   {3001, "1e-3"},
+                                   {4096, "0.01"},
+                                   {1000, "0.5"}}) {
         SCOPED_TRACE(n);
-        const std::vector<double> x = signal(static_cast<std::size_t>(n));
+        std::vector<double> x = signal(static_cast<std::size_t>(n));
+        for (std::size_t i = 0; n == 1000 && i < x.size(); ++i)
+            x[i] = std::sin(0.0628318530717958648 * static_cast<double>(i)) +
+                   0.5 * std::sin(0.125663706143591730 * static_cast<double>(i));
         std::string layout;
         for (int i = 0; i < n; ++i) layout += "@\n";
         write("x.csv", filled(layout, x));
@@ -152,6 +161,8 @@ TEST_F(CommandLine, automatic_cutoff_is_that_of_the_library) {
     write("still.csv", "0\n0\n0\n0\n");
     EXPECT_EQ(run("filter lowpass --rate 360 still.csv --auto 0.1"), 0);
     EXPECT_HAS(err, "column 1: the spectrum has no peak");
+    EXPECT_EQ(shell("seq 50001 | $M filter lowpass --rate 360 --quiet --auto 0.15 >x"), 0);
+    EXPECT_EQ(err.find("in a time that grows"), std::string::npos) << err;
 }
 
 TEST_F(CommandLine, filter_takes_the_columns_asked_for) {

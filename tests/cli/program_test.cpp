@@ -71,6 +71,19 @@ TEST_F(CommandLine, reports_as_json_hold_the_numbers_of_the_tables) {
     EXPECT_NEAR(demo["signals"][2]["kept_median_percent"], 97.7, 0.05);
 }
 
+TEST_F(CommandLine, calls_that_go_wrong_name_the_word) {
+    write("x.csv", "1\n");
+    expect_refusals("", {{"stats ''", "FILE: must not be empty"},
+                         {"tone 50 --rate 1kHz ''", "must not be empty"},
+                         {"stats -o '' x.csv", "--output: must not be empty"},
+                         {"stats --output= x.csv", "--output: must not be empty"},
+                         {"roots 1 -- -.5", "\"-.5\" is one argument too many for roots"},
+                         {"stats -x x.csv", "stats has no option -x;"},
+                         {"filter --sos '' x.csv", "--sos: must not be empty"},
+                         {"stats --rate 1kHz x.csv", "mensura: stats has no option --rate;"},
+                         {"stats x.csv y.csv", "\"y.csv\" is one argument too many for stats"}});
+}
+
 // JSON has no infinity, and its text is UTF-8.
 TEST_F(CommandLine, json_takes_silence_and_names_in_latin_1) {
     write("x.csv", "\xB5V,b\n0,0\n0,1\n");

@@ -127,6 +127,7 @@ TEST_F(CommandLine, what_comes_before_a_fault_is_passed_on_and_the_fault_is_name
           {x + "\1\xDC"s, "x\n1\n1.5\n", "x:4: half of a surrogate pair stands alone"},
           {x + half_pair, "x\n1\n1.5\n", "x:4: is cut off within a character"},
           {x + "3", "x\n1\n1.5\n", "x:4: is cut off within a character"},
+          {"PK\3\4\x14"s, "", "x: is a zip archive, perhaps of a spreadsheet (.xlsx, .ods); export the table as CSV"},
           {x.substr(2), "", "x:1: holds zero bytes; not a text file, or one in UTF-16 without a byte-order mark"}}) {
         write("x", input);
         expect_refused("derive --rate 1 x", reason);

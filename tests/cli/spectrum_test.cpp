@@ -82,6 +82,11 @@ TEST_F(Spectrum, tones_are_the_bins_of_the_spectrum) {
     }
     expect_refused("tone 513" + input, "within 0 and 512 Hz");
     expect_refused("tone 5 4m" + input, "unknown unit \"m\"");
+    write("y.csv", "a,b\n,1\n,-1e308\n");
+    EXPECT_EQ(run("spectrum --rate 1 y.csv"), 2);
+    EXPECT_EQ(err,
+              "mensura: y.csv: a holds no numbers and is left out\n"
+              "mensura: a sample of -1e+308 is too large: the squares of its spectrum overflow beyond 1e+140\n");
 }
 
 TEST_F(Spectrum, windows_have_their_shape_and_unit_mean) {
@@ -229,6 +234,8 @@ TEST_F(Spectrum, segments_lie_between_the_holes) {
     EXPECT_NEAR(rows(out).at(0).at(1), 1, 1e-4);
     ASSERT_EQ(run("spectrogram --from 9.99Hz --to 10.01Hz" + options), 0) << err;
     EXPECT_EQ(column(rows(out), 0), (std::vector<double>{2.5, 5, 7.5, 22.5, 25, 27.5}));
+    EXPECT_EQ(run("tone 5 --gaps split x.csv"), 2);
+    EXPECT_HAS(err, "has holes, and no phase goes on behind them");
     EXPECT_EQ(run("spectrum --gaps split x.csv"), 2);
     EXPECT_HAS(err, "--average takes segments between");
 }
