@@ -21,8 +21,8 @@ double cutoff_at(double last, std::size_t samples, double rate) {
     return last * rate / (static_cast<double>(samples) - 1) * kSafety;
 }
 
-// How far |X[k]| may be off in either way of finding it.  A sum of n rounded products, with the rounding of their angles,
-// is off by (n + 100) eps sum |x| at most; the two FFTs of a chirp, of 20 steps each, by less than 512 times that.
+// How far |X[k]| may be off in either way of finding it.  A sum of n rounded products, with the rounding of their
+// angles, is off by (n + 100) eps sum |x| at most; the FFTs of a chirp, of 20 steps each, by less than 512 times that.
 // Squares that underflow are far below the rest.
 double error_bound(std::span<const double> samples) {
     constexpr double kFactor = 512, kUnderflow = 1e-150;

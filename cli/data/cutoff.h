@@ -12,8 +12,8 @@ namespace cli {
 // in Hz; not above 0 when the spectrum has no peak.  Takes 4 samples at least, and n^2 steps.
 double automatic_cutoff(std::span<const double> samples, double rate, double ratio);
 
-// The same in n log n steps, unless a magnitude lies so close to the threshold that rounding could decide, or there are more
-// than 524288 samples.
+// The same in n log n steps, unless a magnitude lies so close to the threshold that rounding could decide, or there are
+// more than 524288 samples.
 std::optional<double> quick_cutoff(std::span<const double> samples, double rate, double ratio);
 
 }  // namespace cli

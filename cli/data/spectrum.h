@@ -73,7 +73,7 @@ SpectrumLayout layout_of(std::size_t segment, double overlap);
 // The width of a rectangle that passes as much of a white noise as the window, in units of the rate.
 double noise_bandwidth(const Window &window, std::size_t samples);
 
-// A segment less its mean, if that is asked for, times the weights.  Refuses samples whose squares would overflow.
+// A segment less its mean, if that is asked for, times the weights.  Samples whose squares overflow are refused.
 void prepare(std::vector<double> &segment, const std::vector<double> &weights, bool no_mean);
 
 // The segments of a channel under a window.
