@@ -62,8 +62,8 @@ struct Axis {
     }
 };
 
-// Two decades below the edge, up to half the rate; to either side of a band three of its widths, or a decade where it is
-// wider than two octaves.
+// Two decades below the edge, up to half the rate; to either side of a band three of its widths, or a decade where it
+// is wider than two octaves.
 Axis axis_of(const Design &design, const PlotOptions &plot) {
     constexpr double kDecade = 10, kWidths = 3, kWide = 4;
     const double nyquist = 0.5 * design.rate;

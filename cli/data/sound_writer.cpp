@@ -98,8 +98,8 @@ struct SoundWriter::Stream {
         return at;
     }
 
-    // Ends the header: with the length of so many frames of so many bytes, or with 0xFFFFFFFF, which sox and ffmpeg take
-    // for "to the end".
+    // Ends the header: with the length of so many frames of so many bytes, or with 0xFFFFFFFF, which sox and ffmpeg
+    // take for "to the end".
     void end_header(std::optional<std::uint64_t> frames, std::size_t frame) {
         constexpr std::uint64_t kUnknown = 0xFFFFFFFF;
         const std::size_t begin = bytes.size(), chunk = fact();

@@ -57,7 +57,8 @@ TEST_F(CommandLine, decimate_keeps_every_row_with_its_time_and_says_by_how_much_
     EXPECT_NEAR(999001 - ramp.back(), std::strtod(err.c_str() + at + 11, nullptr), 1) << err;
 
     write("hole.csv", "t,x\n0,1\n1,1\n2,1\n9,1\n10,1\n");
-    expect_refusals("decimate ", {{"0 x.csv", "FACTOR 0: must lie between 1 and "},
-                                  {"1.5 x.csv", "1.5 is not a whole number"},
-                                  {"2 hole.csv --gaps error -o y.csv", "hole.csv:5:1: the times are not evenly spaced here"}});
+    expect_refusals("decimate ",
+                    {{"0 x.csv", "FACTOR 0: must lie between 1 and "},
+                     {"1.5 x.csv", "1.5 is not a whole number"},
+                     {"2 hole.csv --gaps error -o y.csv", "hole.csv:5:1: the times are not evenly spaced here"}});
 }
