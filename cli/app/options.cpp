@@ -16,7 +16,7 @@ struct Mark {
     const char *word;
     char mark;
 };
-constexpr Mark kMarks[] = {{".", '.'}, {",", ','}, {"point", '.'}, {"comma", ','}};
+constexpr Mark kMarks[] = {{"point", '.'}, {"comma", ','}, {".", '.'}, {",", ','}};
 
 }  // namespace
 
@@ -38,8 +38,7 @@ void add_reading(const Command &app, InputOptions &input) {
     add_choice(
         app, "--gaps", kGaps, &GapWord::word, [&input](const GapWord &gap) { input.gaps = gap.policy; },
         "where rows or cells are missing: {}; hold, the default, takes the last value (track: the model predicts), "
-        "split starts anew after a long "
-        "hole, error refuses")
+        "split starts anew after a long hole, error refuses")
         .type_name("HOW");
 }
 
