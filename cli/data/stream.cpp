@@ -70,6 +70,8 @@ const std::vector<double> &RowFilter::run() {
     hole_ = holes_.next();
     next_ += hole_.rows + 1;
     row_ = table_.values();
+    if (missing_.size() < row_.size())  // after a first row that was the end of one, the columns are others
+        for (std::size_t k = 0; k < missing_.size(); ++k) restart(k);
     missing_.resize(row_.size());
     if (hole_.rows > 0) pass_hole();
     for (std::size_t k = 0; k < row_.size(); ++k) count_missing(k);

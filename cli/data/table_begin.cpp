@@ -82,7 +82,7 @@ void TableReader::begin_rows() {
 
 // The first row was the end of one, which the second shows.
 void TableReader::widen() {
-    fault(fmt::format("{}has {} cells, line {} has {}: that was the end of a row, which", place(width_), cells_.size(),
+    fault(fmt::format("{}has {} cells, line {} has {}: that was the end of a row", place(width_), cells_.size(),
                       width_line_, width_),
           bad_rows_);
     width_ = cells_.size();
