@@ -56,14 +56,13 @@ std::string labelled(const std::string &name, const std::string &unit) {
 }
 
 bool are_units(const std::vector<std::string_view> &cells) {
-    bool all = true, known = false;
+    bool known = false;
     for (const std::string_view cell : cells) {
         const std::string_view text = content(cell);
         if (begins_like_number(text) || (!text.empty() && is_missing(text))) return false;
-        all = all && !text.empty();
         known = known || is_bracketed(text) || !unit_in(fmt::format("({})", text)).empty() || time_unit(text) > 0;
     }
-    return all || known;
+    return known;
 }
 
 }  // namespace cli

@@ -32,8 +32,8 @@ std::string derivative_unit(std::string_view cell);
 // The name with its unit, "x [m]".
 std::string labelled(const std::string &name, const std::string &unit);
 
-// Whether the cells of the line below the header are units: none begins like a number or a time, and all hold
-// something, or one is in brackets or a known unit.
+// Whether the cells of the line below the header are units: none begins like a number or a time, and one is
+// in brackets or a known unit.
 bool are_units(const std::vector<std::string_view> &cells);
 
 }  // namespace cli

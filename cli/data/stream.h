@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/app/diagnostics.h"
 #include "cli/app/options.h"
 #include "cli/data/frame_filter.h"
 #include "cli/data/row_gaps.h"
@@ -68,13 +69,19 @@ void stream_table(Source &source, const Files &files, FrameFilter &filter, const
 void stream_sound(SoundReader &sound, const Files &files, FrameFilter &filter, const std::string &title);
 
 // Reads a table to its end and calls answer() for each line.  Output is flushed before the program waits for the next
-// line, so that a sender of single lines receives the result of each at once.
+// line, so that a sender of single lines receives the result of each at once; and where one of its lines is refused,
+// what came before is passed on.
 template <class Answer>
 void for_each_line(TableReader &table, Output &out, Answer answer) {
-    for (;;) {
-        if (out.full() || (table.rows() > 0 && !table.next_is_received())) out.flush();
-        if (!table.next()) return;
-        answer();
+    try {
+        for (;;) {
+            if (out.full() || (table.rows() > 0 && !table.next_is_received())) out.flush();
+            if (!table.next()) return;
+            answer();
+        }
+    } catch (const Failure &) {
+        if (table.is_live()) out.flush();
+        throw;
     }
 }
 

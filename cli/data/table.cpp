@@ -41,9 +41,17 @@ bool TableReader::next() {
     text_ = line_.text;
     if (line_.number == 1 && text_.starts_with(kBom)) text_.remove_prefix(kBom.size());
     kind_ = LineKind::Other;
-    if (is_remark(text_) || !read_cells()) return true;
+    if (names_separator() || is_remark(text_) || !read_cells()) return true;
     kind_ = rows_ == 0 ? kind_of_line() : LineKind::Data;
     if (kind_ == LineKind::Data) read_data();
+    return true;
+}
+
+// "sep=;", with which spreadsheets begin a file.
+bool TableReader::names_separator() {
+    if (line_.number != 1 || text_.size() != 5 || lower(text_.substr(0, 4)) != "sep=") return false;
+    if (std::string_view(";,\t ").find(text_.back()) == std::string_view::npos) return false;
+    separator_ = text_.back();
     return true;
 }
 

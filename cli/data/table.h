@@ -35,6 +35,8 @@ class TableReader {
     // Reads a line; false at the end, where a table without a row is refused.
     bool next();
     bool next_is_received() { return lines_.next_is_received(); }
+    // Whether rows come from standard input, where each may have had its answer already.
+    bool is_live() const { return rows_ > 0 && is_standard_input(input_.file); }
 
     LineKind kind() const { return kind_; }
     const Line &line() const { return line_; }
@@ -71,6 +73,7 @@ class TableReader {
     };
 
     // table.cpp: line by line
+    bool names_separator();
     bool read_cells();
     void read_data();
     void read_values();

@@ -87,6 +87,10 @@ TEST_F(CommandLine, units_and_equal_names_are_understood) {
     EXPECT_EQ(run("average --length 2 u.csv"), 0) << err;
     EXPECT_EQ(out, "Zeit;ax;ax\nms;[m];-\n0;1;2\n500;1,25;3\n");
     expect_refused("stats u.csv --column ax#3", "no column \"ax#3\"; it has the columns 1 to 3: Zeit, ax, ax#2");
+    EXPECT_EQ(shell("printf 'sep=;\nZeit;p\ns;bar\n0;1,5\n1;2,5\n' | $M average --length 2"), 0);
+    EXPECT_EQ(out, "sep=;\nZeit;p\ns;bar\n0;1,5\n1;2\n");
+    EXPECT_EQ(shell("printf 'Hall 3;Rig 7\nZeit;p\n0;1\n1;2\n' | $M average --length 2"), 2);  // no line of units
+    EXPECT_HAS(err, "standard input:2:1: \"Zeit\" is not a number");
 }
 
 TEST_F(CommandLine, a_stream_survives_bad_cells_and_rows) {
@@ -97,6 +101,8 @@ TEST_F(CommandLine, a_stream_survives_bad_cells_and_rows) {
                              "x.csv:5:2: a quote is not closed", "x.csv: 1 cell and 2 rows could not be read"})
         EXPECT_HAS(err, line);
     EXPECT_EQ(run("average --length 2 --strict x.csv"), 2);
+    EXPECT_EQ(shell("{ seq 300; echo no; } | $M average --length 1 --strict | wc -l"), 0);
+    EXPECT_EQ(out, "300\n");
     EXPECT_EQ(run("smooth --degree 1 --window 3 x.csv"), 2);
     EXPECT_EQ(shell("{ echo 1; yes no | head -n 99; echo 3; } | $M average --length 2 | tail -n 1"), 0);
     EXPECT_EQ(out, "2\n");
