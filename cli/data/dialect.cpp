@@ -24,6 +24,14 @@ bool all_numbers(std::string_view line, char separator, char decimal) {
            });
 }
 
+// Whether each cell between blanks that has a comma is a number.
+bool commas_are_marks(std::string_view line) {
+    std::vector<std::string_view> cells;
+    return split(line, ' ', cells) && std::ranges::all_of(cells, [](std::string_view cell) {
+               return cell.find(',') == kNowhere || number_in(cell, ',');
+           });
+}
+
 std::string without_quoted(std::string_view line) {
     std::string plain;
     bool quoted = false;
@@ -49,7 +57,8 @@ char separator_in(std::string_view line, char decimal) {
     for (const char candidate : {'\t', ';'})
         if (plain.find(candidate) != kNowhere) return candidate;
     if (plain.find(',') == kNowhere) return ' ';
-    const bool may_be_mark = decimal == ',' || (decimal == '\0' && !all_numbers(line, ',', '.'));
+    if (decimal == ',') return commas_are_marks(line) ? ' ' : ',';
+    const bool may_be_mark = decimal == '\0' && !all_numbers(line, ',', '.');
     return may_be_mark && all_numbers(line, ' ', ',') ? ' ' : ',';
 }
 

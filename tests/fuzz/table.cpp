@@ -43,7 +43,9 @@ void fuzz::test(Input &input) {
         const Doubles before = copy_table(text, options, faults, out);
         std::string copy(static_cast<std::size_t>(lseek(out.descriptor(), 0, SEEK_END)), ' ');
         check(pread(out.descriptor(), copy.data(), copy.size(), 0) == static_cast<ssize_t>(copy.size()));
-        check(same_bits(before, copy_table(copy, options, faults, again)));
+        const Doubles after = copy_table(copy, options, faults, again);
+        // Which of two rows is the torn one may look different in the copy, where the numbers have fewer characters.
+        if (faults == cli::Faults::Refuse) check(same_bits(before, after));
         cli::Source source("table", text);
         const cli::Record record = cli::read_record(source, options);
         for (const cli::Channel &channel : record.channels) check(channel.samples.size() == record.length());
