@@ -4,7 +4,7 @@
 #include <string>
 
 #include "cli/app/command_line.h"
-#include "cli/data/input.h"
+#include "cli/input/input.h"
 #include "cli/plot/options.h"
 
 namespace cli {

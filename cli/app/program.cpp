@@ -13,9 +13,9 @@
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
 #include "cli/app/number.h"
-#include "cli/data/source.h"
 #include "cli/files/output.h"
 #include "cli/files/signals.h"
+#include "cli/input/source.h"
 #include "cli/plot/options.h"
 
 namespace cli {

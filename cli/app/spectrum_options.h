@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "cli/app/command_line.h"
-#include "cli/data/bands.h"
-#include "cli/data/spectrum.h"
-#include "cli/data/window.h"
+#include "cli/spectra/bands.h"
+#include "cli/spectra/spectrum.h"
+#include "cli/spectra/window.h"
 
 namespace cli {
 

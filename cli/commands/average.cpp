@@ -7,9 +7,9 @@
 #include "cli/app/diagnostics.h"
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
-#include "cli/data/sound.h"
-#include "cli/data/source.h"
 #include "cli/data/stream.h"
+#include "cli/input/source.h"
+#include "cli/sound/sound.h"
 
 namespace cli {
 

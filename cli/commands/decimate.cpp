@@ -16,10 +16,10 @@
 #include "cli/app/quantity.h"
 #include "cli/data/cascade.h"
 #include "cli/data/record.h"
-#include "cli/data/sound.h"
-#include "cli/data/source.h"
 #include "cli/data/stream.h"
-#include "cli/data/table.h"
+#include "cli/input/source.h"
+#include "cli/sound/sound.h"
+#include "cli/table/table.h"
 
 namespace cli {
 

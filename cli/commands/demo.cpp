@@ -16,15 +16,15 @@
 #include "cli/commands/beats.h"
 #include "cli/commands/ecg_record.h"
 #include "cli/data/cascade.h"
-#include "cli/data/csv.h"
 #include "cli/data/json.h"
 #include "cli/data/record.h"
-#include "cli/data/source.h"
-#include "cli/data/spectrum.h"
-#include "cli/data/window.h"
 #include "cli/files/output.h"
+#include "cli/input/source.h"
 #include "cli/plot/draw.h"
 #include "cli/plot/envelope.h"
+#include "cli/spectra/spectrum.h"
+#include "cli/spectra/window.h"
+#include "cli/table/csv.h"
 
 namespace cli {
 

@@ -11,9 +11,9 @@
 #include "cli/app/quantity.h"
 #include "cli/data/record.h"
 #include "cli/data/rewrite.h"
-#include "cli/data/sound.h"
-#include "cli/data/source.h"
-#include "cli/data/units.h"
+#include "cli/input/source.h"
+#include "cli/sound/sound.h"
+#include "cli/table/units.h"
 
 namespace cli {
 

@@ -2,7 +2,7 @@
 #include <fmt/format.h>
 
 #include "cli/commands/design_output.h"
-#include "cli/data/csv.h"
+#include "cli/table/csv.h"
 
 namespace cli {
 

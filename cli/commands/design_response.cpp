@@ -8,7 +8,7 @@
 
 #include "cli/app/diagnostics.h"
 #include "cli/commands/design_output.h"
-#include "cli/data/csv.h"
+#include "cli/table/csv.h"
 
 namespace cli {
 

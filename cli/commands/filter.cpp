@@ -18,14 +18,14 @@
 #include "cli/app/quantity.h"
 #include "cli/app/request.h"
 #include "cli/data/cascade.h"
-#include "cli/data/cutoff.h"
 #include "cli/data/record.h"
 #include "cli/data/rewrite.h"
 #include "cli/data/sections_file.h"
-#include "cli/data/sound.h"
-#include "cli/data/sound_record.h"
-#include "cli/data/source.h"
 #include "cli/data/stream.h"
+#include "cli/input/source.h"
+#include "cli/sound/sound.h"
+#include "cli/sound/sound_record.h"
+#include "cli/spectra/cutoff.h"
 #include "iir/pass_types.h"
 
 namespace cli {

@@ -18,10 +18,10 @@
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
 #include "cli/commands/checked_roots.h"
-#include "cli/data/csv.h"
 #include "cli/data/json.h"
 #include "cli/files/output.h"
 #include "cli/plot/draw.h"
+#include "cli/table/csv.h"
 
 namespace cli {
 

@@ -14,8 +14,8 @@
 #include "cli/app/quantity.h"
 #include "cli/data/record.h"
 #include "cli/data/rewrite.h"
-#include "cli/data/sound.h"
-#include "cli/data/source.h"
+#include "cli/input/source.h"
+#include "cli/sound/sound.h"
 
 namespace cli {
 

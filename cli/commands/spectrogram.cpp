@@ -16,16 +16,16 @@
 #include "cli/app/spectrum_options.h"
 #include "cli/app/utf8.h"
 #include "cli/commands/spectrum_label.h"
-#include "cli/data/bands.h"
-#include "cli/data/columns.h"
-#include "cli/data/csv.h"
 #include "cli/data/record.h"
-#include "cli/data/spectrum.h"
 #include "cli/data/stream.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
 #include "cli/plot/draw.h"
 #include "cli/plot/heat_map.h"
+#include "cli/spectra/bands.h"
+#include "cli/spectra/spectrum.h"
+#include "cli/table/columns.h"
+#include "cli/table/csv.h"
 
 namespace cli {
 

@@ -10,9 +10,9 @@
 #include "cli/app/spectrum_options.h"
 #include "cli/commands/spectrum_report.h"
 #include "cli/data/record.h"
-#include "cli/data/spectrum.h"
 #include "cli/files/output.h"
 #include "cli/plot/draw.h"
+#include "cli/spectra/spectrum.h"
 
 namespace cli {
 

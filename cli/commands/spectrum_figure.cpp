@@ -10,9 +10,9 @@
 #include "cli/commands/spectrum_label.h"
 #include "cli/commands/spectrum_lines.h"
 #include "cli/commands/spectrum_report.h"
-#include "cli/data/columns.h"
 #include "cli/plot/comparison.h"
 #include "cli/plot/envelope.h"
+#include "cli/table/columns.h"
 
 namespace cli {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "cli/data/units.h"
+#include "cli/table/units.h"
 
 namespace cli {
 

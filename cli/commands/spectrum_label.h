@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "cli/data/spectrum.h"
+#include "cli/spectra/spectrum.h"
 
 namespace cli {
 

@@ -2,8 +2,8 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands/spectrum_report.h"
-#include "cli/data/csv.h"
 #include "cli/data/json.h"
+#include "cli/table/csv.h"
 
 namespace cli {
 

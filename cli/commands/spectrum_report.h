@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "cli/data/bands.h"
-#include "cli/data/peaks.h"
 #include "cli/data/record.h"
-#include "cli/data/spectrum.h"
 #include "cli/files/output.h"
 #include "cli/plot/figure.h"
 #include "cli/plot/options.h"
+#include "cli/spectra/bands.h"
+#include "cli/spectra/peaks.h"
+#include "cli/spectra/spectrum.h"
 
 namespace cli {
 

@@ -10,13 +10,13 @@
 #include "cli/app/commands.h"
 #include "cli/app/diagnostics.h"
 #include "cli/app/options.h"
-#include "cli/data/csv.h"
 #include "cli/data/json.h"
-#include "cli/data/sound.h"
-#include "cli/data/source.h"
 #include "cli/data/statistics.h"
-#include "cli/data/table.h"
 #include "cli/files/output.h"
+#include "cli/input/source.h"
+#include "cli/sound/sound.h"
+#include "cli/table/csv.h"
+#include "cli/table/table.h"
 
 namespace cli {
 

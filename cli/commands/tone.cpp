@@ -12,11 +12,11 @@
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
 #include "cli/app/spectrum_options.h"
-#include "cli/data/csv.h"
 #include "cli/data/json.h"
 #include "cli/data/record.h"
-#include "cli/data/spectrum.h"
 #include "cli/files/output.h"
+#include "cli/spectra/spectrum.h"
+#include "cli/table/csv.h"
 
 namespace cli {
 

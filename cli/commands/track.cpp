@@ -19,13 +19,13 @@
 #include "cli/commands/track_smoother.h"
 #include "cli/commands/track_writer.h"
 #include "cli/data/frame_filter.h"
-#include "cli/data/gap_report.h"
 #include "cli/data/record.h"
-#include "cli/data/sound.h"
-#include "cli/data/source.h"
 #include "cli/data/stream.h"
-#include "cli/data/table.h"
+#include "cli/input/source.h"
 #include "cli/plot/comparison.h"
+#include "cli/sound/sound.h"
+#include "cli/table/table.h"
+#include "cli/times/gap_report.h"
 
 namespace cli {
 

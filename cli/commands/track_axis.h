@@ -6,7 +6,7 @@
 #include <array>
 #include <memory>
 
-#include "cli/data/table.h"
+#include "cli/table/table.h"
 
 namespace cli {
 

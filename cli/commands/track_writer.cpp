@@ -6,9 +6,9 @@
 #include <iterator>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/csv.h"
 #include "cli/data/stream.h"
-#include "cli/data/units.h"
+#include "cli/table/csv.h"
+#include "cli/table/units.h"
 
 namespace cli {
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "cli/commands/track_axis.h"
-#include "cli/data/columns.h"
-#include "cli/data/table.h"
 #include "cli/files/output.h"
+#include "cli/table/columns.h"
+#include "cli/table/table.h"
 
 namespace cli {
 

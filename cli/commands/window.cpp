@@ -8,11 +8,11 @@
 #include "cli/app/options.h"
 #include "cli/app/quantity.h"
 #include "cli/app/spectrum_options.h"
-#include "cli/data/csv.h"
-#include "cli/data/window.h"
 #include "cli/files/output.h"
 #include "cli/plot/draw.h"
 #include "cli/plot/envelope.h"
+#include "cli/spectra/window.h"
+#include "cli/table/csv.h"
 
 namespace cli {
 

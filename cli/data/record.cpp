@@ -8,10 +8,10 @@
 #include <utility>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/gap_report.h"
-#include "cli/data/record_times.h"
-#include "cli/data/sound_record.h"
-#include "cli/data/table.h"
+#include "cli/sound/sound_record.h"
+#include "cli/table/table.h"
+#include "cli/times/gap_report.h"
+#include "cli/times/record_times.h"
 
 namespace cli {
 

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "cli/data/input.h"
-#include "cli/data/sound.h"
-#include "cli/data/source.h"
-#include "cli/data/units.h"
 #include "cli/files/output.h"
+#include "cli/input/input.h"
+#include "cli/input/source.h"
+#include "cli/sound/sound.h"
+#include "cli/table/units.h"
 
 namespace cli {
 

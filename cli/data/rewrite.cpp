@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/columns.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
+#include "cli/table/columns.h"
 
 namespace cli {
 

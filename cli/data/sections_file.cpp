@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/source.h"
-#include "cli/data/table.h"
+#include "cli/input/source.h"
+#include "cli/table/table.h"
 
 namespace cli {
 

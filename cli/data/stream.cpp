@@ -5,10 +5,10 @@
 #include <cstddef>
 #include <vector>
 
-#include "cli/data/columns.h"
-#include "cli/data/units.h"
 #include "cli/files/output.h"
 #include "cli/plot/comparison.h"
+#include "cli/table/columns.h"
+#include "cli/table/units.h"
 
 namespace cli {
 

@@ -9,11 +9,11 @@
 #include "cli/app/diagnostics.h"
 #include "cli/app/options.h"
 #include "cli/data/frame_filter.h"
-#include "cli/data/row_gaps.h"
-#include "cli/data/sound.h"
-#include "cli/data/source.h"
-#include "cli/data/table.h"
 #include "cli/files/output.h"
+#include "cli/input/source.h"
+#include "cli/sound/sound.h"
+#include "cli/table/table.h"
+#include "cli/times/row_gaps.h"
 
 namespace cli {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/gap_report.h"
 #include "cli/plot/draw.h"
 #include "cli/plot/figure.h"
+#include "cli/times/gap_report.h"
 
 namespace cli {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/decode.h"
+#include "cli/input/decode.h"
 #include "input.h"
 
 using namespace fuzz;

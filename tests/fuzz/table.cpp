@@ -5,7 +5,7 @@
 
 #include "cli/app/diagnostics.h"
 #include "cli/data/record.h"
-#include "cli/data/table.h"
+#include "cli/table/table.h"
 #include "input.h"
 
 using namespace fuzz;

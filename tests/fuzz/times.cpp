@@ -3,9 +3,9 @@
 
 #include "cli/app/diagnostics.h"
 #include "cli/data/record.h"
-#include "cli/data/row_gaps.h"
-#include "cli/data/table.h"
-#include "cli/data/time_cells.h"
+#include "cli/table/table.h"
+#include "cli/times/row_gaps.h"
+#include "cli/times/time_cells.h"
 #include "input.h"
 
 using namespace fuzz;

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "cli/app/diagnostics.h"
-#include "cli/data/sound.h"
+#include "cli/sound/sound.h"
 #include "input.h"
 
 using namespace fuzz;
