@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -104,17 +103,21 @@ int new_rate(const SoundReader &sound, int factor) {
     return rate / factor;
 }
 
+// The low-pass, or nothing where every row is kept.
+std::unique_ptr<FrameFilter> filter_of(const LowPass &filter) {
+    if (filter.sections.empty()) return std::make_unique<ChannelByChannel>([] { return [](double x) { return x; }; });
+    return std::make_unique<CascadeFilter>(filter.sections);
+}
+
 // Filters the frames of a stream and keeps every FACTOR-th, beginning with the first.
 class Decimator {
   public:
-    Decimator(const Options &options, const Sections &sections) : step_(options.step()) {
-        if (!sections.empty()) filter_.emplace(sections);
-    }
+    Decimator(std::size_t step, const LowPass &filter) : step_(step), filter_(filter_of(filter)) {}
 
     // Returns those of the frames that are kept, which lie at their front then.
     std::span<double> run(std::span<double> frames, std::size_t channels) {
         gaps_.fill(frames, channels);
-        if (filter_) filter_->run(frames, channels);
+        filter_->run(frames, channels);
         std::size_t kept = 0;
         for (; next_ < frames.size() / channels; next_ += step_, ++kept)
             std::copy_n(frames.data() + next_ * channels, channels, frames.data() + kept * channels);
@@ -124,15 +127,9 @@ class Decimator {
 
   private:
     std::size_t step_, next_ = 0;  // next_: frames to come before the next one that is kept
-    std::optional<CascadeFilter> filter_;
+    std::unique_ptr<FrameFilter> filter_;
     Gaps gaps_;
 };
-
-// The low-pass, or nothing where every row is kept.
-std::unique_ptr<FrameFilter> filter_of(const LowPass &filter) {
-    if (filter.sections.empty()) return std::make_unique<ChannelByChannel>([] { return [](double x) { return x; }; });
-    return std::make_unique<CascadeFilter>(filter.sections);
-}
 
 // Kept is every FACTOR-th sample.  Those that no row gives count as well, unless all starts anew after them.
 void decimate_table(const Options &options, const LowPass &filter, Source &source) {
@@ -161,7 +158,7 @@ void decimate_sound(const Options &options, const LowPass &filter, Source &sourc
     Output out(options.output);
     SoundWriter result(out, sound, rate);
     report_on(options, filter, sound.rate());
-    Decimator decimator(options, filter.sections);
+    Decimator decimator(options.step(), filter);
     std::vector<double> frames(kSoundFrames * sound.channels());
     while (const std::size_t count = sound.read(frames)) {
         result.write(decimator.run(std::span(frames).first(count), sound.channels()));
