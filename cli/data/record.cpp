@@ -121,12 +121,14 @@ Record read_csv(Source &source, const InputOptions &input, Missing missing) {
     if (input.gaps == GapPolicy::Error) refuse_missing(record, table, lines, report);
     insert(holes, record);
     for (std::size_t i = 0; i < record.channels.size(); ++i) {
-        record.channels[i].name = table.columns()[i].name;
-        record.channels[i].unit = table.columns()[i].unit;
-        record.channels[i].column = table.columns()[i].index;
-        record.channels[i].text = table.columns()[i].kind == Column::Text;
-        if (table.columns()[i].kind == Column::Numbers) report_cells(record, record.channels[i], lines, report);
-        close(record.channels[i], record, missing);
+        const Column &column = table.columns()[i];
+        Channel &channel = record.channels[i];
+        channel.name = column.name;
+        channel.unit = column.unit;
+        channel.column = column.index;
+        channel.text = column.kind == Column::Text;
+        if (column.kind == Column::Numbers) report_cells(record, channel, lines, report);
+        close(channel, record, missing);
     }
     report.close();
     record.remarks = times.remarks();
@@ -160,22 +162,21 @@ class Grid {
     std::size_t every_, most_, origin_ = 0;
 };
 
+// A line that is no row, with new names and units where the record has them.
+void write_other(const Record &record, const TableReader &table, Output &out) {
+    const bool units = table.kind() == LineKind::Units;
+    if (!record.rename || (table.kind() != LineKind::Header && !units)) return table.write_line(out);
+    table.write_header(out, columns_of(record), record.width, units ? Rename(derivative_unit) : record.rename);
+}
+
 void write_table(const Record &record, Output &out, std::size_t every) {
     Source again(record.name, record.text);
     TableReader table(again, record.input);
     Grid grid(record, every);
     std::vector<double> row(record.channels.size());
     while (table.next()) {
-        if (table.kind() == LineKind::Header && record.rename) {
-            table.write_header(out, columns_of(record), record.width, record.rename);
-            continue;
-        }
-        if (table.kind() == LineKind::Units && record.rename) {
-            table.write_header(out, columns_of(record), record.width, derivative_unit);
-            continue;
-        }
         if (table.kind() != LineKind::Data) {
-            table.write_line(out);
+            write_other(record, table, out);
             continue;
         }
         if (!grid.keeps(table.rows() - 1)) continue;

@@ -60,7 +60,7 @@ bool are_units(const std::vector<std::string_view> &cells) {
     for (const std::string_view cell : cells) {
         const std::string_view text = content(cell);
         if (begins_like_number(text) || (!text.empty() && is_missing(text))) return false;
-        known = known || is_bracketed(text) || !unit_in(fmt::format("({})", text)).empty() || time_unit(text) > 0;
+        known = known || is_bracketed(text) || is_unit(text) || time_unit(text) > 0;
     }
     return known;
 }

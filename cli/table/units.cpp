@@ -16,14 +16,6 @@ constexpr std::string_view kUnits[] = {
     "F",   "H",    "C",    "L",      "l",       "mol",     "lx", "lm", "cd",  "Ohm", "ohm", "\u2126", "\u03A9", "rad",
     "deg", "degC", "degF", "\u00B0", "\u00B0C", "\u00B0F", "%",  "dB", "rpm", "ppm", "psi", "mmHg"};
 
-bool is_unit(std::string_view text) {
-    text = text.substr(0, text.find_first_of("/*^"));
-    return std::ranges::any_of(kPrefixes, [text](std::string_view prefix) {
-        return text.starts_with(prefix) &&
-               std::ranges::find(kUnits, text.substr(prefix.size())) != std::ranges::end(kUnits);
-    });
-}
-
 struct Brackets {
     char opening, closing;
     bool any_text;
@@ -31,6 +23,14 @@ struct Brackets {
 constexpr Brackets kBrackets[] = {{'[', ']', true}, {'(', ')', false}};
 
 }  // namespace
+
+bool is_unit(std::string_view text) {
+    text = text.substr(0, text.find_first_of("/*^"));
+    return std::ranges::any_of(kPrefixes, [text](std::string_view prefix) {
+        return text.starts_with(prefix) &&
+               std::ranges::find(kUnits, text.substr(prefix.size())) != std::ranges::end(kUnits);
+    });
+}
 
 std::string unit_per_second(std::string_view unit) {
     if (unit.empty() || unit == "-" || unit == "1") return "1/s";

@@ -12,6 +12,9 @@ inline constexpr const char *kFullScale = "full scale";  // the unit of sounds
 // Gives a column another name.
 using Rename = std::function<std::string(std::string_view name)>;
 
+// Whether this is a unit that is known here, or begins with one: "mV", "m/s".
+bool is_unit(std::string_view text);
+
 // The unit in a name: "m" of "x [m]", "mV" of "ecg_mV"; without data where there is none.  Brackets hold a unit
 // whatever it is; parentheses, and what follows an underscore, where it is a known one.
 std::string_view unit_in(std::string_view name);
