@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -18,23 +19,40 @@ std::size_t count(int n) { return static_cast<std::size_t>(std::max(n, 0)); }
 
 constexpr int kBlankLines = 20;  // after each matrix that matrix_show writes
 
-// Zeros of all bits are doubles of +0.0.  A length of 0 gets memory too, so that null means failure.
+constexpr std::size_t kShort = 128;  // numbers
+
+// A length of 0 gets memory too, so that null means failure.
 template <typename T>
-T *zeros(std::size_t length) {
-    return static_cast<T *>(std::calloc(std::max<std::size_t>(length, 1), sizeof(T)));
+T *allocate(std::size_t length) {
+    const std::size_t most = SIZE_MAX / sizeof(T);
+    return length > most ? nullptr : static_cast<T *>(std::malloc(std::max<std::size_t>(length, 1) * sizeof(T)));
+}
+
+// Long rows may come as fresh pages, which are zeros already.
+double *zeros(std::size_t length) {
+    if (length > kShort) return static_cast<double *>(std::calloc(length, sizeof(double)));
+    double *const row = allocate<double>(length);
+    if (row != nullptr) std::fill_n(row, length, 0.0);
+    return row;
+}
+
+// A matrix whose rows come from row_of(n).
+template <typename RowOf>
+MatrixOwner made_of(int m, int n, RowOf row_of) {
+    MatrixOwner x{allocate<Matrix>(1)};
+    if (!x) return nullptr;
+    *x = {0, std::max(n, 0), allocate<double *>(count(m))};
+    if (x->v == nullptr) return nullptr;
+    for (; x->m < m; ++x->m)
+        if ((x->v[x->m] = row_of(count(n))) == nullptr) return nullptr;
+    return x;
 }
 
 }  // namespace
 
-Matrix *matrix_new(int m, int n) {
-    MatrixOwner x{static_cast<Matrix *>(std::malloc(sizeof(Matrix)))};
-    if (!x) return nullptr;
-    *x = {std::max(m, 0), std::max(n, 0), zeros<double *>(count(m))};
-    if (x->v == nullptr) return nullptr;
-    for (std::size_t i = 0; i < count(m); ++i)
-        if ((x->v[i] = zeros<double>(count(n))) == nullptr) return nullptr;
-    return x.release();
-}
+MatrixOwner mensura::matrix::unset_matrix(int m, int n) { return made_of(m, n, allocate<double>); }
+
+Matrix *matrix_new(int m, int n) { return made_of(m, n, zeros).release(); }
 
 void matrix_delete(Matrix *x) {
     if (x == nullptr) return;
@@ -45,10 +63,9 @@ void matrix_delete(Matrix *x) {
 }
 
 Matrix *matrix_copy(int n, double *const *rows, int m) {
-    Matrix *x = matrix_new(m, n);
-    if (x != nullptr)
-        for (std::size_t i = 0; i < count(m); ++i) std::copy_n(rows[i], count(n), x->v[i]);
-    return x;
+    MatrixOwner x = unset_matrix(m, n);
+    for (std::size_t i = 0; x && i < count(m); ++i) std::copy_n(rows[i], count(n), x->v[i]);
+    return x.release();
 }
 
 void matrix_transpose(Matrix *x) {
@@ -59,9 +76,9 @@ void matrix_transpose(Matrix *x) {
 
 Matrix *matrix_mul(const Matrix *x, const Matrix *y) {
     if (x->n != y->m) return nullptr;
-    Matrix *product = matrix_new(x->m, y->n);
-    if (product != nullptr) multiply_rows({x->v}, {y->v}, {product->v}, count(x->m), count(x->n), count(y->n));
-    return product;
+    MatrixOwner product = unset_matrix(x->m, y->n);
+    if (product) multiply_rows({x->v}, {y->v}, {product->v}, count(x->m), count(x->n), count(y->n));
+    return product.release();
 }
 
 Matrix *matrix_minor(const Matrix *x, int d) {
@@ -80,13 +97,13 @@ double *vmadd(const double *a, const double *b, double s, double *c, int n) {
 }
 
 Matrix *vmul(const double *v, int n) {
-    Matrix *reflector = matrix_new(n, n);
-    if (reflector == nullptr) return nullptr;
+    MatrixOwner reflector = unset_matrix(n, n);
+    if (!reflector) return nullptr;
     for (std::size_t i = 0; i < count(n); ++i) {
         for (std::size_t j = 0; j < count(n); ++j) reflector->v[i][j] = -2.0 * v[i] * v[j];
         reflector->v[i][i] += 1.0;
     }
-    return reflector;
+    return reflector.release();
 }
 
 double vnorm(const double *x, int n) {

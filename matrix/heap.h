@@ -12,4 +12,7 @@ struct Delete {
 };
 using MatrixOwner = std::unique_ptr<Matrix, Delete>;
 
+// A new matrix whose elements the caller sets; null without memory.
+MatrixOwner unset_matrix(int m, int n);
+
 }  // namespace mensura::matrix

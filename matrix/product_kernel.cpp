@@ -51,8 +51,8 @@ struct InRecord {
 };
 
 // A tile reads lane c of row k of b in a copy that has the tile's columns next to each other, kDepth rows at a time: at
-// most 24 KB, which stay in the first cache.
-constexpr std::size_t kDepth = 256;
+// most 23 KB, which stay in the first cache.
+constexpr std::size_t kDepth = 240;
 template <typename C>
 struct Packed {
     const Lanes *b;

@@ -10,9 +10,9 @@ namespace samples {
 
 using support::Grid;
 
-enum Kind { kSum, kSingular, kRegular, kPermutation, kTies, kEdge, kGraded, kHuge, kZeros, kInfinite, kNoise };
-constexpr Kind kKinds[] = {kSum,    kSingular, kRegular, kPermutation, kTies, kEdge,
-                           kGraded, kHuge,     kZeros,   kInfinite,    kNoise};
+enum Kind { kSum, kSingular, kRegular, kPermutation, kTies, kEdge, kGraded, kHuge, kZeros, kInfinite, kUpper, kNoise };
+constexpr Kind kKinds[] = {kSum,    kSingular, kRegular, kPermutation, kTies,  kEdge,
+                           kGraded, kHuge,     kZeros,   kInfinite,    kUpper, kNoise};
 
 inline Grid sample(Kind kind, int rows, int cols) {
     constexpr double kTinyPivot = 0x1p-53;  // 1 + this is 1
@@ -33,6 +33,9 @@ inline Grid sample(Kind kind, int rows, int cols) {
             case kHuge: return level * 1e160;  // squares overflow
             case kZeros: return noise.one_in(3) ? noise.pick(zeros) : level;
             case kInfinite: return noise.one_in(3 * cols) ? noise.pick(any) : level;
+            case kUpper:  // triangular but for column 2, where an infinity lies above the diagonal
+                if (i == 0 && j == 2) return HUGE_VAL;
+                return i < j || j == 2 ? level : on_diagonal;
             default: return level;
         }
     });
