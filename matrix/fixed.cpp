@@ -36,12 +36,27 @@ RMATRIX *fail(RMATRIX *out) {
     return nullptr;
 }
 
-// to = operation(x, y), element by element.  Inlined, because rows are short.
+// to = operation(x, y), element by element, by pairs: without AVX, g++ 12 would hold wider vectors in memory.  The last
+// pairs may overlap those before: they are read before anything is written, because `to` may be x or y.  Inlined, because
+// rows are short.
 template <typename Operation>
 LANES_INLINE void transform_row(double *to, const double *x, const double *y, std::size_t n, Operation operation) {
-    std::size_t j = 0;
-    for (; j + kLanes <= n; j += kLanes) store(to + j, operation(load(x + j), load(y + j)));
-    for (; j < n; ++j) to[j] = operation(x[j], y[j]);
+    if (n == 1) {
+        *to = operation(*x, *y);
+        return;
+    }
+    const auto pair = [&](std::size_t j) LANES_LAMBDA { return operation(load_pair(x + j), load_pair(y + j)); };
+    const Pair last = pair(n - 2);
+    if (n > 2) {
+        const std::size_t blocks = n < 4 ? 0 : n - 4;
+        const Pair last_but_one = pair(blocks);
+        for (std::size_t j = 0; j < blocks; j += 4) {
+            store(to + j, pair(j));
+            store(to + j + 2, pair(j + 2));
+        }
+        store(to + blocks, last_but_one);
+    }
+    store(to + n - 2, last);
 }
 
 // Row i comes from row_of(i).

@@ -8,7 +8,7 @@
 using namespace samples;
 
 TEST(FixedMatrix, operations_fill_their_corner_or_fail) {
-    for (const int n : {1, 3, 7, 99}) {
+    for (const int n : {1, 2, 3, 4, 5, 7, 99}) {
         SCOPED_TRACE(testing::Message() << n + 1 << " x " << n);
         Grid x = sample(kInfinite, n + 1, n);
         const Grid y = sample(kZeros, n + 1, n), t = reference::transposed(x),
@@ -29,6 +29,11 @@ TEST(FixedMatrix, operations_fill_their_corner_or_fail) {
         expect_result("sum", plus, rmatrix_add_ptr, &a, &b);
         expect_result("difference", minus, rmatrix_sub_ptr, &a, &b);
         expect_result("transpose", t, rmatrix_transpose_ptr, &a);
+        RMATRIX first = a, second = b;
+        rmatrix_add_ptr(&first, &b, &first);
+        rmatrix_sub_ptr(&a, &second, &second);
+        EXPECT_SAME_MATRIX(first, plus);
+        EXPECT_SAME_MATRIX(second, minus);
         EXPECT_SAME_MATRIX(rmatrix_add(a, b), plus);
         EXPECT_SAME_MATRIX(rmatrix_sub(a, b), minus);
         EXPECT_SAME_MATRIX(rmatrix_transpose(a), t);
