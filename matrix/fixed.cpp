@@ -3,6 +3,7 @@
 #include <mensura/matrix.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "../internal/lanes.h"
 #include "inverse_kernel.h"
@@ -89,6 +90,12 @@ RMATRIX *element_wise(const RMATRIX *a, const RMATRIX *b, RMATRIX *out, Operatio
     return out;
 }
 
+bool invert_number(double pivot, double &inverse) {
+    const bool regular = std::fabs(pivot) + 1.0 > 1.0;  // false for NaN
+    if (regular) inverse = 1.0 / pivot;
+    return regular;
+}
+
 }  // namespace
 
 void initRMATRIX(RMATRIX *m, int rows, int cols) {
@@ -146,7 +153,8 @@ RMATRIX *rmatrix_transpose_ptr(const RMATRIX *a, RMATRIX *out) {
 RMATRIX *rmatrix_inverse_ptr(const RMATRIX *a, RMATRIX *out) {
     if (!is_operand(a) || out == nullptr || a->rows != a->cols) return fail(out);
     const int n = a->rows;
-    if (!invert(rows_of(a), rows_of(out), size(n))) return fail(out);
+    const bool regular = n == 1 ? invert_number(a->data[0], out->data[0]) : invert(rows_of(a), rows_of(out), size(n));
+    if (!regular) return fail(out);
     set_size(out, n, n);
     return out;
 }

@@ -27,7 +27,7 @@ constexpr std::size_t kStride =         // of a row: a whole number of blocks
 // Element (i, j) is b[i][pad + j].  The padding comes first, so that every block after the first starts at a multiple of
 // four columns.
 struct Elimination {
-    std::size_t n, pad, end;                           // end = pad + n, a multiple of kSteps
+    std::size_t n, pad, end;  // end = pad + n, a multiple of kLanes; of kSteps too if there are blocks
     std::size_t step_row[kStride], step_col[kStride];  // where the pivot of each step was found
     alignas(64) double b[RMATRIX_CAPACITY][kStride];
     // Of each step of this block: m(i) at pad + i, q(j) at pad + j.  The first block defers nothing and uses slot 0 only.
@@ -237,7 +237,8 @@ LANES_INLINE void copy_back(const Elimination &e, RecordRows<double> out) {
 bool invert(RecordRows<const double> a, RecordRows<double> out, std::size_t n) {
     Elimination e;
     e.n = n;
-    e.end = (n + kSteps - 1) / kSteps * kSteps;
+    const std::size_t unit = n <= kUnblocked ? kLanes : kSteps;
+    e.end = (n + unit - 1) / unit * unit;
     e.pad = e.end - n;
     Pivot pivot = copy_and_search(e, a);
     std::size_t block = 0;

@@ -102,7 +102,7 @@ template <typename Source, typename ColumnsOfB, typename Target, typename C>
 LANES_INLINE void all_rows(Source a, const ColumnsOfB &b, Target out, C columns, std::size_t rows, std::size_t inner,
                            bool more) {
     for (std::size_t i = 0, tiles = (rows + C::height - 1) / C::height; tiles > 0; --tiles) {
-        const std::size_t height = (rows - i + tiles - 1) / tiles;
+        const std::size_t left = rows - i, height = tiles == 1 ? left : (left + tiles - 1) / tiles;
         tile_of<C::height>(height, a, b, out, i, columns, inner, more);
         i += height;
     }
