@@ -60,7 +60,7 @@ void run_block(const IIRCoeffs &c, const double *in, double *out, std::size_t n)
     const Registers before = shared;
     double input[kBlockSize];
     std::copy_n(in, n, input);
-    const double peak = run_samples(c, sections_to_run(c), arrays_of(shared), in, out, n, 1);
+    const double peak = run_and_keep_peak(cascade_of(c, shared), in, out, n);
     shared.MaxRegVal = std::max(shared.MaxRegVal, peak);
     if (shared.MaxRegVal <= kBlowUp) return;
     shared = before;

@@ -23,11 +23,7 @@ constexpr std::ptrdiff_t kForwards = 1, kBackwards = -1;  // strides
 // Runs the filter as IIRFilter does, sample by sample, along the stride.
 void run_record(TIIRFilter &f, const double *in, double *out, std::size_t n, std::ptrdiff_t stride) {
     if (f.Primed == 0) prime(f, *in);
-    for (std::size_t i = 0; i < n; i += kBlockSize) {
-        const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(i) * stride;
-        run_samples(f.Coeffs, sections_to_run(f.Coeffs), arrays_of(f), in + at, out + at, std::min(kBlockSize, n - i),
-                    stride);
-    }
+    run_samples(cascade_of(f.Coeffs, f), in, stride, out, stride, n);
 }
 
 // The magnitudes of bins 0 .. n / 2 - 1, not divided by n, because only their ratios matter; null without memory.

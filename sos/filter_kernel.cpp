@@ -1,7 +1,7 @@
 #include "filter_kernel.h"
 
 #include "../iir/direct_form.h"
-#include "../iir/pipeline.h"
+#include "../iir/pipeline_kernel.h"
 #include "../internal/lanes.h"
 #include "../internal/target.h"
 #include "arguments.h"
@@ -9,30 +9,19 @@
 namespace mensura::sos::MENSURA_TARGET {
 namespace {
 
-using iir::fed_back, iir::fed_forward, iir::MENSURA_TARGET::run_groups;
+using iir::fed_back, iir::fed_forward;
 
 // ---- One signal ----------------------------------------------------------------------------------------------------
 
-struct SectionCascade {
-    static constexpr bool kHasScale = false, kKeepsPeak = false;
-    const double *sos;
-    double *state;
-
-    LANES_INLINE double b0(std::size_t k) const { return sos[kNumbers * k]; }
-    LANES_INLINE double b1(std::size_t k) const { return sos[kNumbers * k + 1]; }
-    LANES_INLINE double b2(std::size_t k) const { return sos[kNumbers * k + 2]; }
-    LANES_INLINE double a1(std::size_t k) const { return sos[kNumbers * k + 4]; }
-    LANES_INLINE double a2(std::size_t k) const { return sos[kNumbers * k + 5]; }
-    LANES_INLINE double &x1(std::size_t k) const { return state[kRegisters * k]; }
-    LANES_INLINE double &x2(std::size_t k) const { return state[kRegisters * k + 1]; }
-    LANES_INLINE double &y1(std::size_t k) const { return state[kRegisters * k + 2]; }
-    LANES_INLINE double &y2(std::size_t k) const { return state[kRegisters * k + 3]; }
-};
+iir::Cascade cascade_at(const double *sos, std::size_t count, double *state) {
+    return {count,    nullptr, sos + 4,   sos + 5,   sos,       sos + 1,   sos + 2,
+            kNumbers, state,   state + 1, state + 2, state + 3, kRegisters};
+}
 
 // One section over all samples.
-LANES_INLINE void run_section(const SectionCascade &c, std::size_t k, const Signal &s) {
-    const double b0 = c.b0(k), b1 = c.b1(k), b2 = c.b2(k), a1 = c.a1(k), a2 = c.a2(k);
-    double x1 = c.x1(k), x2 = c.x2(k), y1 = c.y1(k), y2 = c.y2(k);
+LANES_INLINE void run_section(const double *section, double *registers, const Signal &s) {
+    const double b0 = section[0], b1 = section[1], b2 = section[2], a1 = section[4], a2 = section[5];
+    double x1 = registers[0], x2 = registers[1], y1 = registers[2], y2 = registers[3];
     for (std::ptrdiff_t i = 0; i < s.n; ++i) {
         const double u = s.x[i * s.x_stride];
         const double b0_u = b0 * u, b1_x1 = b1 * x1, b2_x2 = b2 * x2, a1_y1 = a1 * y1, a2_y2 = a2 * y2;
@@ -43,32 +32,27 @@ LANES_INLINE void run_section(const SectionCascade &c, std::size_t k, const Sign
         y1 = y;
         s.y[i * s.y_stride] = y;
     }
-    c.x1(k) = x1;
-    c.x2(k) = x2;
-    c.y1(k) = y1;
-    c.y2(k) = y2;
+    registers[0] = x1;
+    registers[1] = x2;
+    registers[2] = y1;
+    registers[3] = y2;
 }
 
 }  // namespace
 
 void run_sections(const double *sos, std::size_t sections, double *state, const Signal &signal) {
     constexpr std::ptrdiff_t kFew = 16;  // samples that are through before a group of sections would be filled
-    constexpr std::ptrdiff_t kBlock = 512;
-    const SectionCascade cascade{sos, state};
-    const bool one_group = sections <= kLanes;
     Signal s = signal;
-    if (s.n <= kFew) {
-        for (std::size_t k = 0; k < sections; ++k) {
-            run_section(cascade, k, s);
-            s.x = s.y;
-            s.x_stride = s.y_stride;
-        }
+    if (s.n > kFew) {
+        iir::MENSURA_TARGET::run_samples(cascade_at(sos, sections, state), s.x, s.x_stride, s.y, s.y_stride,
+                                         static_cast<std::size_t>(s.n));
         return;
     }
-    const std::ptrdiff_t block = one_group ? s.n : kBlock;  // several groups find each other's outputs in the cache
-    for (; s.n > 0; s.n -= block, s.x += block * s.x_stride, s.y += block * s.y_stride)
-        run_groups(cascade, sections, {s.x, s.x_stride}, {s.y, s.y_stride},
-                   static_cast<std::size_t>(s.n < block ? s.n : block));
+    for (std::size_t k = 0; k < sections; ++k) {
+        run_section(sos + kNumbers * k, state + kRegisters * k, s);
+        s.x = s.y;
+        s.x_stride = s.y_stride;
+    }
 }
 
 // ---- Four channels side by side ------------------------------------------------------------------------------------
