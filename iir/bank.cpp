@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "bank_kernel.h"
+#include "direct_form.h"
 
 using namespace mensura::iir;
 
@@ -22,11 +23,12 @@ bool channels_are_independent(const TIIRFilterBank &bank, const double *in, cons
            (in == out || !overlap(in, bytes, out, bytes));
 }
 
-// Whether pairs are faster.  A single section gains nothing; a single pair of two sections loses, because the first
-// section's next sample waits until the second section's outputs are packed with its own.
+// Whether pairs are faster.  A single section gains nothing.  A pair packs the outputs of two sections into one register,
+// so that the next sample of either waits for both: two or three channels of up to three sections have too little else to
+// do meanwhile.
 bool pairs_pay(const TIIRFilterBank &bank) {
     const int sections = bank.Filters[0].Coeffs.NumSections;
-    return bank.Count > 1 && (sections > 2 || (sections == 2 && bank.Count > 2));
+    return sections > 3 ? bank.Count > 1 : sections > 1 && bank.Count > 3;
 }
 
 }  // namespace
@@ -36,6 +38,6 @@ int IIRFilters(TIIRFilterBank *bank, const double *x, double *out) {
     if (count < 1) return count;
     int i = 0;
     if (pairs_pay(*bank) && channels_are_independent(*bank, x, out)) i = run_pairs(bank->Filters, count, x, out);
-    for (; i < count; ++i) out[i] = IIRFilter(&bank->Filters[i], x[i]);
+    for (; i < count; ++i) out[i] = run_filter(bank->Filters[i], x[i]);
     return count;
 }

@@ -116,6 +116,8 @@ int run_pairs(TIIRFilter *filters, int count, const double *in, double *out) {
         case 2: return run_alike<2>(filters, count, in, out);
         case 3: return run_alike<3>(filters, count, in, out);
         case 4: return run_alike<4>(filters, count, in, out);
+        case 5: return run_alike<5>(filters, count, in, out);
+        case 6: return run_alike<6>(filters, count, in, out);
         default: return run_any(filters, count, in, out);
     }
 }

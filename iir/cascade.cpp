@@ -4,9 +4,4 @@
 
 using namespace mensura::iir;
 
-double IIRFilter(TIIRFilter *filter, double x) {
-    TIIRFilter &f = *filter;
-    if (f.Primed == 0) [[unlikely]]
-        prime(f, x);
-    return run_sections(f.Coeffs, f, 0, sections_to_run(f.Coeffs), x);
-}
+double IIRFilter(TIIRFilter *filter, double x) { return run_filter(*filter, x); }

@@ -74,4 +74,11 @@ template <typename Registers>
     f.Primed = 1;
 }
 
+// One sample through a filter.
+[[gnu::always_inline]] inline double run_filter(TIIRFilter &f, double x) {
+    if (f.Primed == 0) [[unlikely]]
+        prime(f, x);
+    return run_sections(f.Coeffs, f, 0, sections_to_run(f.Coeffs), x);
+}
+
 }  // namespace mensura::iir
