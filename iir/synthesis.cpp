@@ -344,5 +344,14 @@ void initTIIRFilter(TIIRFilter *filter, int passType, double fc, double fs) {
 
 void initTIIRFilters(TIIRFilterBank *bank, int passType, int count, double fc, double fs) {
     bank->Count = count;
-    for (int i = 0; i < count; ++i) initTIIRFilter(&bank->Filters[i], passType, fc, fs);
+    TIIRFilter *const filters = bank->Filters;
+    for (int i = 0; i < count; ++i) {
+        TIIRFilter &f = filters[i];
+        f.Spec = default_request(passType, (fc + fc) / fs);
+        if (i == 0)
+            synthesise(f.Spec, f.Coeffs);
+        else
+            f.Coeffs = filters[0].Coeffs;
+        f.Primed = 0;
+    }
 }
