@@ -58,11 +58,13 @@ Found try_start(IterationMemory &memory, Search &search, Work &w, real radius, i
     int flag = kRunning;
     SetTUVandK(P, d, w.TUV, w.KR.data(), w.KQ.data(), angle_index, radius, mode, w.QP.data(), &flag);
     for (int pass = 0; pass < d && flag != kAbandon; ++pass) {
-        if (quadratic_stage(memory, pass, P, w.QP.data(), w.KQ.data(), w.QK.data(), d, w.TUV, &flag) == 2)
+        if (quadratic_stage(memory, pass, P, w.QP.data(), w.KQ.data(), w.QK.data(), d, w.TUV, KeepK::kOfLastStep,
+                            &flag) == 2)
             return Found::kQuadraticFactor;
         const real k = w.KQ[static_cast<std::size_t>(d - 2)];
         real s = magnitude(k) <= magnitude(P[d]) * kNegligible ? 0 : -P[d] / k;
-        if (real_stage(memory, pass, P, w.QPR.data(), w.KR.data(), w.QK.data(), d, &s) == 1) {
+        const bool pass_follows = flag != kAbandon;
+        if (real_stage(memory, pass, P, w.QPR.data(), w.KR.data(), w.QK.data(), d, pass_follows, &s) == 1) {
             search.re[search.slot()] = s;
             search.im[search.slot()] = 0;
             return Found::kRealRoot;

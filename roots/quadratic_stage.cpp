@@ -18,42 +18,47 @@ constexpr real kShortOfZero = 0.9;  // the part of a step that is taken where al
 constexpr real kAboveAllErrors = 1e100;
 
 // KQ[j] = new_K(QP[j], QK[j-1]), and in the same pass QK = KQ divided by x^2 + u x + v: the division needs each new
-// KQ[j] once, and the old QK[j] is read before it is overwritten.
-template <typename NewK>
+// KQ[j] once, and the old QK[j-1] is read before it is overwritten.  Unless K is kept, only KQ[0], KQ[N-2] and
+// KQ[N-1] are stored.
+template <bool keep_K, typename NewK>
 void next_K(int N, const real *QP, real *KQ, real *QK, real u, real v, NewK new_K) {
-    real old = QK[0];
-    real before = KQ[0] = QK[0] = QP[0];
-    KQ[N - 1] = 0;
-    if (N > 2) KQ[1] = new_K(QP[1], old);
-    old = QK[1];
-    real last = QK[1] = KQ[1] - u * before;
+    real before = QP[0], k = N > 2 ? new_K(QP[1], QK[0]) : 0;
+    real last = k - u * before;
+    KQ[0] = QK[0] = before;
+    if (keep_K) KQ[1] = k;
     for (int j = 2; j < N - 1; ++j) {
-        const real k = new_K(QP[j], old);
-        old = QK[j];
+        k = new_K(QP[j], QK[j - 1]);
+        QK[j - 1] = last;
+        if (keep_K) KQ[j] = k;
         const real term = next_term(k, u, last, v, before);
-        KQ[j] = k;
         before = last;
-        last = QK[j] = term;
+        last = term;
     }
     if (N > 2) {
+        KQ[N - 2] = k;
+        QK[N - 2] = last;
         const real term = next_term(0, u, last, v, before);
         before = last;
-        last = QK[N - 1] = term;
+        last = term;
     }
+    KQ[N - 1] = 0;
+    QK[N - 1] = last;
     QK[N] = before * u + last;
 }
 
 // The next K from the quotients of P and K by x^2 + u x + v.  Their remainders are b (x + u) + a and d (x + u) + c, so
 // that C1 = P(s1) P(s2) at the roots of the quadratic: the factor is the -P(s) / K(s) of the real stage for two roots.
-void update_K(int N, const real *QP, real *KQ, real *QK, real u, real v) {
+// Not inlined, so that the loop has the eight registers of the x87 unit to itself.
+template <bool keep_K>
+[[gnu::noinline]] void update_K(int N, const real *QP, real *KQ, real *QK, real u, real v) {
     const real a = QP[N], b = QP[N - 1], c = QK[N - 1], d = QK[N - 2];
     const real C1 = v * b * b + u * a * b + a * a;
     const real C2 = c * a + u * a * d + v * b * d;
     if (magnitude(C1) < magnitude(C2) * kHuge) {
         const real factor = C1 / -C2;
-        next_K(N, QP, KQ, QK, u, v, [factor](real qp, real qk) { return qp + qk * factor; });
+        next_K<keep_K>(N, QP, KQ, QK, u, v, [factor](real qp, real qk) { return qp + qk * factor; });
     } else {
-        next_K(N, QP, KQ, QK, u, v, [](real, real qk) { return qk; });
+        next_K<keep_K>(N, QP, KQ, QK, u, v, [](real, real qk) { return qk; });
     }
 }
 
@@ -80,13 +85,16 @@ inline bool negligible_beside(real step, real x) { return magnitude(step) < magn
 inline bool far_beyond(real step, real x) { return magnitude(step) > kFarBeyond * magnitude(x); }
 
 void newton_step(IterationMemory &memory, Step step, const real *P, int N, real *QP, real *KQ, real *QK, real *TUV,
-                 int *flag) {
+                 bool keep_K, int *flag) {
     if (step == 0) memory.damping_restarted = 0;
     if (*flag == kNoProgress) memory.damping_restarted = step;
 
     const real u = TUV[1], v = TUV[2];
     real du, dv;
-    update_K(N, QP, KQ, QK, u, v);
+    if (keep_K)
+        update_K<true>(N, QP, KQ, QK, u, v);
+    else
+        update_K<false>(N, QP, KQ, QK, u, v);
     if (!find_step(P, N, QP, KQ, QK, u, v, du, dv)) {
         *flag = kAbandon;
         return;
@@ -121,7 +129,7 @@ void newton_step(IterationMemory &memory, Step step, const real *P, int N, real 
 }  // namespace
 
 int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, real *KQ, real *QK, int N, real *TUV,
-                    int *flag) {
+                    KeepK keep, int *flag) {
     const real n = N;
     const real weight = 1 / (magnitude(P[N]) * (n * n * n) * kErrorScale);  // n^3 is exact
     *flag = kRunning;
@@ -129,7 +137,8 @@ int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, 
     divide_by_quadratic(KQ, N - 1, TUV, QK);
     real best = kAboveAllErrors;
     for (int i = 0; i < kSteps; ++i) {
-        newton_step(memory, Step{pass} * kSteps + i, P, N, QP, KQ, QK, TUV, flag);
+        const bool keep_K = keep == KeepK::kOfEveryStep || i + 1 == kSteps;
+        newton_step(memory, Step{pass} * kSteps + i, P, N, QP, KQ, QK, TUV, keep_K, flag);
         if (*flag == kAbandon) return 0;
 
         const real error = (magnitude(QP[N + 1]) + magnitude(QP[N - 1])) * weight;
@@ -160,11 +169,11 @@ using namespace mensura::roots;
 
 void UpdateTUV(int Step, long double *P, int N, long double *QP, long double *KQ, long double *QK, long double *TUV,
                int *Flag) {
-    if (N >= 2) newton_step(this_threads_memory(), Step, P, N, QP, KQ, QK, TUV, Flag);
+    if (N >= 2) newton_step(this_threads_memory(), Step, P, N, QP, KQ, QK, TUV, true, Flag);
 }
 
 int QuadIterate(int Pass, long double *P, long double *QP, long double *KQ, long double *QK, int N, long double *TUV,
                 int *Flag) {
     if (N < 2) return 0;
-    return quadratic_stage(this_threads_memory(), Pass, P, QP, KQ, QK, N, TUV, Flag);
+    return quadratic_stage(this_threads_memory(), Pass, P, QP, KQ, QK, N, TUV, KeepK::kOfEveryStep, Flag);
 }

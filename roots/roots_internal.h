@@ -51,8 +51,13 @@ struct IterationMemory {
 };
 IterationMemory &this_threads_memory();
 
+// Which K polynomials a stage stores: one pass hands the K of its last step to the next, and no other is read.  A store
+// of 80 bits takes longer than a multiplication and an addition.
+enum class KeepK { kOfLastStep, kOfEveryStep };
+
 int quadratic_stage(IterationMemory &memory, int pass, const real *P, real *QP, real *KQ, real *QK, int N, real *TUV,
-                    int *flag);
-int real_stage(IterationMemory &memory, int pass, const real *P, real *QPR, real *KR, real *QK, int N, real *S);
+                    KeepK keep, int *flag);
+int real_stage(IterationMemory &memory, int pass, const real *P, real *QPR, real *KR, real *QK, int N,
+               bool pass_follows, real *S);
 
 }  // namespace mensura::roots

@@ -55,6 +55,12 @@ TEST(FindRoots, returns_the_roots_in_the_order_found) {
 #if LDBL_MANT_DIG == 64
         // No start of the first kind leads anywhere, in this precision.
         {{1, 0, -1e4, 0, 0, 1e-14}, {{1e-6, 0}, {-5e-7, 5e-7 * std::numbers::sqrt3}, {-100, 0}, {100, 0}}},
+        // The real stage ends before its 20 steps, and another pass goes on from where it ended (roots by mpmath, below).
+        {{2e11, 0, 1e15, -1, 0, 0, 0, 1e-14},
+         {{-1.5848931922611133256e-6, 0},
+          {-4.8975893053964849981e-7, 1.5073229983219710371e-6},
+          {1.2822055271702051626e-6, 9.315768449873786098e-7},
+          {-5e-16, 70.71067811865475244}}},
 #endif
         // mpmath 1.3.0, mp.dps = 40: polyroots(p, maxsteps=200, extraprec=200); the order is the library's.
         {{1, 0, -2, -5}, {{2.0945514815423265915, 0}, {-1.0472757407711632957, 1.1359398890889281862}}},
