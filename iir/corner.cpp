@@ -2,15 +2,17 @@
 //
 // The corner is the first point of a fixed grid at which |g H(jw)| is below 0.7071, g being 1 / H(0).  Its exact
 // evaluation is a sequence of complex operations, two dozen of them and a division for each section.  Most points lie
-// far above the level.  A screen evaluates |g H|^2 in real arithmetic, several points at a time, and passes over those
-// that are above the level by more than its error can be; only the others are evaluated exactly, so the corner is the
-// same.
+// far from the level.  A screen bounds |g H|^2 in real arithmetic, on stretches of the grid that become shorter towards
+// the corner and end as single points.  It passes over what is above the level by more than its error can be, and ends
+// at a point that is below by as much; only points in doubt are evaluated exactly, so the corner is the same.
 //
-// The screen takes num = g^2 prod |N|^2 and den = prod |D|^2 over the sections.  Real and imaginary parts of N and D
-// carry the same roundings as in the exact evaluation.  What follows errs by less than 20 roundings a section, 1e-13
-// for 50 sections, so a margin of 1e-9 is ample as long as nothing over- or underflows.  That is so where products of
-// upper bounds stay below 1e100 and the products themselves end above 1e-30: then each factor, and each product of some
-// of them, lies between 1e-130 and 1e100.
+// The screen takes num = g^2 prod |N|^2 and den = prod |D|^2 over the sections.  At a single point, real and imaginary
+// parts of N and D carry the same roundings as in the exact evaluation, and what follows errs by less than 20 roundings
+// a section, 1e-13 for 50 sections.  On a stretch, the real part c0 - c2 w^2 may round by c2 w^2 2^-52.  As stretches
+// have at least four points, it reaches c2 w^2 / 2500 at one end, so a square exceeds those at the ends by 2e-12 at most,
+// 1e-10 for 50 sections.  A margin of 1e-9 is ample as long as nothing over- or underflows.  That is so where products
+// of upper bounds stay below 1e100 and the products themselves end above 1e-100: then each factor, and each product of
+// some of them, lies between 1e-200 and 1e100, and quotients of products lie between 1e-300 and 1e300.
 
 #include <mensura/iir.h>
 
@@ -53,7 +55,7 @@ bool below_corner(const AnalogCascade &c, double g, double w) {
 // An upper bound of |c2 s^2 + c1 s + c0|^2 wherever the screen evaluates it, or 1 if that is more, multiplied over the
 // sections.
 double bound_of_product(std::size_t sections, const double *c2, const double *c1, const double *c0) {
-    const double w = frequency(kLastPoint + kPointsAtOnce);
+    const double w = frequency(kLastPoint + kStretchesAtOnce * kLongestStretch);
     double product = 1;
     for (std::size_t k = 0; k < sections; ++k) {
         const double re = std::fabs(c0[k]) + std::fabs(c2[k]) * (w * w), im = c1[k] * w;
@@ -71,11 +73,17 @@ bool can_screen(const AnalogCascade &c, double g) {
 double find_corner(const AnalogCascade &c) {
     const double g = inverse_of_dc_gain(c);
     const bool screened = can_screen(c, g);
-    for (int point = 1;; ++point) {
-        if (screened) point = first_doubtful_point(c, g, point);
-        if (point > kLastPoint) return frequency(kLastPoint);
-        if (below_corner(c, g, frequency(point))) return frequency(point);
+    for (int point = 1; point <= kLastPoint; ++point) {
+        bool below = false;
+        if (screened) {
+            const ScreenedPoint doubtful = screen_points(c, g, point);
+            if (doubtful.point > kLastPoint) break;
+            point = doubtful.point;
+            below = doubtful.below;
+        }
+        if (below || below_corner(c, g, frequency(point))) return frequency(point);
     }
+    return frequency(kLastPoint);
 }
 
 // c2 s^2 + c1 s + c0 with its roots multiplied by `scale`: the damping c1 / (2 r) stays, the natural frequency
