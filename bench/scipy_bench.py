@@ -3,14 +3,15 @@
 
     python3 bench/scipy_bench.py [--json] [libmensura.so]        default: build/release/libmensura.so
 
-Prints the best of many rounds, per sample or per point, as a table or in the format of Google Benchmark.  Both sides run
-the default low-pass (40 Hz at 360 Hz, three sections), and their results are compared first.  Ours write to arrays that are
-kept; SciPy makes its own in every call.
+Prints the medians of the quiet rounds (quiet.py), per sample or per point, as a table or in the format of Google Benchmark.
+Both sides run the default low-pass (40 Hz at 360 Hz, three sections), and their results are compared first.  Ours write to
+arrays that are kept; SciPy makes its own in every call.
 """
 
 import argparse
 import json
 import pathlib
+import statistics
 import sys
 import time
 
@@ -21,12 +22,13 @@ try:
     sys.dont_write_bytecode = True  # no cache beside the sources
     sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "docs/measure"))
     from binding import TIIRFilter, load, sections_of
+    from quiet import measured
 except ImportError as missing:
     sys.exit(f"{missing}: apt-get install python3-scipy, and run this with Debian's /usr/bin/python3")
 
 SAMPLES = 1_000_000
 POINTS = 100_000
-ROUNDS = 40
+ROUNDS = 20
 EDGE = 1000  # samples not compared at either end, where the start of a filter shows: its poles, |z| < 0.62, fade to 1e-16 in 80
 LOW_PASS = 0  # ptLowPass
 ODD = 1  # MENSURA_SOS_ENDS_ODD
@@ -39,16 +41,19 @@ def check(what, ours, peer):
         sys.exit(f"{what}: ours and SciPy's differ by {worst:.3g}, more than {TOLERANCE:g}")
 
 
+def seconds(run):
+    start = time.perf_counter()
+    run()
+    return time.perf_counter() - start
+
+
 def compare(what, items, ours, peer):
     """Times both in turn."""
-    best = {ours: float("inf"), peer: float("inf")}
-    for _ in range(ROUNDS):
-        for run in best:
-            start = time.perf_counter()
-            run()
-            best[run] = min(best[run], time.perf_counter() - start)
-    ours_ns, peer_ns = (best[run] / items * 1e9 for run in (ours, peer))
-    return {"name": what, "ours_ns": ours_ns, "peer_ns": peer_ns, "ratio": ours_ns / peer_ns}
+    rounds = [measured([lambda: seconds(ours), lambda: seconds(peer)]) for _ in range(ROUNDS)]
+    counted = [times for times, quiet in rounds if quiet] or [times for times, _ in rounds]
+    ours_ns, peer_ns = (statistics.median(times) / items * 1e9 for times in zip(*counted))
+    return {"name": what, "ours_ns": ours_ns, "peer_ns": peer_ns, "ratio": statistics.median(a / b for a, b in counted),
+            "quiet": sum(quiet for _, quiet in rounds) / ROUNDS}
 
 
 def main():
@@ -114,7 +119,7 @@ def main():
     if arguments.json:
         print(json.dumps({"benchmarks": table}))
         return
-    print(f"{'best of ' + str(ROUNDS) + ' rounds':<48} {'ours ns':>9} {'SciPy ns':>9} {'ratio':>7}")
+    print(f"{'medians of ' + str(ROUNDS) + ' rounds':<48} {'ours ns':>9} {'SciPy ns':>9} {'ratio':>7}")
     for row in table:
         print(f"{row['name']:<48} {row['ours_ns']:9.2f} {row['peer_ns']:9.2f} {row['ratio']:7.3f}")
 
