@@ -5,7 +5,8 @@
 //
 //   1. gather: stages 1 and 2, from the caller's arrays into vectors in bit-reversed order, tile by tile for the caches
 //   2. passes of two stages, in registers; a large transform finishes one quarter after the other, which stays in the
-//      cache meanwhile
+//      cache meanwhile.  Twiddle factors are data (fft_factors.cpp) up to 1024 points, above they come from the first
+//      eighth of a circle: the table up to 16384 points, computed in the call for more
 //   3. the last two stages, scaled, into the caller's arrays
 //
 // The inverse is the forward transform with re and im exchanged, so that both run the same butterflies.
@@ -16,7 +17,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <utility>
 
 #include "../internal/scratch.h"
 #include "twiddles.h"
@@ -26,59 +26,46 @@ using mensura::kLanes;
 
 namespace {
 
-// Up to 256 points the vectors lie on the stack, which leaves malloc small requests that it serves fast.
-constexpr std::size_t kStackVectors = 64;
+// Up to 1024 points the vectors lie on the stack.
+constexpr std::size_t kStackVectors = 256;
 
-// Entries of the tables of twiddle factors: at most n / 16 + n / 64 + ... = n / 12, and one for a pass of q = 2.
-constexpr std::size_t twiddle_count(std::size_t n) { return n / 12 + 1; }
+void transform_on_stack(double *re, double *im, std::size_t n, double zero, double scale) {
+    Bins bins[kStackVectors];
+    transform({n, bins, {}, zero}, re, im, scale);
+}
 
-// The first quarter of the circle, as w4 of the last pass.  It is written double by double: changing one lane of a
-// vector would read the vector back before the stores to its other lanes have reached the cache.
-void fill_last_pass(const Plan &plan) {
-    auto *const table = reinterpret_cast<double *>(plan.twiddles_of(plan.vectors() / 4));
-    constexpr std::size_t kStride = sizeof(Twiddles) / sizeof(double), kW4 = offsetof(Twiddles, w4) / sizeof(double);
-    const auto put = [table](std::size_t k, double re, double im) {
-        double *const four = table + k / kLanes * kStride + kW4;
-        four[k % kLanes] = re;
-        four[k % kLanes + kLanes] = im;
-    };
-    for_first_eighth(plan.n, [&](std::size_t i, double cos, double sin) {
-        put(plan.n / 4 - i, sin, -cos);
-        put(i, cos, -sin);
+// Entries of the first eighth of a circle, both ends included.
+constexpr std::size_t eighth_of(std::size_t points) { return points / 8 + 1; }
+
+// The passes of more than kCirclePoints points have n, n / 4, n / 16 ... of them.
+template <typename F>
+void for_fine_circles(std::size_t n, F f) {
+    for (std::size_t points = n; points > kCirclePoints; points /= 4) f(points);
+}
+
+void fill_eighths(Plan &plan, CosSin *memory) {
+    std::size_t circle = 0;
+    for_fine_circles(plan.n, [&](std::size_t points) {
+        memory[0] = {1, 0};
+        if (circle == 0)
+            for_first_eighth(points, [memory](std::size_t i, double cos, double sin) { memory[i] = {cos, sin}; });
+        else  // a circle four times as coarse as the one before
+            for (std::size_t i = 1; i < eighth_of(points); ++i) memory[i] = plan.eighths[circle - 1][4 * i];
+        plan.eighths[circle++] = memory;
+        memory += eighth_of(points);
     });
-    put(0, 1.0, plan.zero);
 }
 
-// Eight points are too few for vectors: the plain steps.
-void transform_eight(double *re, double *im, int dir, double scale) {
-    constexpr int kPoints = 8;
-    const auto memory = mensura::scratch<double>(3 * kPoints);
-    if (!memory) return;
-    double *const scratch_re = memory.get(), *const scratch_im = scratch_re + kPoints;
-    double *const twiddle_re = scratch_im + kPoints, *const twiddle_im = twiddle_re + kPoints / 2;
-    int index[kPoints];
-    ReArrangeInput(re, im, scratch_re, scratch_im, index, kPoints);
-    FillTwiddleArray(twiddle_re, twiddle_im, kPoints, dir);
-    Transform(re, im, scratch_re, scratch_im, twiddle_re, twiddle_im, kPoints);
-    for (int i = 0; i < kPoints; ++i) {
-        re[i] *= scale;
-        im[i] *= scale;
-    }
-}
-
-void transform_vectors(double *re, double *im, std::size_t n, int dir, double scale) {
-    Bins on_stack[kStackVectors];
-    const std::size_t vectors = n / kLanes, on_heap = vectors > kStackVectors ? vectors : 0;
-    const std::size_t bytes = on_heap * sizeof(Bins) + twiddle_count(n) * sizeof(Twiddles);
+void transform_on_heap(double *re, double *im, std::size_t n, double zero, double scale) {
+    std::size_t entries = 0;
+    for_fine_circles(n, [&entries](std::size_t points) { entries += eighth_of(points); });
+    const std::size_t vectors = n / kLanes, bytes = vectors * sizeof(Bins) + entries * sizeof(CosSin);
     std::size_t room = bytes + alignof(Bins);
     const auto memory = mensura::scratch<std::byte>(room);
     if (!memory) return;
     void *start = memory.get();
-    auto *const aligned = static_cast<Bins *>(std::align(alignof(Bins), bytes, start, room));
-    const Plan plan{n, on_heap > 0 ? aligned : on_stack, reinterpret_cast<Twiddles *>(aligned + on_heap),
-                    dir == 0 ? 0.0 : -0.0};
-    fill_last_pass(plan);
-    if (dir == 1) std::swap(re, im);
+    Plan plan{n, static_cast<Bins *>(std::align(alignof(Bins), bytes, start, room)), {}, zero};
+    fill_eighths(plan, reinterpret_cast<CosSin *>(plan.bins + vectors));
     transform(plan, re, im, scale);
 }
 
@@ -86,9 +73,10 @@ void transform_vectors(double *re, double *im, std::size_t n, int dir, double sc
 
 void FFT(double *re, double *im, int n, int dir) {
     if (IsValidFFTSize(n) == 0 || dir < 0 || dir > 1) return;
-    const double scale = dir == 0 ? 1.0 / n : 1.0;
-    if (n == 8)
-        transform_eight(re, im, dir, scale);
+    const auto points = static_cast<std::size_t>(n);
+    const auto run = points / kLanes <= kStackVectors ? transform_on_stack : transform_on_heap;
+    if (dir == 0)
+        run(re, im, points, 0.0, 1.0 / n);
     else
-        transform_vectors(re, im, static_cast<std::size_t>(n), dir, scale);
+        run(im, re, points, -0.0, 1.0);
 }

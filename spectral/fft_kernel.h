@@ -5,6 +5,7 @@
 
 #include "../internal/lanes.h"
 #include "../internal/target.h"
+#include "circle_table.h"
 
 namespace mensura::spectral {
 
@@ -17,20 +18,26 @@ struct Twiddles {
     Bins w2, w4;
 };
 
-// One transform of n >= 16 points, in n / 4 vectors.
-//
-// A pass runs two stages: it joins four transforms of q vectors to one of 4 q.  Passes have q = 1, 4, 16, ..., n / 16;
-// where n / 16 is no power of four, one stage runs on its own first, and they have q = 2, 8, 32, ..., n / 16.  The
-// table of a pass has q entries; the tables lie one after the other.
+// A pass runs two stages: it joins four transforms of q vectors to one of 4 q.  Its factors are q entries, which depend
+// on q alone.  Those of the passes up to 1024 points are data, one pass after the other.
+inline constexpr std::size_t kReadyVectors = 64;
+constexpr std::size_t ready_before(std::size_t q) { return (q - 1) / 3; }
+struct ReadyFactors {
+    Twiddles even[ready_before(4 * 64)];  // q = 1, 4, 16, 64
+    Twiddles odd[ready_before(4 * 32)];   // q = 2, 8, 32
+};
+extern const ReadyFactors kReady;
+
+// One transform of n points, in n / 4 vectors.  From n = 16 on passes have q = 1, 4, 16, ..., n / 16; where n / 16 is no
+// power of four, one stage runs on its own first, and they have q = 2, 8, 32, ..., n / 16.
 struct Plan {
     std::size_t n;
     Bins *bins;
-    Twiddles *twiddles;  // the caller fills w4 of the last pass
+    const CosSin *eighths[3];  // of the circles of n, n / 4 and n / 16 points, where they are finer than the table
     double zero;  // imaginary part of the twiddle factor 1: +0, and -0 in the inverse, whose exchange of re and im
                   // changes its sign
 
     [[nodiscard]] LANES_INLINE std::size_t vectors() const { return n / kLanes; }
-    [[nodiscard]] LANES_INLINE Twiddles *twiddles_of(std::size_t q) const { return twiddles + (q - 1) / 3; }
 };
 
 // The forward transform of re and im, multiplied by scale, in place.

@@ -27,6 +27,7 @@ static KalmanFilter kf;
 static RMATRIX square, other, result;
 static CplxD z, w, roots[9];
 static double sample, tame[20], samples[kMostStates], out[kMostStates];
+static double re[1024], im[1024];
 static double model[5][kMostStates * kMostStates], *rows[kMostStates];
 static int found, states, measured;
 static mensura_sos_request request;
@@ -105,6 +106,7 @@ const Call kCalls[] = {
          KalmanFilter_update1(&kf, &other, &square)),
     CALL(101, 110, KalmanFilter_update_d(&kf, samples, out); KalmanFilter_update1_d1(&kf, samples, rows, out)),
     CALL(101, 110, KalmanFilter_update1_d(&kf, samples, getKalmanFilterA(model[0], states, sample), out)),
+    CALL(20, 80, re[7] = sample; FFT(re, im, 1024, 0); FFT(im, re, 512, 1); FFT(re, im, 8, 0)),
     CALL(21, 24, found = FindRoots(9, samples, roots)),
     CALL(4, 35, IIRFilterZeroPhase(bank.Filters, samples, out, states)),
     CALL(4, 35,

@@ -28,8 +28,8 @@ RULES = {  # sentences of the headers that the columns of the table repeat
         "4 sections + 2 extension doubles, or null: allocated",
     ),
     "spectral.h": (
-        "FFT, DFT, RealSigDFT and WindowData take scratch memory from the heap and release it before they return; if there "
-        "is none they leave the data as they were. Nothing else here allocates",
+        "FFT of more than 1024 points, DFT, RealSigDFT and WindowData take scratch memory from the heap and release it "
+        "before they return; if there is none they leave the data as they were. Nothing else here allocates",
         "safe in several threads at once, each on its own data",
     ),
     "matrix.h": (

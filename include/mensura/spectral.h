@@ -14,9 +14,9 @@
  *     X[k] = (1 / n) sum_t x[t] exp(-2 pi i k t / n)          forward
  *     x[t] = sum_k X[k] exp(2 pi i k t / n)                   inverse
  *
- * **Memory.**  Complex data lie in two arrays, re and im, that must not overlap.  FFT, DFT, RealSigDFT and WindowData
- * take scratch memory from the heap and release it before they return; if there is none they leave the data as they
- * were.  Nothing else here allocates.
+ * **Memory.**  Complex data lie in two arrays, re and im, that must not overlap.  FFT of more than 1024 points, DFT,
+ * RealSigDFT and WindowData take scratch memory from the heap and release it before they return; if there is none they
+ * leave the data as they were.  Nothing else here allocates.
  *
  * **Threads.**  All functions are safe in several threads at once, each on its own data.
  *
@@ -40,8 +40,11 @@ extern "C" {
  *
  *     c W = (c.re W.re - c.im W.im, c.re W.im + c.im W.re)
  *
- * Allocates about 27 n bytes, up to n = 256 about 11 n, with 5 KB on the stack (19 KB if compiled without
- * optimisation).
+ * Up to n = 16384 its twiddle factors are data of the library, and the results have the same bits on every machine;
+ * above, libm computes the factors in between.
+ *
+ * Up to n = 1024 it takes 20 KB of stack (80 KB if compiled without optimisation) and allocates nothing.  Above, it
+ * allocates about 16 n bytes, from n = 32768 on about 19 n.
  * @param re   n real parts
  * @param im   n imaginary parts
  * @param n    a power of two from 8 to 1048576; any other leaves the data as they were
@@ -67,8 +70,8 @@ MENSURA_EXPORT void ReArrangeInput(const double *inRe, const double *inIm, doubl
                                    int n);
 
 /** Step 2: the twiddle factors cos(2 pi i / n) and -sin(2 pi i / n), or +sin for a dir other than 0.
- * They are written for i = 0 .. n/2 - 1.  The first eighth comes from libm, the rest by symmetry; the entries at n/8,
- * n/4 and 3n/8 are exact. */
+ * They are written for i = 0 .. n/2 - 1.  The first eighth comes from a table of n = 16384, and between its angles from
+ * libm, the rest by symmetry; the entries at n/8, n/4 and 3n/8 are exact. */
 MENSURA_EXPORT void FillTwiddleArray(double *twRe, double *twIm, int n, int dir);
 
 /** Step 3: log2(n) stages of butterflies between tmp, which holds the rearranged input, and buf.

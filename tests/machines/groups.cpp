@@ -282,15 +282,24 @@ void spectral_butterflies(Results &results) {
     }
 }
 
+void fast_transforms(Results &results, int smallest, int largest) {
+    for (int n = smallest; n <= largest; n *= 2)
+        for (const int dir : {0, 1}) {
+            const std::size_t size = static_cast<std::size_t>(n);
+            auto x = noise(2 * size, 10), twiddles = x;
+            FFT(x.data(), &x[size], n, dir);
+            FillTwiddleArray(twiddles.data(), &twiddles[size / 2], n, dir);
+            add_all(results, x, first(n, twiddles.data()));
+        }
+}
+
+void spectral_fast(Results &results) { fast_transforms(results, 8, 16384); }
+void spectral_fast_and_long(Results &results) { fast_transforms(results, 32768, 65536); }
+
 void spectral_transforms(Results &results) {
-    for (const int n : {8, 64, 1000, 1024, 65536}) {
+    for (const int n : {8, 64, 1000, 1024}) {
         const std::size_t size = static_cast<std::size_t>(n);
-        auto x = noise(2 * size, 10), twiddles = x, bins = x;
-        FFT(x.data(), &x[size], n, 0);
-        add(results, x);
-        FillTwiddleArray(twiddles.data(), &twiddles[size], n, 0);
-        add(results, twiddles);
-        if (n > 1024) continue;
+        auto x = noise(2 * size, 10), bins = x;
         RealSigDFT(x.data(), bins.data(), &bins[size], n);
         DFT(x.data(), &x[size], n, 1);
         add_all(results, bins, x);
@@ -473,6 +482,8 @@ constexpr Group kGroups[] = {
     {"sos.designs", kLibm, sos_designs},
     {"sos.measures", kLibm, sos_measures},
     {"spectral.butterflies", kExact, spectral_butterflies},
+    {"spectral.fast", kExact, spectral_fast},
+    {"spectral.fast_and_long", kLibm, spectral_fast_and_long},
     {"spectral.transforms", kLibm, spectral_transforms},
     {"spectral.single_frequencies", kLibm, spectral_single_frequencies},
     {"spectral.windows", kLibm, spectral_windows},
