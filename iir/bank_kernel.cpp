@@ -73,9 +73,9 @@ LANES_INLINE bool are_unscaled(const TIIRFilter &f, std::size_t k) {
 }
 
 // Runs the leading pairs of primed channels that have `sections` sections each, none with a scale.  The compiler knows
-// the number of sections and unrolls the loops over them.
+// the number of sections and unrolls the loops over them.  Inlined, all of these would share a frame of many KB.
 template <std::size_t sections>
-LANES_INLINE int run_alike(TIIRFilter *filters, int count, const double *in, double *out) {
+[[gnu::noinline]] int run_alike(TIIRFilter *filters, int count, const double *in, double *out) {
     const auto fits = [](const TIIRFilter &f) LANES_LAMBDA {
         return f.Primed != 0 && f.Coeffs.NumSections == sections && are_unscaled<sections>(f, 0);
     };

@@ -85,8 +85,8 @@ const Call kCalls[] = {
     CALL(4, 4,
          z.re = IIRFilter(bank.Filters, sample) + SingleFreqDFT(samples, 9, sample) + Goertzel(samples, 9, sample)),
     CALL(4, 10, IIRFilters(&bank, samples, out)),
-    CALL(4, 10, out[0] = SectCalc(sample, 1, 0, bank.Filters->Coeffs)),
-    CALL(11, 36, FilterWithIIR(samples, out, states, bank.Filters->Coeffs)),
+    CALL(5, 10, out[0] = SectCalc(sample, 1, 0, bank.Filters->Coeffs)),
+    CALL(12, 25, FilterWithIIR(samples, out, states, bank.Filters->Coeffs)),
     CALL(32, 32, CalcIIRFilterCoeff({ptNotch, sample, 0.1, 0, {pfInverseChebyshev, 15, 0.1, 60, 0}})),
     CALL(4, 4, central_difference_online(slopes, sample); amlitude_limit_filer_online(limits, sample)),
     CALL(4, 4, move_average_filter_online(averages.Filters, sample);
@@ -108,22 +108,22 @@ const Call kCalls[] = {
     CALL(101, 110, KalmanFilter_update1_d(&kf, samples, getKalmanFilterA(model[0], states, sample), out)),
     CALL(20, 80, re[7] = sample; FFT(re, im, 1024, 0); FFT(im, re, 512, 1); FFT(re, im, 8, 0)),
     CALL(21, 24, found = FindRoots(9, samples, roots)),
-    CALL(4, 35, IIRFilterZeroPhase(bank.Filters, samples, out, states)),
+    CALL(4, 10, IIRFilterZeroPhase(bank.Filters, samples, out, states)),
     CALL(4, 35,
          for (const auto &smoother
               : reference::kSmoothers) smoother.run(samples, out, states)),
     CALL(4, 35, central_difference(samples, out, states, 0.01)),
     CALL(10, 10, request.edge[0] = 100 * std::abs(sample); mensura_sos_design(&request, sos, MENSURA_SOS_MAX_SECTIONS)),
     CALL(10, 10, mensura_sos_order(&requirement, -1, 0, &request, sizeof request)),
-    CALL(4, 23, mensura_sos_filter(sos, 3, registers, samples, 1, out, 1, states);
+    CALL(5, 13, mensura_sos_filter(sos, 3, registers, samples, 1, out, 1, states);
          mensura_sos_filter_channels(sos, 3, registers, 5, samples, 5, 1, out, 5, 1, states / 5)),
-    CALL(4, 23, mensura_sos_steady_state(sos, 3, sample, registers);
+    CALL(5, 13, mensura_sos_steady_state(sos, 3, sample, registers);
          mensura_sos_filtfilt(sos, 3, MENSURA_SOS_ENDS_ODD, 8, samples, 1, out, 1, states, work)),
     CALL(4, 4, mensura_sos_response(sos, 3, 360, &sample, &z.re, &z.im, 1)),
     CALL(4, 4, mensura_sos_group_delay(sos, 3, 360, &sample, out, 1); mensura_sos_pole_radius(sos, 3, out)),
     CALL(4, 4, mensura_sos_extremes(sos, 3, 360, 0, 100, out, nullptr);
          mensura_sos_crossings(sos, 3, 360, sample, out, 9)),
-    CALL(4, 23, mensura_sos_step_response(sos, 3, out, 9); mensura_sos_impulse_response(sos, 3, out, 9);
+    CALL(5, 13, mensura_sos_step_response(sos, 3, out, 9); mensura_sos_impulse_response(sos, 3, out, 9);
          mensura_sos_step_figures(sos, 3, 0.1, 1000, out, &settled)),
     CALL(4, 4, rkf45(0, 0.01, 1, 1e-6, grow, tame, 20, nullptr, out)),
     CALL(4, 4, rkf452(0, 0.01, 100, grow, tame, 20, nullptr, out)),

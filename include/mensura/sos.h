@@ -30,8 +30,8 @@
  * comment says so; arrays of n values may be null when n is 0.
  *
  * **Memory.**  Nothing allocates except mensura_sos_filtfilt, and that only when no work array is handed over.
- * On x86-64 mensura_sos_design and mensura_sos_order take up to 10 KB of stack, the others 4 KB, or 9 KB where the
- * processor has no AVX2, 23 KB without optimisation.
+ * On x86-64 mensura_sos_design and mensura_sos_order take up to 10 KB of stack, the others 5 KB, or 7 KB where the
+ * processor has no AVX2, 13 KB without optimisation.
  *
  * **Threads.**  There is no global state: any calls may run at once, as long as no two of them share a state or an
  * output.
