@@ -71,7 +71,6 @@ void measure_levels(const Meter &meter, const Target &target, Achieved &achieved
     for (const double edge : target.edges) achieved.edges.push_back({edge, relative(meter.gain(edge))});
     achieved.gain_db = target.passes * once;
     achieved.reference_db = target.passes * reference;
-    achieved.half_power = meter.crossings(reference + kHalfPowerDb / target.passes);
 }
 
 }  // namespace
@@ -95,6 +94,10 @@ Achieved measure(const Sections &sections, const Target &target) {
     measure_levels(meter, target, achieved);
     if (target.passes == 1) achieved.delay = meter.delay(reference_frequency(target));
     return achieved;
+}
+
+std::vector<double> half_power_of(const Sections &sections, double rate, int passes, double reference_db) {
+    return Meter(sections, rate).crossings(reference_db / passes + kHalfPowerDb / passes);
 }
 
 std::vector<std::string> warnings_about(const Achieved &achieved) {

@@ -33,7 +33,7 @@ struct Achieved {
     double gain_db = 0;              // at DC, at Nyquist (high-pass), at the centre (band-pass)
     double reference_db = 0;         // what levels are relative to
     std::vector<Level> edges;        // none for an all-pass
-    std::vector<double> half_power;  // Hz: where the gain passes -3.01 dB below the reference
+    std::vector<double> half_power;  // Hz: where the gain passes -3.01 dB below the reference; measured apart
     std::vector<Band> pass, stop;
     double delay = 0;        // s: group delay where gain_db is measured
     double pole_radius = 0;  // the largest; 1 or more is unstable
@@ -42,7 +42,11 @@ struct Achieved {
     bool measurable() const { return finite && !all_zero; }
 };
 
+// All but the half-power points.
 Achieved measure(const Sections &sections, const Target &target);
+
+// The frequencies, in Hz, where the gain of all passes together is -3.01 dB below the reference.
+std::vector<double> half_power_of(const Sections &sections, double rate, int passes, double reference_db);
 
 // Only whether the coefficients are finite, a section is all zero and the poles lie inside the unit circle.
 Achieved soundness(const Sections &sections);

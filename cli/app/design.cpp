@@ -227,8 +227,15 @@ Design design_for(const FilterRequest &request, double rate) {
         design.sections = designed(design.made);
     }
     design.achieved = measure(design.sections, target_of(design));
+    if (design.leading) measure_half_power(design);
     design.summary = summary_of(design);
     return design;
+}
+
+void measure_half_power(Design &design) {
+    Achieved &achieved = design.achieved;
+    if (!achieved.measurable()) return;
+    achieved.half_power = half_power_of(design.sections, design.rate, design.made.passes, achieved.reference_db);
 }
 
 void measure_step(Design &design) {

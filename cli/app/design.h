@@ -38,7 +38,10 @@ struct Design {
 
 Design design_for(const FilterRequest &request, double rate);
 
-// Apart from the rest, because slow filters take a second.
+// Apart from the rest, because reports alone need them: where its half-power points are, which costs as much as all
+// the rest (with leading sections they are measured at once),
+void measure_half_power(Design &design);
+// and the response to a step, which takes a second for slow filters.
 void measure_step(Design &design);
 
 // Reports on stderr which settings were clamped (leading sections), and why the design should not be used, after

@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <new>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/app/commands.h"
@@ -27,6 +29,28 @@ constexpr const char *kExamples =
     "  mensura design lowpass --cutoff 40Hz --rate 360Hz\n"
     "  mensura filter lowpass --cutoff 40Hz --rate 360Hz --plot=ecg.svg ecg.csv > clean.csv\n"
     "  mensura spectrum --window hanning --db ecg.csv\n";
+
+struct NamedCommand {
+    std::string_view name;
+    void (*add)(const Command &program);
+};
+constexpr std::string_view kCompletion = "completion";
+constexpr NamedCommand kCommands[] = {{"design", add_design},
+                                      {"filter", add_filter},
+                                      {"decimate", add_decimate},
+                                      {"spectrum", add_spectrum},
+                                      {"spectrogram", add_spectrogram},
+                                      {"tone", add_tone},
+                                      {"stats", add_stats},
+                                      {"window", add_window},
+                                      {"smooth", add_smooth},
+                                      {"derive", add_derive},
+                                      {"despike", add_despike},
+                                      {"average", add_average},
+                                      {"track", add_track},
+                                      {"roots", add_roots},
+                                      {"demo", add_demo},
+                                      {kCompletion, add_completion}};
 
 // In the list of commands, a command shows only the first line of its description.
 class HelpFormatter : public CLI::Formatter {
@@ -138,7 +162,7 @@ int run(CLI::App &program, int argc, char **argv) {
     }
 }
 
-void describe(CLI::App &program) {
+void describe(CLI::App &program, std::string_view command) {
     program.description(
         with_examples("Measurement data filtered, transformed and looked at from the command line.", kExamples));
     program.name("mensura");
@@ -153,16 +177,16 @@ void describe(CLI::App &program) {
         "Data go to standard output, messages to standard error.\n"
         "Exit status: 0 done, 1 the work failed, 2 the call or the input is wrong.");
     const Command commands(&program);
-    for (const auto add :
-         {add_design, add_filter, add_decimate, add_spectrum, add_spectrogram, add_tone, add_stats, add_window,
-          add_smooth, add_derive, add_despike, add_average, add_track, add_roots, add_demo, add_completion})
-        add(commands);
+    const bool alone = command != kCompletion &&
+                       std::ranges::find(kCommands, command, &NamedCommand::name) != std::ranges::end(kCommands);
+    for (const auto &[name, add] : kCommands)
+        if (!alone || name == command) add(commands);
 }
 
 int run_and_report(int argc, char **argv) {
     try {
         CLI::App program;
-        describe(program);
+        describe(program, argc > 1 ? argv[1] : "");
         return run(program, argc, argv);
     } catch (const ReaderGone &gone) {
         end_by_broken_pipe();

@@ -146,7 +146,10 @@ void run(const Options &options) {
         reject("--axis is for --show response");
     std::vector<Design> designs = designs_for(options);
     comment_on(options, designs);
-    for (Design &design : designs) measure_step(design);
+    for (Design &design : designs) {
+        if (!design.leading) measure_half_power(design);
+        measure_step(design);
+    }
     Output out(data_file(options.plot, options.output));
     print(out, options, designs);
     out.commit();
