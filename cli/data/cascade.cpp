@@ -66,7 +66,7 @@ class Runner {
 
   private:
     // Frames that the processor's cache holds while all channels run over them.
-    std::size_t block() const { return 1024 * channels_; }
+    std::size_t block() const { return 256 * channels_; }
     std::size_t size_at(std::span<double> frames, std::size_t i) const { return std::min(block(), frames.size() - i); }
 
     void run(std::span<double> frames, int direction) {

@@ -57,9 +57,13 @@ WholeSound::WholeSound(Source &source, const InputOptions &input) : sound_(sourc
     sound_.check_request(input);
     frames_.reserve(sound_.known_frames() * sound_.channels());
     std::vector<double> block(kSoundFrames * sound_.channels());
-    while (const std::size_t count = sound_.read(block))
-        frames_.insert(frames_.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(count));
-    if (std::ranges::any_of(frames_, [](double x) { return std::isnan(x); })) fill_missing();
+    bool missing = false;
+    while (const std::size_t count = sound_.read(block)) {
+        const std::span<const double> frames = std::span(block).first(count);
+        missing = missing || std::ranges::any_of(frames, [](double x) { return std::isnan(x); });
+        frames_.insert(frames_.end(), frames.begin(), frames.end());
+    }
+    if (missing) fill_missing();
 }
 
 void WholeSound::fill_missing() {

@@ -40,6 +40,19 @@ double rounded(double x) {
     return (x + kUnitsInLastPlace) - kUnitsInLastPlace;
 }
 
+// Integers from -scale to scale - 1, which the samples are limited to; what is not a number becomes -scale.  Neither
+// this loop nor the next has branches or counts doubles, so that the compiler vectorises them.
+void convert(std::span<const double> samples, double scale, double to_32_bits, int *to) {
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        to[i] = static_cast<int>(rounded(std::min(std::max(-scale, samples[i] * scale), scale - 1)) * to_32_bits);
+}
+
+bool has_either(std::span<const int> integers, int one, int other) {
+    int found = 0;
+    for (const int integer : integers) found |= static_cast<int>(integer == one) | static_cast<int>(integer == other);
+    return found != 0;
+}
+
 }  // namespace
 
 // What libsndfile writes into a file that is not there: first the header, which it may still change, then samples.
@@ -154,14 +167,14 @@ void SoundWriter::write_integers(std::span<const double> samples) {
     const int bits = sample_bits(format_);
     const double scale = std::ldexp(1.0, bits - 1), to_32_bits = std::ldexp(1.0, 32 - bits);
     integers_.resize(samples.size());
-    std::size_t clipped = 0;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const double wanted = samples[i] * scale;  // may be infinite or not a number
-        clipped += wanted >= -scale - 0.5 && wanted < scale - 0.5 ? 0U : 1U;
-        const double held = std::min(std::max(std::isnan(wanted) ? 0.0 : wanted, -scale), scale - 1);
-        integers_[i] = static_cast<int>(rounded(held) * to_32_bits);
+    convert(samples, scale, to_32_bits, integers_.data());
+    const int lowest = static_cast<int>(-scale * to_32_bits), highest = static_cast<int>((scale - 1) * to_32_bits);
+    const bool may_be_clipped = has_either(integers_, lowest, highest);
+    for (std::size_t i = 0; may_be_clipped && i < samples.size(); ++i) {
+        const double wanted = samples[i] * scale;
+        clipped_ += wanted >= -scale - 0.5 && wanted < scale - 0.5 ? 0U : 1U;
+        if (std::isnan(wanted)) integers_[i] = 0;
     }
-    clipped_ += clipped;
     if (sf_write_int(file_.get(), integers_.data(), static_cast<sf_count_t>(samples.size())) !=
         static_cast<sf_count_t>(samples.size()))
         fail("{}: {}", out_.name(), sf_strerror(file_.get()));
