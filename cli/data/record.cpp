@@ -17,6 +17,27 @@ namespace cli {
 
 namespace {
 
+// The line of each row.  Most rows follow each other: only where they do not, after a comment, is a line kept.
+class RowLines {
+  public:
+    void add(std::size_t line) {
+        if (runs_.empty() || line != runs_.back().line + (rows_ - runs_.back().row)) runs_.push_back({rows_, line});
+        ++rows_;
+    }
+    std::size_t rows() const { return rows_; }
+    std::size_t of(std::size_t row) const {
+        const Run run = *(std::ranges::upper_bound(runs_, row, {}, &Run::row) - 1);
+        return run.line + (row - run.row);
+    }
+
+  private:
+    struct Run {
+        std::size_t row, line;  // of its first row
+    };
+    std::vector<Run> runs_;
+    std::size_t rows_ = 0;
+};
+
 // Runs of samples that no more than `most` missing ones interrupt.  What is missing at an end belongs to the run next
 // to it if it is that short.
 std::vector<Piece> pieces_of(std::span<const double> samples, std::size_t most) {
@@ -78,38 +99,40 @@ void insert(const std::vector<MissingRows> &holes, Record &record) {
 }
 
 // Reports the cells that are missing in a row, and refuses them under --gaps error.  `lines` has the line of each row.
-void report_cells(const Record &record, const Channel &channel, const std::vector<std::size_t> &lines,
-                  GapReport &report) {
+void report_cells(const Record &record, const Channel &channel, const RowLines &lines, GapReport &report) {
     const std::size_t most = short_hole(record.rate);
     std::size_t cells = 0, first = 0;
-    for (std::size_t row = 0; row <= lines.size(); ++row) {
-        const bool missing = row < lines.size() && std::isnan(channel.samples[record.sample_of(row)]);
+    for (std::size_t row = 0; row <= lines.rows(); ++row) {
+        const bool missing = row < lines.rows() && std::isnan(channel.samples[record.sample_of(row)]);
         if (missing && cells++ == 0) first = row;
         if (missing) continue;
-        if (cells > most) report.cells_missing(lines[first], channel.name, cells, record.rate, first == 0);
+        if (cells > most) report.cells_missing(lines.of(first), channel.name, cells, record.rate, first == 0);
         cells = 0;
     }
 }
 
-void refuse_missing(const Record &record, const TableReader &table, const std::vector<std::size_t> &lines,
-                    const GapReport &report) {
-    for (std::size_t row = 0; row < lines.size(); ++row)
+void refuse_missing(const Record &record, const TableReader &table, const RowLines &lines, const GapReport &report) {
+    for (std::size_t row = 0; row < lines.rows(); ++row)
         for (std::size_t i = 0; i < record.channels.size(); ++i)
             if (table.columns()[i].kind == Column::Numbers && std::isnan(record.channels[i].samples[row]))
-                report.cell_missing(lines[row], table.columns()[i].index, table.columns()[i].name);
+                report.cell_missing(lines.of(row), table.columns()[i].index, table.columns()[i].name);
 }
 
 Record read_csv(Source &source, const InputOptions &input, Missing missing) {
     Record record{.name = source.name(), .text = source.rest(), .input = input};
     Source again(record.name, record.text);
     TableReader table(again, input);
-    RecordTimes times(record.name, input);
-    std::vector<std::size_t> lines;
+    const auto most_rows = static_cast<std::size_t>(std::ranges::count(record.text, '\n')) + 1;
+    RecordTimes times(record.name, input, most_rows);
+    RowLines lines;
     while (table.next()) {
         if (table.kind() != LineKind::Data) continue;
         times.add(table);
-        lines.push_back(table.line().number);
-        record.channels.resize(table.columns().size());
+        lines.add(table.line().number);
+        if (record.channels.empty()) {
+            record.channels.resize(table.columns().size());
+            for (Channel &channel : record.channels) channel.samples.reserve(most_rows);
+        }
         for (std::size_t i = 0; i < record.channels.size(); ++i)
             record.channels[i].samples.push_back(table.values()[i]);
     }

@@ -19,7 +19,8 @@ struct MissingRows {
 
 class RecordTimes {
   public:
-    RecordTimes(std::string file, const InputOptions &input) : file_(std::move(file)), input_(input) {}
+    RecordTimes(std::string file, const InputOptions &input, std::size_t most_rows)
+        : file_(std::move(file)), input_(input), most_rows_(most_rows) {}
 
     // Takes the time of each row of data.
     void add(TableReader &table);
@@ -38,6 +39,7 @@ class RecordTimes {
 
     std::string file_;
     const InputOptions &input_;
+    std::size_t most_rows_;
     std::string column_;
     std::size_t number_ = 0;  // of the column, from 1; 0: there is none
     TimeSteps maker_;
