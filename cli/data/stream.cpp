@@ -24,6 +24,11 @@ std::vector<std::string> names_of(const TableReader &table) {
 
 void Gaps::fill(std::span<double> frames, std::size_t channels) {
     last_.resize(channels, kMissing);
+    const auto is_missing = [](double sample) { return std::isnan(sample); };
+    if (std::ranges::none_of(frames, is_missing)) {
+        std::ranges::copy(frames.last(std::min(channels, frames.size())), last_.begin());
+        return;
+    }
     for (std::size_t i = 0; i < frames.size(); i += channels)
         for (std::size_t k = 0; k < channels; ++k) {
             double &sample = frames[i + k];
@@ -60,6 +65,7 @@ void RowFilter::count_missing(std::size_t channel) {
         if (run.cells++ == 0) run.line = line;
         return;
     }
+    if (run.cells == 0) return;
     const bool is_long = run.cells > short_hole(holes_.rate());
     if (is_long) holes_.cells_missing(run.line, column.name, run.cells);
     if (is_long && policy_ == GapPolicy::Split) restart(channel);
@@ -95,7 +101,8 @@ void stream_table(Source &source, const Files &files, FrameFilter &filter, const
     for_each_line(table, out, [&] {
         if (table.kind() != LineKind::Data) return table.write_line(out);
         const std::vector<double> &row = rows.run();
-        for (std::size_t k = 0; k < row.size(); ++k) comparison.add(rows.place(), k, table.values()[k], row[k]);
+        if (files.plot.wanted())
+            for (std::size_t k = 0; k < row.size(); ++k) comparison.add(rows.place(), k, table.values()[k], row[k]);
         table.write_row(out, row);
     });
     rows.finish();

@@ -39,14 +39,14 @@ Output::~Output() {
 
 void Output::number(double value, char decimal) {
     if (std::isnan(value)) value = std::numeric_limits<double>::quiet_NaN();  // without a sign, which says nothing
-    std::array<char, 32> text;
-    const auto end = fmt::format_to(text.data(), FMT_COMPILE("{}"), value);
-    if (decimal != '.') std::replace(text.data(), end, '.', decimal);
-    buffer_.append(text.data(), end);
+    constexpr std::size_t kLongest = 32;
+    char *const text = room(kLongest), *const end = fmt::format_to(text, FMT_COMPILE("{}"), value);
+    if (decimal != '.') std::replace(text, end, '.', decimal);
+    used_ += static_cast<std::size_t>(end - text);
 }
 
 void Output::flush() {
-    std::string_view rest = buffer_;
+    std::string_view rest(buffer_.data(), used_);
     while (!rest.empty()) {
         const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
         if (written < 0 && errno == EINTR) continue;
@@ -55,7 +55,7 @@ void Output::flush() {
         if (written < 0) fail("{}: {}", name_, std::strerror(errno));
         rest.remove_prefix(static_cast<std::size_t>(written));
     }
-    buffer_.clear();
+    used_ = 0;
 }
 
 void Output::commit() {

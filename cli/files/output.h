@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/files/temporary.h"
 
@@ -18,10 +19,10 @@ class Output {
     Output(const Output &) = delete;
     Output &operator=(const Output &) = delete;
 
-    void write(std::string_view text) { buffer_.append(text); }
+    void write(std::string_view text) { used_ += text.copy(room(text.size()), text.size()); }
     // In the fewest digits that read back as the same number.
     void number(double value, char decimal = '.');
-    bool full() const { return buffer_.size() >= kBlock; }
+    bool full() const { return used_ >= kBlock; }
     void flush();
     void commit();
 
@@ -31,7 +32,15 @@ class Output {
   private:
     static constexpr std::size_t kBlock = 1 << 16;
 
-    std::string name_, buffer_;
+    // Where so many bytes can be put behind those that are there.
+    char *room(std::size_t count) {
+        if (buffer_.size() - used_ < count) buffer_.resize(2 * (used_ + count));
+        return buffer_.data() + used_;
+    }
+
+    std::string name_;
+    std::vector<char> buffer_;
+    std::size_t used_ = 0;  // bytes of the buffer that have not been flushed
     std::optional<Replacement> replacement_;
     int descriptor_ = -1;
 };

@@ -18,8 +18,6 @@ std::size_t closing_quote(std::string_view text, std::size_t opening) {
     return at;
 }
 
-bool is_blank(char c) { return c == ' ' || c == '\t'; }
-
 void split_at_blanks(std::string_view line, std::vector<std::string_view> &cells) {
     for (std::size_t at = 0;;) {
         while (at < line.size() && is_blank(line[at])) ++at;

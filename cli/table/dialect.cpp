@@ -1,11 +1,7 @@
 #include "cli/table/dialect.h"
 
-#include <fast_float/fast_float.h>
-
 #include <algorithm>
-#include <cmath>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "cli/app/number.h"
@@ -88,11 +84,9 @@ std::optional<double> number_in(std::string_view cell, char decimal) {
     if (cell.size() > 1 && cell.front() == '+' && cell[1] != '-') cell.remove_prefix(1);
     const char *const end = cell.data() + cell.size();
     double value = 0;
-    const fast_float::parse_options options(fast_float::chars_format::general, decimal);
-    const auto result = fast_float::from_chars_advanced(cell.data(), end, value, options);
-    if (result.ec != std::errc() || !std::isfinite(value)) return {};
-    if (result.ptr != end && !(plain && trimmed({result.ptr, static_cast<std::size_t>(end - result.ptr)}).empty()))
-        return {};
+    const char *const rest = read_number(cell.data(), end, decimal, value);
+    if (rest == nullptr) return {};
+    if (rest != end && !(plain && trimmed({rest, static_cast<std::size_t>(end - rest)}).empty())) return {};
     return value;
 }
 

@@ -24,6 +24,18 @@ std::string counted(std::size_t count, const char *one, const char *many) {
     return fmt::format("{} {}", count, count == 1 ? one : many);
 }
 
+const char *after_spaces(const char *at, const char *end) {
+    while (at != end && *at == ' ') ++at;
+    return at;
+}
+
+// Where a cell of text ends; nullptr: there is a quote or a tab in it, which may belong to it or end it.
+const char *end_of_text(const char *at, const char *end, char separator) {
+    for (; at != end && *at != separator; ++at)
+        if (*at == '"' || *at == '\t') return nullptr;
+    return at;
+}
+
 }  // namespace
 
 TableReader::TableReader(Source &source, InputOptions input, Faults faults)
@@ -41,7 +53,13 @@ bool TableReader::next() {
     text_ = line_.text;
     if (line_.number == 1 && text_.starts_with(kBom)) text_.remove_prefix(kBom.size());
     kind_ = LineKind::Other;
-    if (names_separator() || is_remark(text_) || !read_cells()) return true;
+    if (names_separator() || is_remark(text_)) return true;
+    if (read_plain_row()) {
+        kind_ = LineKind::Data;
+        ++rows_;
+        return true;
+    }
+    if (!read_cells()) return true;
     kind_ = rows_ == 0 ? kind_of_line() : LineKind::Data;
     if (kind_ == LineKind::Data) read_data();
     return true;
@@ -53,6 +71,34 @@ bool TableReader::names_separator() {
     if (std::string_view(";,\t ").find(text_.back()) == std::string_view::npos) return false;
     separator_ = text_.back();
     return true;
+}
+
+// Reads a row as most are, where a number tells by itself where its cell ends: no search for separators and quotes
+// comes first.  False: it is another one, for read_cells() and read_data().
+bool TableReader::read_plain_row() {
+    if (rows_ == 0 || decimal_ == '\0' || decimal_ == separator_) return false;
+    const bool at_blanks = separator_ == ' ';
+    const char *at = text_.data(), *const end = at + text_.size();
+    cells_.clear();
+    for (std::size_t i = 0; i < width_; ++i) {
+        if (i > 0 && !at_blanks && (at == end || *at++ != separator_)) return false;
+        const char *const first = after_spaces(at, end), *const stop = read_plain_cell(column_of_cell_[i], first, end);
+        if (stop == nullptr) return false;
+        if (at_blanks && (stop == first || (stop != end && *stop != ' '))) return false;
+        const char *const next = after_spaces(stop, end);
+        cells_.push_back(at_blanks ? std::string_view(first, stop) : std::string_view(at, next));
+        at = next;
+    }
+    return at == end;
+}
+
+// Returns where the cell's content ends; nullptr: it is neither a number nor empty nor plain text.
+const char *TableReader::read_plain_cell(std::size_t column, const char *first, const char *end) {
+    if (column == kNone) return end_of_text(first, end, separator_);
+    values_[column] = kMissing;
+    if (columns_[column].kind == Column::Text) return end_of_text(first, end, separator_);
+    if (first == end || *first == separator_) return first;
+    return columns_[column].kind == Column::Numbers ? read_number(first, end, decimal_, values_[column]) : nullptr;
 }
 
 // False if there are none to be read.

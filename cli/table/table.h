@@ -74,6 +74,8 @@ class TableReader {
 
     // table.cpp: line by line
     bool names_separator();
+    bool read_plain_row();
+    const char *read_plain_cell(std::size_t column, const char *first, const char *end);
     bool read_cells();
     void read_data();
     void read_values();

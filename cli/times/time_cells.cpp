@@ -164,13 +164,16 @@ std::optional<Instant> date_time(std::string_view cell, DateOrder order) {
     return Instant{*days * kDay + time->seconds, time->fraction};
 }
 
-// A plain number with this decimal mark; '\0': either.
-std::optional<double> plain_number(std::string_view cell, char decimal) {
-    if (decimal == '.' || (decimal == '\0' && cell.find(',') == std::string_view::npos)) return parse_number(cell);
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
+// A plain number with this decimal mark, '\0': either; kNone where there is none.
+double plain_number(std::string_view cell, char decimal) {
+    const double number = decimal == ',' ? kNone : parse_number(cell).value_or(kNone);
+    if (!std::isnan(number) || decimal == '.') return number;
     std::array<char, 64> text;
-    if (cell.size() > text.size() || cell.find('.') != std::string_view::npos) return {};
+    if (cell.size() > text.size() || cell.find('.') != std::string_view::npos) return kNone;
     std::ranges::replace_copy(cell, text.begin(), ',', '.');
-    return parse_number({text.data(), cell.size()});
+    return parse_number({text.data(), cell.size()}).value_or(kNone);
 }
 
 // A long number, split at its point.
@@ -217,14 +220,14 @@ std::optional<double> TimeCells::parse(std::string_view cell) {
 
 bool TimeCells::begin_number(std::string_view cell) {
     constexpr double kLong = 1e9;  // from here on rounding to doubles may show in the differences
-    const std::optional<double> value = plain_number(cell, decimal_);
-    if (!value) return false;
-    if (name_.unit <= 0) name_.unit = likely_unit(*value, name_.date);
-    first_number_ = *value * name_.unit;
+    const double value = plain_number(cell, decimal_);
+    if (std::isnan(value)) return false;
+    if (name_.unit <= 0) name_.unit = likely_unit(value, name_.date);
+    first_number_ = value * name_.unit;
     if (!std::isfinite(first_number_)) return false;
     form_ = Form::Number;
     const std::optional<Instant> exact = long_number(cell);
-    if (std::abs(*value) < kLong || !exact) return true;
+    if (std::abs(value) < kLong || !exact) return true;
     first_ = *exact;
     form_ = Form::LongNumber;
     return true;
@@ -271,9 +274,9 @@ bool TimeCells::doubt(std::string_view cell, std::string_view readings) {
 }
 
 std::optional<double> TimeCells::number(std::string_view cell) const {
-    const std::optional<double> value = plain_number(cell, decimal_);
-    if (!value || !std::isfinite(*value * name_.unit - first_number_)) return {};
-    return *value * name_.unit - first_number_;
+    const double time = plain_number(cell, decimal_) * name_.unit - first_number_;
+    if (!std::isfinite(time)) return {};
+    return time;
 }
 
 std::optional<double> TimeCells::since_first(const std::optional<Instant> &instant, double unit) const {

@@ -35,6 +35,9 @@ TEST_F(CommandLine, rewriting_keeps_everything_but_the_numbers) {
     write("units.csv", "time,\"a;b [m]\",note, v_km/h ,q (m/s^2),left_arm\n0,1,x,1,1,1\n1,2,y,1,1,2\n");
     EXPECT_EQ(run("derive units.csv"), 0) << err;
     EXPECT_EQ(out, "time,a;b [m/s],note, v_km/h/s ,q (m/s^3),d(left_arm)/dt\n0,1,x,0,0,1\n1,1,y,0,0,1\n");
+    write("blank.csv", "t, ,x\n0,1,1\n1,2,1\n");
+    EXPECT_EQ(run("derive blank.csv"), 0) << err;
+    EXPECT_EQ(out, "t, d()/dt,d(x)/dt\n0,1,0\n1,1,0\n");
     EXPECT_EQ(run("derive units.csv --column left_arm --plot-script"), 0) << err;
     for (const char *label : {"ylabel 'left_arm'", "ylabel 'd(left_arm)/dt'"}) EXPECT_HAS(out, label);
     write("spikes.csv", "x y\n1 0\n1 0\n1 0\n1 0\n1 0\n1 0\n9 0\n1.50 NA\n-9 7\n2.5 8\n");

@@ -16,6 +16,18 @@ TEST_F(CommandLine, tables_keep_their_form) {
     }
 }
 
+// Up to 15 digits a number is read in another way than beyond.
+TEST_F(CommandLine, cells_are_read_as_the_nearest_double) {
+    write("all_pass.csv", "1,0,0,1,0,0\n");
+    for (const char *cell :
+         {"-0.000001", "0.1", "123456789012345", "12345678.9012345", "0.00000000000001", "1234567890123456",
+          "0.1234567890123457", "9007199254740993", "179769313486231570000.5", "5e-324", "-1.5E3", "1.", ".5", "7"}) {
+        write("x.csv", std::string("x\n0.5\n") + cell + "\n");
+        EXPECT_EQ(run("filter --quiet --sos all_pass.csv x.csv"), 0) << err;
+        EXPECT_EQ(std::strtod(out.substr(out.find('\n', 2) + 1).c_str(), nullptr), std::strtod(cell, nullptr)) << cell;
+    }
+}
+
 TEST_F(CommandLine, missing_cells_stay_and_count_as_the_value_before) {
     const std::string layout = "x,y\n,0\n@,0\nNaN,0\nNA,0\n\"\",0\n@,0\nnan,0\n@,0\n";
     write("gaps.csv", filled(layout, {1, 3, -2}));
@@ -39,6 +51,8 @@ TEST_F(CommandLine, faults_of_a_table_are_named_with_their_place) {
           {"a\tb\n1\t1,234.56\n", ":2:2: \"1,234.56\" has a separator between"},
           {"a;b\n1;1'234.5\n", ":2:2: \"1'234.5\" has a separator between thousands"},
           {"a,b\n1,2\n\n3,abc\n", ":4:2: \"abc\""},
+          {"a b\n1.5 2\n1-2 .5.5\n", ":3:1: \"1-2\""},
+          {"a b\n1.5 2\n1.5.5\n", ":3:2: has 1 cells"},
           {"1\ninf\n", ":2:1: \"inf\" is not a finite"},
           {"1\n1e999\n", ":2:1: \"1e999\""},
           {"", ": is empty"},
