@@ -127,6 +127,7 @@ SECTIONS = {
     "The companion": {
         "mensura_filter_time": Row("`mensura filter`, 1e6 rows of a CSV", SCIPY, limit=0.2e9),
         "mensura_filter_against_mawk": Row("the same", "`mawk`, the sections written out"),
+        "mensura_filter_against_miller": Row("`mensura filter --sos`, one pole, 1e6 rows", "`mlr step -a ewma`"),
         "mensura_filter_memory": Row("the same, peak of its memory", SCIPY, limit=16),
         "mensura_filter_64_columns": Row("`mensura filter`, 64 columns of 15625 rows", SCIPY),
         "mensura_filter_64_columns_against_one": Row("the same", "ours, one column of as many numbers"),
@@ -135,6 +136,8 @@ SECTIONS = {
         "mensura_average_against_miller_memory": Row("the same, peak of its memory", "`mlr step -a slwin`", limit=16),
         "mensura_stats_against_miller": Row("`mensura stats`, 1e6 rows", "`mlr stats1`, four of its numbers"),
         "mensura_stats_against_mawk": Row("the same", "`mawk`, four of its numbers"),
+        "mensura_filter_short_sound_against_sox":
+            Row("`mensura filter`, a sound of 1e6 samples", "`sox`, the same sections as `biquad`"),
         "mensura_filter_sound_against_sox":
             Row("`mensura filter`, 10 minutes of stereo sound", "`sox`, the same sections as `biquad`"),
         "mensura_filter_sound_against_ffmpeg": Row("the same", "`ffmpeg`, the same sections as `biquad`"),

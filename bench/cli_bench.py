@@ -29,6 +29,7 @@ SOUND_RATE, SOUND_SECONDS = 48_000, 600
 TABLE_FILTER = ["lowpass", "--cutoff", "40Hz", "--rate", "360Hz"]
 SOUND_FILTER = ["lowpass", "--cutoff", "1kHz", "--rate", str(SOUND_RATE)]
 AVERAGE = 10
+SMOOTHING = 0.1  # of y = SMOOTHING x + (1 - SMOOTHING) y', the only filter that miller has
 
 # The fastest of NumPy's readers of text is loadtxt (NumPy 1.23 and later read in C).
 SCIPY = """
@@ -118,6 +119,14 @@ def write_table(path, rows, columns):
             file.write(",".join(f"{random.gauss(0, 1):.6f}" for _ in range(columns)) + "\n")
 
 
+def write_short_sound(path):
+    """Noise, as many samples as the table has rows, the first one silent: sox starts from rest."""
+    noise = array.array("h", (random.randrange(-16384, 16384) if i > 0 else 0 for i in range(ROWS)))
+    with wave.open(path, "wb") as sound:
+        sound.setparams((1, 2, SOUND_RATE, 0, "NONE", ""))
+        sound.writeframes(noise.tobytes())
+
+
 def write_sound(path):
     """Stereo noise, the same second again and again, at half of full scale and silent at both ends."""
     noise = array.array("h", (random.randrange(-16384, 16384) for _ in range(2 * SOUND_RATE))).tobytes()
@@ -171,6 +180,11 @@ def table_jobs(program, folder):
     yield Job("mensura_filter_64_columns", [*ours, wide], [*scipy, wide, "OUT"],
               lambda a, b: same_numbers(a, b) and same_numbers(a, b, -1), "mensura_filter_64_columns_memory")
     yield Job("mensura_filter_64_columns_against_one", [*ours, wide], [*ours, records], lambda a, b: True)
+    with open(f"{folder}/ewma.csv", "w") as file:
+        file.write(f"{SMOOTHING},0,0,1,{SMOOTHING - 1},0\n")
+    yield Job("mensura_filter_against_miller", [program, "filter", "--sos", f"{folder}/ewma.csv", "--quiet", records],
+              ["mlr", "--csv", "step", "-a", "ewma", "-d", str(SMOOTHING), "-f", "x0", records],
+              lambda a, b: same_numbers(a, b, -1))
     yield Job("mensura_average_against_miller", [program, "average", "--length", str(AVERAGE), records],
               ["mlr", "--csv", "step", "-a", f"slwin_{AVERAGE - 1}_0", "-f", "x0", records],
               lambda a, b: same_numbers(a, b, -1), "mensura_average_against_miller_memory")
@@ -188,6 +202,10 @@ def sound_jobs(program, folder):
     filter = [word for word in SOUND_FILTER if word != "--rate"][:-1]
     one_way = [program, "filter", *filter, "--quiet", sound, "-o", "OUT"]
     two_ways = [program, "filter", *filter, "--zero-phase", "--quiet", sound, "-o", "OUT"]
+    short = f"{folder}/short.wav"
+    write_short_sound(short)
+    yield Job("mensura_filter_short_sound_against_sox", [program, "filter", *filter, "--quiet", short, "-o", "OUT"],
+              sox(sections, short, False), same_sound)
     yield Job("mensura_filter_sound_against_sox", one_way, sox(sections, sound, False), same_sound)
     yield Job("mensura_filter_sound_against_ffmpeg", one_way, ffmpeg(sections, sound), same_sound)
     yield Job("mensura_zero_phase_sound_against_sox", two_ways, sox(both, sound, True), same_sound)
