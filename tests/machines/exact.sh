@@ -1,5 +1,4 @@
-# Compares the fingerprints of the groups that only add, multiply, divide and take square roots with the ones on
-# record, which hold for every machine.
+# Compares the fingerprints of the exact groups (groups.h) with the ones on record, which hold for every machine.
 # Usage: exact.sh exact.txt digest-program...
 set -eu
 export LC_ALL=C

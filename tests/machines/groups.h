@@ -9,7 +9,7 @@ using Results = std::vector<double>;
 struct Group {
     const char *name;
     enum class Bits {
-        kExact,  // adds, multiplies, divides, takes square roots: the same on every machine
+        kExact,  // adds, multiplies, divides, takes square roots, has tables: the same on every machine
         kLibm,   // elementary functions: the same wherever libm's results are
         kRoots   // long double too: the same wherever that has the same precision, else up to the order of the roots
     } bits;
