@@ -57,7 +57,7 @@ LowPassProto CalcLowPassProtoCoeff(ProtoSpec request) {
         proto.SectionCount = 1;
         return proto;
     }
-    Roots poles{}, zeros{};
+    Roots poles, zeros;
     int zero_count = 0;
     const int pole_count = family_roots(spec, poles, zeros, zero_count);
     proto.SectionCount = GetFilterCoeff(pole_count, poles.data(), proto.Den2, proto.Den1, proto.Den0);

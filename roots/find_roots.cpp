@@ -27,10 +27,14 @@ using RootParts = std::array<real, kMaxDegree>;
 // The polynomial that is still to be solved, of degree `degree`, and the slots of the roots found so far: a root is
 // written at slot N - degree before the degree falls.
 struct Search {
-    Coefficients P;
-    int degree;
-    int N;
+    int degree, N;
     real *re, *im;
+    Coefficients P;
+
+    Search(const real *coefficients, int n, real *real_parts, real *imaginary_parts)
+        : degree(n), N(n), re(real_parts), im(imaginary_parts) {
+        std::copy_n(coefficients, n + 1, P.begin());
+    }
 
     int slot() const { return N - degree; }
 
@@ -86,14 +90,14 @@ Found try_all_starts(IterationMemory &memory, Search &search, Work &w) {
 // Finds and divides out factors until a closed form can take over, or no start leads anywhere.
 void reduce(Search &search) {
     IterationMemory &memory = this_threads_memory();
-    Work w{};
+    Work w;  // each entry is written before it is read
     while (search.degree > kClosedFormDegree) {
         const Found found = try_all_starts(memory, search, w);
         if (found == Found::kNothing) return;
         const bool quadratic = found == Found::kQuadraticFactor;
         if (quadratic) QuadRoots(w.TUV, search.re + search.slot(), search.im + search.slot());
-        search.P = quadratic ? w.QP : w.QPR;
         search.degree -= quadratic ? 2 : 1;
+        std::copy_n((quadratic ? w.QP : w.QPR).begin(), search.degree + 1, search.P.begin());
         search.take_zero_roots();
     }
 }
@@ -110,9 +114,7 @@ int PFiftyOne(long double *Coeff, int N, long double *RealRoot, long double *Ima
     std::fill_n(ImagRoot, N, 0.0L);
     const auto is_finite = [](real c) { return std::isfinite(c); };
     if (N > kClosedFormDegree && !std::all_of(Coeff, Coeff + N + 1, is_finite)) return 0;
-    Search search{{}, N, N, RealRoot, ImagRoot};
-    std::copy_n(Coeff, N + 1, search.P.begin());
-
+    Search search(Coeff, N, RealRoot, ImagRoot);
     search.take_zero_roots();
     search.degree = drop_leading_zeros(search.P.data(), search.degree);
     make_monic(search.P.data(), search.degree);
@@ -124,7 +126,7 @@ int PFiftyOne(long double *Coeff, int N, long double *RealRoot, long double *Ima
 
 int FindRoots(int N, double *Coeff, CplxD *Roots) {
     if (N < 1 || N > kMaxDegree) return 0;
-    Coefficients p{};
+    Coefficients p;
     std::copy_n(Coeff, N + 1, p.begin());
     RootParts re, im;
     const int count = PFiftyOne(p.data(), N, re.data(), im.data());
