@@ -38,6 +38,10 @@ constexpr CosineSum<4> kBlackmanNuttall = {0.3535819, -0.4891775, 0.1365995, -0.
 constexpr CosineSum<4> kNuttall = {0.355768, -0.487396, 0.144232, -0.012604};
 constexpr CosineSum<4> kKaiserBessel = {0.402, -0.498, 0.098, 0.001};
 
+// pow(x, exponent); its bits may differ from those of a product.  x to the power of 1 is x wherever pow errs by less
+// than half an ulp before it rounds.
+double power(double x, double exponent) { return exponent == 1.0 ? x : std::pow(x, exponent); }
+
 template <std::size_t terms>
 double cosine_sum(const CosineSum<terms> &a, double t) {
     double sum = a[0] + a[1] * std::cos(t);
@@ -61,7 +65,7 @@ void fill_taper(std::span<double> w, int kind, std::size_t points, double beta) 
                 return Bessel(beta * std::sqrt(1.0 - x * x)) / peak;
             });
         }
-        case wkSinc: return fill([=](double j) { return std::pow(Sinc(kPi * (2.0 * j - d) / d), beta); });
+        case wkSinc: return fill([=](double j) { return power(Sinc(kPi * (2.0 * j - d) / d), beta); });
         case wkHanning: return fill_cosines(kHanning);
         case wkHamming: return fill_cosines(kHamming);
         case wkBlackman: return fill_cosines(kBlackman);
@@ -79,7 +83,7 @@ void fill_taper(std::span<double> w, int kind, std::size_t points, double beta) 
                 const double v = (j - d / 2.0) / (d / 2.0) * kGaussScale;
                 return std::exp(-(v * v));
             });
-        case wkSine: return fill([=](double j) { return std::pow(std::sin(kPi * j / d), beta); });
+        case wkSine: return fill([=](double j) { return power(std::sin(kPi * j / d), beta); });
         default: return;
     }
 }
@@ -143,8 +147,8 @@ void WindowData(double *data, int n, int kind, double alpha, double beta, int un
 
 double Bessel(double x) {
     const double half = x / 2.0;
-    double sum = 1.0;
-    for (std::size_t k = 1; k <= std::size(kFactorial); ++k) {
+    double sum = 1.0 + half * half;  // the terms with k = 0 and 1
+    for (std::size_t k = 2; k <= std::size(kFactorial); ++k) {
         // volatile, so that the compiler does not replace pow(half, 2) by half * half, whose bits can differ.
         const volatile auto exponent = static_cast<double>(k);
         const double term = std::pow(half, exponent) / kFactorial[k - 1];
