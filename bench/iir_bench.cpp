@@ -104,11 +104,23 @@ auto design_many(const IIRDesignSpec &spec) {
     };
 }
 
-void Chebyshev_8_design_against_Butterworth_8(benchmark::State &state) {
-    bench::compare(state, kDesigns, design_many(request(ptLowPass, pfChebyshev, 8)),
+void compare_with_Butterworth_8(benchmark::State &state, int family, int poles) {
+    bench::compare(state, kDesigns, design_many(request(ptLowPass, family, poles)),
                    design_many(request(ptLowPass, pfButterworth, 8)));
 }
+
+void Chebyshev_8_design_against_Butterworth_8(benchmark::State &state) {
+    compare_with_Butterworth_8(state, pfChebyshev, 8);
+}
 MENSURA_COMPARE(Chebyshev_8_design_against_Butterworth_8, 400);
+
+void Bessel_8_design_against_Butterworth_8(benchmark::State &state) { compare_with_Butterworth_8(state, pfBessel, 8); }
+MENSURA_COMPARE(Bessel_8_design_against_Butterworth_8, 400);
+
+void Papoulis_20_design_against_Butterworth_8(benchmark::State &state) {
+    compare_with_Butterworth_8(state, pfPapoulis, 20);
+}
+MENSURA_COMPARE(Papoulis_20_design_against_Butterworth_8, 40);
 
 #ifdef MENSURA_HAVE_LIQUID
 

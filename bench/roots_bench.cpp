@@ -1,4 +1,4 @@
-// FindRoots against the companion-matrix QR of GSL (double precision), random coefficients.
+// FindRoots against the companion-matrix QR of GSL (double precision).
 
 #include <gsl/gsl_poly.h>
 #include <mensura/roots.h>
@@ -99,15 +99,24 @@ struct Errors {
     }
 };
 
-void FindRoots_against_gsl(benchmark::State &state) {
-    const auto polynomials = random_polynomials(static_cast<int>(state.range(0)));
+// (x - 1) (x - 2) ... (x - degree)
+Coefficients wilkinson(int degree) {
+    Coefficients p{1};
+    for (int root = 1; root <= degree; ++root) {
+        p.push_back(0);
+        for (std::size_t j = p.size() - 1; j > 0; --j) p[j] -= root * p[j - 1];
+    }
+    return p;
+}
+
+void compare_with_gsl(benchmark::State &state, const std::vector<Coefficients> &polynomials) {
     std::vector<Coefficients> ascending(polynomials);
     for (auto &p : ascending) std::ranges::reverse(p);
     Gsl gsl(polynomials[0].size());
     std::vector<CplxD> roots(polynomials[0].size());
 
     bench::compare(
-        state, kPolynomials,
+        state, static_cast<double>(polynomials.size()),
         [&] {
             for (Coefficients p : polynomials) FindRoots(static_cast<int>(p.size()) - 1, p.data(), roots.data());
         },
@@ -116,7 +125,7 @@ void FindRoots_against_gsl(benchmark::State &state) {
         });
 
     Errors our_errors, gsl_errors;
-    for (std::size_t i = 0; i < kPolynomials; ++i) {
+    for (std::size_t i = 0; i < polynomials.size(); ++i) {
         gsl.solve(ascending[i]);
         our_errors.include(polynomials[i], ours(polynomials[i]));
         gsl_errors.include(polynomials[i], gsl.roots());
@@ -126,7 +135,16 @@ void FindRoots_against_gsl(benchmark::State &state) {
     state.counters["ours_rebuilt"] = our_errors.rebuilding;
     state.counters["peer_rebuilt"] = gsl_errors.rebuilding;
 }
+
+void FindRoots_against_gsl(benchmark::State &state) {
+    compare_with_gsl(state, random_polynomials(static_cast<int>(state.range(0))));
+}
 MENSURA_COMPARE(FindRoots_against_gsl, 40)->Arg(20)->Arg(40);
+
+void FindRoots_of_Wilkinson_against_gsl(benchmark::State &state) {
+    compare_with_gsl(state, {wilkinson(static_cast<int>(state.range(0)))});
+}
+MENSURA_COMPARE(FindRoots_of_Wilkinson_against_gsl, 10)->Arg(100);
 
 }  // namespace
 
