@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "average_kernel.h"
 #include "channels.h"
 
 using namespace mensura::online;
@@ -46,6 +47,26 @@ std::size_t run_alike(MovingAverageOnline *s, const double *x, double *out, std:
     return kMost;
 }
 
+constexpr int kWorthUnrolling = 20;  // samples
+
+// A vector of channels waits until their new samples have left the processor's store buffer: with fewer samples than this
+// to add, and with two channels, it does not pay.
+constexpr std::size_t kWorthVectors = 200;
+
+bool is_worth_vectors(const MovingAverageOnline *s, std::size_t count) {
+    const auto alike = [&](const MovingAverageOnline &channel) { return channel.Length == s->Length; };
+    return count > 2 && count <= kMostTogether && s->Length > 0 &&
+           count * static_cast<std::size_t>(s->Length) >= kWorthVectors && std::all_of(s, s + count, alike);
+}
+
+// The next sample of `count` channels that have the same length, a vector of channels at a time.
+void run_in_vectors(MovingAverageOnline *s, const double *x, double *out, std::size_t count) {
+    for (std::size_t c = 0; c < count; ++c) put(s[c], x[c]);
+    double sums[kMostTogether];
+    sum_windows(s, count, static_cast<std::size_t>(s->Length), sums);
+    for (std::size_t c = 0; c < count; ++c) out[c] = mean(s[c], sums[c]);
+}
+
 }  // namespace
 
 void init_move_average_filter_online(MovingAverageOnline *s, int length) {
@@ -56,9 +77,16 @@ void init_move_average_filter_online(MovingAverageOnline *s, int length) {
 }
 
 double move_average_filter_online(MovingAverageOnline *s, double x) {
-    double y;
-    run_together<1>(s, &x, &y);
-    return y;
+    if (s->Length < kWorthUnrolling) {
+        double y;
+        run_together<1>(s, &x, &y);
+        return y;
+    }
+    put(*s, x);
+    double sum = 0.0;
+#pragma GCC unroll 8
+    for (int i = 0; i < s->Length; ++i) sum += s->Buffer[i];
+    return mean(*s, sum);
 }
 
 void init_move_average_filter_onlines(MovingAverageBank *b, int length, int count) {
@@ -68,6 +96,9 @@ void init_move_average_filter_onlines(MovingAverageBank *b, int length, int coun
 
 int move_average_filter_onlines(MovingAverageBank *b, const double *x, double *out) {
     const auto count = static_cast<std::size_t>(std::max(b->Count, 0));
-    for (std::size_t i = 0; i < count;) i += run_alike(b->Filters + i, x + i, out + i, count - i);
+    if (is_worth_vectors(b->Filters, count))
+        run_in_vectors(b->Filters, x, out, count);
+    else
+        for (std::size_t i = 0; i < count;) i += run_alike(b->Filters + i, x + i, out + i, count - i);
     return b->Count;
 }
