@@ -1,6 +1,6 @@
 // Sections side by side.  A section waits for its own last output, so sections that run one after the other leave the
-// processor idle.  Here a group of up to eight sections, in one vector or two, runs in one step, each section on an
-// earlier sample than the section that feeds it:
+// processor idle.  Here a group of sections, in one vector or two, runs in one step, each section on an earlier sample
+// than the section that feeds it:
 //
 //     section 0: sample t,  section 1: sample t - kLag,  section 2: sample t - 2 kLag,  ...
 //
@@ -26,31 +26,56 @@ struct Kind {
 // Samples between neighbouring sections: an output has the time of three steps to become the next section's input.
 inline constexpr std::size_t kLag = 3;
 
-// Most sections of a group.
-inline constexpr std::size_t kMostSections = 2 * kLanes;
-
 // Steps from a sample's input to its output in a group.
 constexpr std::size_t lead_of(std::size_t sections) { return kLag * (sections - 1); }
 
-// Lane by lane, `a` where the condition holds, else `b`.  Written with ?:, g++ 12 would branch for every lane.
-LANES_INLINE Lanes chosen(LaneBits condition, Lanes a, Lanes b) {
-    return reinterpret_cast<Lanes>((condition & reinterpret_cast<LaneBits>(a)) |
-                                   (~condition & reinterpret_cast<LaneBits>(b)));
+// As long a vector as the processor has: g++ 12 keeps longer ones in memory, from step to step.  moved_up moves it by a
+// lane; the last lane of the vector below comes in.
+#ifdef __AVX__
+using Vector = Lanes;
+template <typename Value>
+LANES_INLINE Vector each_lane(Value value) {
+    return Vector{value(0), value(1), value(2), value(3)};
+}
+LANES_INLINE Vector moved_up(Vector below, Vector v) { return __builtin_shufflevector(below, v, 3, 4, 5, 6); }
+#else
+using Vector = Pair;
+template <typename Value>
+LANES_INLINE Vector each_lane(Value value) {
+    return Vector{value(0), value(1)};
+}
+LANES_INLINE Vector moved_up(Vector below, Vector v) { return __builtin_shufflevector(below, v, 1, 2); }
+#endif
+inline constexpr std::size_t kWidth = sizeof(Vector) / sizeof(double);
+
+// Sections of a group.  A second vector fits into the time that the first one waits for its last outputs.
+inline constexpr std::size_t kMostSections = 2 * kWidth;
+
+LANES_INLINE Vector same_in_all(double x) {
+    return each_lane([x](std::size_t) LANES_LAMBDA { return x; });
 }
 
-// Up to four neighbouring sections, a lane each.
-template <Kind kind>
-struct Vector {
-    Lanes a0, a1, a2, b0, b1, b2;
-    Lanes x1{}, x2{}, y1{}, y2{}, y3{};  // inputs and outputs one, two and three steps ago
-    Lanes peak{};
+// Lane by lane, `a` where the condition holds, else `b`.
+using Condition = decltype(Vector{} == Vector{});
+LANES_INLINE Vector chosen(Condition condition, Vector a, Vector b) {
+    return reinterpret_cast<Vector>((condition & reinterpret_cast<Condition>(a)) |
+                                    (~condition & reinterpret_cast<Condition>(b)));
+}
 
-    LANES_INLINE Vector(const Cascade &c, std::size_t first, std::size_t count) {
-        const auto gathered = [&c, first, count](const double *numbers) LANES_LAMBDA {
-            const auto lane = [&](std::size_t i) LANES_LAMBDA {
-                return i < count ? numbers[static_cast<std::ptrdiff_t>(first + i) * c.coefficient_distance] : 0.0;
-            };
-            return Lanes{lane(0), lane(1), lane(2), lane(3)};
+// Neighbouring sections, a lane each.
+template <Kind kind>
+struct SideBySide {
+    Vector a0, a1, a2, b0, b1, b2;
+    Vector x1{}, x2{}, y1{}, y2{}, y3{};  // inputs and outputs one, two and three steps ago
+    Vector peak{};
+
+    // Sections first .. end - 1, as far as there are lanes.
+    LANES_INLINE void read(const Cascade &c, std::size_t first, std::size_t end) {
+        const auto gathered = [&c, first, end](const double *numbers) LANES_LAMBDA {
+            return each_lane([&](std::size_t i) LANES_LAMBDA {
+                const std::size_t k = first + i;
+                return k < end ? numbers[static_cast<std::ptrdiff_t>(k) * c.coefficient_distance] : 0.0;
+            });
         };
         if constexpr (kind.scaled) a0 = gathered(c.a0);
         a1 = gathered(c.a1);
@@ -60,11 +85,12 @@ struct Vector {
         b2 = gathered(c.b2);
     }
 
-    // Section k enters lane i: what the lane has done before does not count.
-    LANES_INLINE void start(const Cascade &c, std::size_t k, std::size_t i) {
-        const LaneBits is_lane = LaneBits{0, 1, 2, 3} == static_cast<std::int64_t>(i);
+    // Section k enters lane i, if there is one: what the lane has done before does not count.
+    LANES_INLINE void start(const Cascade &c, std::size_t k, std::ptrdiff_t i) {
+        const Vector numbers = each_lane([](std::size_t lane) LANES_LAMBDA { return static_cast<double>(lane); });
+        const Condition is_lane = numbers == same_in_all(static_cast<double>(i));
         const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(k) * c.register_distance;
-        const auto put = [is_lane](double x, Lanes &v) LANES_LAMBDA { v = chosen(is_lane, all(x), v); };
+        const auto put = [is_lane](double x, Vector &v) LANES_LAMBDA { v = chosen(is_lane, same_in_all(x), v); };
         put(c.x1[at], x1);
         put(c.x2[at], x2);
         put(c.y1[at], y1);
@@ -72,13 +98,13 @@ struct Vector {
         put(0.0, peak);
     }
 
-    LANES_INLINE void step(Lanes u) {
-        const Lanes b0_u = b0 * u, b1_x1 = b1 * x1, b2_x2 = b2 * x2;
-        const Lanes s = fed_forward(b0_u, b1_x1, b2_x2);
-        Lanes a0_s = s;
+    LANES_INLINE void step(Vector u) {
+        const Vector b0_u = b0 * u, b1_x1 = b1 * x1, b2_x2 = b2 * x2;
+        const Vector s = fed_forward(b0_u, b1_x1, b2_x2);
+        Vector a0_s = s;
         if constexpr (kind.scaled) a0_s *= a0;
-        const Lanes a1_y1 = a1 * y1, a2_y2 = a2 * y2;
-        const Lanes y = fed_back(a0_s, a1_y1, a2_y2);
+        const Vector a1_y1 = a1 * y1, a2_y2 = a2 * y2;
+        const Vector y = fed_back(a0_s, a1_y1, a2_y2);
         x2 = x1;
         x1 = u;
         y3 = y2;
@@ -89,28 +115,31 @@ struct Vector {
     }
 };
 
-// Up to kLanes neighbouring sections in one vector, or more in two.
+// Up to kWidth neighbouring sections in one vector, or more in two.
 template <std::size_t vectors, Kind kind>
 struct Group {
     const Cascade &c;
     std::size_t first, count;
-    Vector<kind> head, tail;
+    SideBySide<kind> head, tail;
 
-    LANES_INLINE Group(const Cascade &cascade, std::size_t from, std::size_t n)
-        : c(cascade), first(from), count(n), head(c, first, n), tail(c, first + kLanes, n < kLanes ? 0 : n - kLanes) {}
+    LANES_INLINE Group(const Cascade &cascade, std::size_t from, std::size_t n) : c(cascade), first(from), count(n) {
+        head.read(c, first, first + count);
+        if constexpr (vectors == 2) tail.read(c, first + kWidth, first + count);
+    }
 
     // Section i of the group enters its lane.
     LANES_INLINE void start(std::size_t i) {
-        head.start(c, first + i, i);
-        if constexpr (vectors == 2) tail.start(c, first + i, i - kLanes);
+        head.start(c, first + i, static_cast<std::ptrdiff_t>(i));
+        if constexpr (vectors == 2)
+            tail.start(c, first + i, static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(kWidth));
     }
 
     // Section i leaves its lane; returns its peak.
     LANES_INLINE double finish(std::size_t i) const {
-        const auto lane = [&](Lanes in_head, Lanes in_tail) LANES_LAMBDA {
-            double values[vectors * kLanes];
+        const auto lane = [i](Vector in_head, Vector in_tail) LANES_LAMBDA {
+            double values[vectors * kWidth];
             store(values, in_head);
-            if constexpr (vectors == 2) store(values + kLanes, in_tail);
+            if constexpr (vectors == 2) store(values + kWidth, in_tail);
             return values[i];
         };
         const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(first + i) * c.register_distance;
@@ -121,12 +150,13 @@ struct Group {
         return lane(head.peak, tail.peak);
     }
 
-    // One step with the input of the first section; returns the output of the last.
+    // One step with the input of the first section; returns the output of the last.  The tail goes first, while the
+    // head has its earlier outputs.
     LANES_INLINE double step(double input) {
-        if constexpr (vectors == 2) tail.step(__builtin_shufflevector(head.y3, tail.y3, 3, 4, 5, 6));
-        head.step(__builtin_shufflevector(all(input), head.y3, 0, 4, 5, 6));
-        const Lanes y = vectors == 2 ? tail.y1 : head.y1;
-        return y[(count - 1) % kLanes];
+        if constexpr (vectors == 2) tail.step(moved_up(head.y3, tail.y3));
+        head.step(moved_up(same_in_all(input), head.y3));
+        const Vector y = vectors == 2 ? tail.y1 : head.y1;
+        return y[(count - 1) % kWidth];
     }
 };
 
@@ -170,11 +200,11 @@ template <std::size_t vectors, Kind kind>
 // All sections over n samples, as many at a time as the samples can fill; returns the peak.
 template <Kind kind>
 double run_groups(const Cascade &c, Samples<const double> in, Samples<double> out, std::size_t n) {
-    const std::size_t most = n >= lead_of(kMostSections) ? kMostSections : n >= lead_of(kLanes) ? kLanes : 1;
+    const std::size_t most = n >= lead_of(kMostSections) ? kMostSections : n >= lead_of(kWidth) ? kWidth : 1;
     double peak = 0.0;
     for (std::size_t first = 0; first < c.count; first += most) {
         const std::size_t left = c.count - first, count = left < most ? left : most;
-        const double of_group = count > kLanes ? run_group<2, kind>(c, first, count, in, out, n)
+        const double of_group = count > kWidth ? run_group<2, kind>(c, first, count, in, out, n)
                                                : run_group<1, kind>(c, first, count, in, out, n);
         if (of_group > peak) peak = of_group;
         in = {out.next, out.stride};

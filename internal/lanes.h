@@ -29,6 +29,11 @@ LANES_INLINE void store(double *p, Pair v) { std::memcpy(p, &v, sizeof v); }
 LANES_INLINE Pair firsts(Pair a, Pair b) { return __builtin_shufflevector(a, b, 0, 2); }
 LANES_INLINE Pair seconds(Pair a, Pair b) { return __builtin_shufflevector(a, b, 1, 3); }
 
+LANES_INLINE Pair magnitude(Pair v) {
+    using Bits = std::int64_t __attribute__((vector_size(16)));
+    return reinterpret_cast<Pair>(reinterpret_cast<Bits>(v) & INT64_MAX);  // without the sign bit
+}
+
 // Double by double, a where it is larger than b; b also where either is NaN.
 LANES_INLINE Pair larger(Pair a, Pair b) { return a > b ? a : b; }
 
