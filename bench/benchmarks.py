@@ -7,6 +7,7 @@ were reached when they were set, plus 5 %.  Pages take their numbers from here:
     ROWS                  {name of a benchmark: Row}
     load()                {"conditions": {...}, "benchmarks": {name: {"unit", "ours", "peer", "ratios", "quiet"}}}; a row
                           that was measured elsewhere than the others has its "machine"
+    growth()              the table of growth.json, which `bench/growth.py` measured last
     tables(results)       all of it as Markdown: tables under headings, then the reasons as notes
     quantity(3880, "ns")  "3.88 µs"
     ratio(measured)       the median of its ratios
@@ -14,12 +15,13 @@ were reached when they were set, plus 5 %.  Pages take their numbers from here:
 
 import itertools
 import json
+import math
 import pathlib
 import statistics
 from typing import NamedTuple
 
 HERE = pathlib.Path(__file__).resolve().parent
-RESULTS, TARGETS_FILE = HERE / "results.json", HERE / "targets.json"
+RESULTS, TARGETS_FILE, GROWTH = HERE / "results.json", HERE / "targets.json", HERE / "growth.json"
 TARGETS = json.loads(TARGETS_FILE.read_text()) if TARGETS_FILE.exists() else {}
 LEAST_QUIET = 0.25  # of the rounds of a row; with fewer it is not to be trusted
 
@@ -30,6 +32,7 @@ class Row(NamedTuple):
     reason: str = ""  # why it is not less
     goal: float | None = None  # the largest ratio that is good enough; without one, the bar is in TARGETS
     limit: float | None = None  # the most that ours may take, in ns or MiB
+    items: int = 0  # of a job of the companion: numbers, or samples of sound
 
 
 FEEDBACK = "A filter is bound by its own feedback: each section waits for its last output to come back from memory."
@@ -63,6 +66,7 @@ def sizes(name, what, peer, sizes, reason="", goals=()):
 FFT, FFT_SIZES = "`FFT`, {} points", (64, 1024, 4096, 65536, 1048576)
 WINDOW = "`WindowData`, {}, {{}} points, per point"
 PRODUCT, INVERSE = "`rmatrix_multi_ptr`, {0} x {0}", "`rmatrix_inverse_ptr`, {0} x {0}"
+CELLS, SOUND = 1_000_000, 2 * 600 * 48_000  # numbers of a table, samples of a sound
 SECTIONS = {
     "IIR filters, three sections unless stated otherwise": {
         "IIRFilter_against_loop_over_records": Row("`IIRFilter`, per sample", "a loop over records", UNFUSED),
@@ -133,25 +137,28 @@ SECTIONS = {
         "rkf45_step_control_at_work_against_gsl": Row("the same, step control at work", "GSL (its step alone)"),
     },
     "The companion": {
-        "mensura_filter_time": Row("`mensura filter`, 1e6 rows of a CSV", SCIPY, limit=0.2e9),
-        "mensura_filter_against_mawk": Row("the same", "`mawk`, the sections written out"),
-        "mensura_filter_against_miller": Row("`mensura filter --sos`, one pole, 1e6 rows", "`mlr step -a ewma`"),
-        "mensura_filter_memory": Row("the same, peak of its memory", SCIPY, limit=16),
-        "mensura_filter_64_columns": Row("`mensura filter`, 64 columns of 15625 rows", SCIPY),
-        "mensura_filter_64_columns_against_one": Row("the same", "ours, one column of as many numbers"),
+        "mensura_filter_time": Row("`mensura filter`, 1e6 rows of a CSV", SCIPY, limit=0.2e9, items=CELLS),
+        "mensura_filter_against_mawk": Row("the same", "`mawk`, the sections written out", items=CELLS),
+        "mensura_filter_against_miller":
+            Row("`mensura filter --sos`, one pole, 1e6 rows", "`mlr step -a ewma`", items=CELLS),
+        "mensura_filter_memory": Row("`mensura filter`, 1e6 rows, peak of its memory", SCIPY, limit=16),
+        "mensura_filter_64_columns": Row("`mensura filter`, 64 columns of 15625 rows", SCIPY, items=CELLS),
+        "mensura_filter_64_columns_against_one": Row("the same", "ours, one column of as many numbers", items=CELLS),
         "mensura_filter_64_columns_memory": Row("the same, peak of its memory", SCIPY, limit=16),
-        "mensura_average_against_miller": Row("`mensura average`, 1e6 rows", "`mlr step -a slwin`"),
+        "mensura_average_against_miller": Row("`mensura average`, 1e6 rows", "`mlr step -a slwin`", items=CELLS),
         "mensura_average_against_miller_memory": Row("the same, peak of its memory", "`mlr step -a slwin`", limit=16),
-        "mensura_stats_against_miller": Row("`mensura stats`, 1e6 rows", "`mlr stats1`, four of its numbers"),
-        "mensura_stats_against_mawk": Row("the same", "`mawk`, four of its numbers"),
+        "mensura_stats_against_miller":
+            Row("`mensura stats`, 1e6 rows", "`mlr stats1`, four of its numbers", items=CELLS),
+        "mensura_stats_against_mawk": Row("the same", "`mawk`, four of its numbers", items=CELLS),
         "mensura_filter_short_sound_against_sox":
-            Row("`mensura filter`, a sound of 1e6 samples", "`sox`, the same sections as `biquad`"),
+            Row("`mensura filter`, a sound of 1e6 samples", "`sox`, the same sections as `biquad`", items=CELLS),
         "mensura_filter_sound_against_sox":
-            Row("`mensura filter`, 10 minutes of stereo sound", "`sox`, the same sections as `biquad`"),
-        "mensura_filter_sound_against_ffmpeg": Row("the same", "`ffmpeg`, the same sections as `biquad`"),
+            Row("`mensura filter`, 10 minutes of stereo sound", "`sox`, the same sections as `biquad`", items=SOUND),
+        "mensura_filter_sound_against_ffmpeg":
+            Row("the same", "`ffmpeg`, the same sections as `biquad`", items=SOUND),
         "mensura_zero_phase_sound_against_sox":
-            Row("`mensura filter --zero-phase`, 10 minutes of stereo sound", "`sox`, with `reverse` twice"),
-        "mensura_zero_phase_sound_against_one_way": Row("the same", "ours, one way", WHOLE),
+            Row("`mensura filter --zero-phase`, 10 minutes of stereo sound", "`sox`, with `reverse` twice", items=SOUND),
+        "mensura_zero_phase_sound_against_one_way": Row("the same", "ours, one way", WHOLE, items=SOUND),
     },
 }
 
@@ -164,7 +171,7 @@ def load():
 
 
 def quantity(value, unit):
-    for larger in ("µs", "ms", "s") if unit == "ns" else ():
+    for larger in {"ns": ("µs", "ms", "s"), "bytes": ("KB", "MB")}.get(unit, ()):
         if value >= 1000:
             value, unit = value / 1000, larger
     return f"{float(f'{value:.3g}'):g} {unit}"
@@ -172,6 +179,12 @@ def quantity(value, unit):
 
 def ratio(measured):
     return statistics.median(measured["ratios"])
+
+
+def took(measured, side, items):
+    """A quantity, and where there are items, the millions of them a second."""
+    rate = f" ({float(f'{1000 * items / measured[side]:.3g}'):g} M/s)" if items and measured["unit"] == "ns" else ""
+    return quantity(measured[side], measured["unit"]) + rate
 
 
 def bar(name):
@@ -203,7 +216,8 @@ def line(name, measured, notes):
     if row.reason:
         verdict += f" ({notes.setdefault(row.reason, len(notes) + 1)})"
     where = f" (on {measured['machine']})" if "machine" in measured else ""
-    return (f"| {row.what}{where} | {quantity(measured['ours'], unit)} | {quantity(measured['peer'], unit)}, {row.peer} | "
+    ours, peer = (took(measured, side, row.items) for side in ("ours", "peer"))
+    return (f"| {row.what}{where} | {ours} | {peer}, {row.peer} | "
             f"{ratio(measured):g} | {least:g} to {most:g} | {', '.join(bars)} | {verdict} |")
 
 
@@ -215,3 +229,22 @@ def tables(results):
         page.append("")
     page += [f"({number}) {reason}\n" for reason, number in notes.items()]
     return "\n".join(page).rstrip()
+
+
+def exponents(sizes, values):
+    """log(v2 / v1) / log(n2 / n1) from each size to the next: 1 where work grows with n, 2 where with n squared."""
+    steps = zip(sizes, sizes[1:], values, values[1:])
+    return ", ".join(f"{math.log(v2 / v1) / math.log(n2 / n1):.2f}" if v1 and v2 else "-" for n1, n2, v1, v2 in steps)
+
+
+def growth():
+    page = ["| what | sizes | time | exponents | expected | memory | exponents |", "|---|---|---|---|---|---|---|"]
+    for row in json.loads(GROWTH.read_text()):
+        sizes, times, memory = zip(*row["sizes"])
+        used = [", ".join(quantity(m, "bytes") for m in memory), exponents(sizes, memory)] if any(memory) else ["none", ""]
+        if 0 < max(memory) < 1.1 * min(memory):
+            used = [quantity(max(memory), "bytes"), "constant"]
+        cells = [row["what"], f"{row['by']}: {', '.join(map(str, sizes))}", ", ".join(quantity(t, "ns") for t in times),
+                 exponents(sizes, times), row["expected"], *used]
+        page.append("| " + " | ".join(cells) + " |")
+    return "\n".join(page)

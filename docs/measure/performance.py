@@ -5,4 +5,4 @@ import benchmarks
 
 def names(_library):
     results = benchmarks.load()
-    return {**results["conditions"], "tables": benchmarks.tables(results)}
+    return {**results["conditions"], "tables": benchmarks.tables(results), "growth": benchmarks.growth()}
