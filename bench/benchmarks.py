@@ -71,11 +71,21 @@ SECTIONS = {
     "IIR filters, three sections unless stated otherwise": {
         "IIRFilter_against_loop_over_records": Row("`IIRFilter`, per sample", "a loop over records", UNFUSED),
         "IIRFilter_against_loop_over_arrays": Row("`IIRFilter`, per sample", "a loop over arrays", UNFUSED),
+        "IIRFilters_two_channels_against_IIRFilter":
+            Row("`IIRFilters`, 2 channels, per channel and sample", "`IIRFilter` alone", FEEDBACK),
+        "IIRFilters_three_channels_against_IIRFilter":
+            Row("`IIRFilters`, 3 channels, per channel and sample", "`IIRFilter` alone", FEEDBACK),
         "IIRFilters_ten_channels_against_IIRFilter":
             Row("`IIRFilters`, 10 channels, per channel and sample", "`IIRFilter` alone", FEEDBACK),
         "FilterWithIIR_against_sosfilt": Row("`FilterWithIIR`, per sample", "SciPy `sosfilt`"),
         "IIRFilterZeroPhase_against_sosfiltfilt": Row("`IIRFilterZeroPhase`, per sample", "SciPy `sosfiltfilt`"),
+        "FilterWithIIR_six_sections_against_sosfilt":
+            Row("`FilterWithIIR`, six sections, per sample", "SciPy `sosfilt`"),
+        "IIRFilterZeroPhase_six_sections_against_sosfiltfilt":
+            Row("`IIRFilterZeroPhase`, six sections, per sample", "SciPy `sosfiltfilt`"),
         "IIRFreqResponse_against_sosfreqz": Row("`IIRFreqResponse`, per frequency", "SciPy `sosfreqz`"),
+        "initTIIRFilters_ten_against_initTIIRFilter":
+            Row("`initTIIRFilters`, 10 low-pass filters, per filter", "`initTIIRFilter`"),
         "Default_design_against_liquid": Row("default low-pass design", LIQUID),
         "Elliptic_band_pass_6_design_against_liquid": Row("elliptic band-pass design, 6 poles", LIQUID),
         "Chebyshev_8_design_against_Butterworth_8": Row("Chebyshev design, 8 poles", BUTTERWORTH),

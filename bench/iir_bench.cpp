@@ -66,23 +66,31 @@ void IIRFilter_against_loop_over_arrays(benchmark::State &state) {
 }
 MENSURA_COMPARE(IIRFilter_against_loop_over_arrays, 400);
 
-// Per channel and sample: a bank of ten against one filter alone.
-void IIRFilters_ten_channels_against_IIRFilter(benchmark::State &state) {
-    constexpr std::size_t kChannels = 10, kInstants = 2000;
+// Per channel and sample: a bank against one filter alone.
+void compare_bank(benchmark::State &state, std::size_t channels) {
+    constexpr std::size_t kInstants = 2000;
     TIIRFilter one = default_filter();
     TIIRFilterBank bank;
-    initTIIRFilters(&bank, ptLowPass, kChannels, 40.0, 360.0);
-    const std::vector<double> in = bench::noise(kChannels * kInstants);
+    initTIIRFilters(&bank, ptLowPass, static_cast<int>(channels), 40.0, 360.0);
+    const std::vector<double> in = bench::noise(channels * kInstants);
     std::vector<double> out(in.size());
     bench::compare(
         state, static_cast<double>(in.size()),
         [&] {
-            for (std::size_t i = 0; i < in.size(); i += kChannels) IIRFilters(&bank, &in[i], &out[i]);
+            for (std::size_t i = 0; i < in.size(); i += channels) IIRFilters(&bank, &in[i], &out[i]);
         },
         [&] {
             for (std::size_t i = 0; i < in.size(); ++i) out[i] = IIRFilter(&one, in[i]);
         });
 }
+
+void IIRFilters_two_channels_against_IIRFilter(benchmark::State &state) { compare_bank(state, 2); }
+MENSURA_COMPARE(IIRFilters_two_channels_against_IIRFilter, 400);
+
+void IIRFilters_three_channels_against_IIRFilter(benchmark::State &state) { compare_bank(state, 3); }
+MENSURA_COMPARE(IIRFilters_three_channels_against_IIRFilter, 400);
+
+void IIRFilters_ten_channels_against_IIRFilter(benchmark::State &state) { compare_bank(state, 10); }
 MENSURA_COMPARE(IIRFilters_ten_channels_against_IIRFilter, 400);
 
 // ---- design ----
@@ -121,6 +129,22 @@ void Papoulis_20_design_against_Butterworth_8(benchmark::State &state) {
     compare_with_Butterworth_8(state, pfPapoulis, 20);
 }
 MENSURA_COMPARE(Papoulis_20_design_against_Butterworth_8, 40);
+
+// Per filter.
+void initTIIRFilters_ten_against_initTIIRFilter(benchmark::State &state) {
+    TIIRFilterBank bank{};
+    bench::compare(
+        state, 10,
+        [&] {
+            initTIIRFilters(&bank, ptLowPass, 10, 40.0, 360.0);
+            benchmark::ClobberMemory();
+        },
+        [&] {
+            for (TIIRFilter &f : bank.Filters) initTIIRFilter(&f, ptLowPass, 40.0, 360.0);
+            benchmark::ClobberMemory();
+        });
+}
+MENSURA_COMPARE(initTIIRFilters_ten_against_initTIIRFilter, 400);
 
 #ifdef MENSURA_HAVE_LIQUID
 

@@ -4,8 +4,8 @@
     python3 bench/scipy_bench.py [--json] [libmensura.so]        default: build/release/libmensura.so
 
 Prints the medians of the quiet rounds (quiet.py), per sample or per point, as a table or in the format of Google Benchmark.
-Both sides run the default low-pass (40 Hz at 360 Hz, three sections), and their results are compared first.  Ours write to
-arrays that are kept; SciPy makes its own in every call.
+Both sides run the default low-pass or band-pass (40 Hz at 360 Hz, three or six sections), and their results are compared first.
+Ours write to arrays that are kept; SciPy makes its own in every call.
 """
 
 import argparse
@@ -30,7 +30,7 @@ SAMPLES = 1_000_000
 POINTS = 100_000
 ROUNDS = 20
 EDGE = 1000  # samples not compared at either end, where the start of a filter shows: its poles, |z| < 0.62, fade to 1e-16 in 80
-LOW_PASS = 0  # ptLowPass
+LOW_PASS, BAND_PASS = 0, 2  # ptLowPass, ptBandPass
 ODD = 1  # MENSURA_SOS_ENDS_ODD
 TOLERANCE = 1e-10  # absolute, of values up to about 1 whose sums are rounded in another order
 
@@ -108,6 +108,31 @@ def main():
     inner = slice(EDGE, -EDGE)  # SciPy extends the signal at its ends, ours start from its first value
     check("IIRFilterZeroPhase", out[inner], run_zero_phase_scipy()[inner])
     table.append(compare("IIRFilterZeroPhase_against_sosfiltfilt", SAMPLES, run_zero_phase, run_zero_phase_scipy))
+
+    band_pass = TIIRFilter()
+    library.initTIIRFilter(band_pass, BAND_PASS, 40.0, 360.0)
+    six = np.array(sections_of(band_pass.Coeffs))
+
+    def run_six():
+        library.FilterWithIIR(noise, out, SAMPLES, band_pass.Coeffs)
+
+    def run_six_scipy():
+        return signal.sosfilt(six, noise)
+
+    def run_six_both_ways():
+        band_pass.Primed = 0
+        library.IIRFilterZeroPhase(band_pass, noise, out, SAMPLES)
+
+    def run_six_both_ways_scipy():
+        return signal.sosfiltfilt(six, noise)
+
+    run_six()
+    check("FilterWithIIR, six sections", out, run_six_scipy())
+    table.append(compare("FilterWithIIR_six_sections_against_sosfilt", SAMPLES, run_six, run_six_scipy))
+    run_six_both_ways()
+    check("IIRFilterZeroPhase, six sections", out[inner], run_six_both_ways_scipy()[inner])
+    table.append(compare("IIRFilterZeroPhase_six_sections_against_sosfiltfilt", SAMPLES, run_six_both_ways,
+                         run_six_both_ways_scipy))
 
     run_sections()
     check("mensura_sos_filter", out, run_block_scipy())
