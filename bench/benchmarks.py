@@ -45,7 +45,10 @@ DIVIDER = "The speed of division limits it."
 WHOLE = ("Both ways filters twice, and holds the whole sound as doubles: taking and touching that memory costs as much as a "
          "filter.")
 TEXTBOOK = "The plain loops sum in registers; against such loops 28 to 40 times as fast has been measured."
+UNROLLED = "The peer's compiler knows the sizes, unrolls all loops and may fuse products and sums; ours reads sizes in every call."
+ORDERED = "Each addition of an ordered sum waits for the one before."
 LIQUID, LOOP, EIGEN = "liquid-dsp (single precision)", "a loop with a table of cosines", "Eigen (sizes at run time)"
+FIXED_EIGEN = "Eigen (sizes known to the compiler)"
 FFTW, KISS, REPLANNED = "FFTW, planned", "KissFFT, planned", "KissFFT, planned in every call"
 PIVOTS, COSINES, COPY = "Eigen (pivoting by columns)", "the cosines of one half alone", "a memory copy"
 SCIPY, GSL = "NumPy, SciPy", "GSL (QR in double)"
@@ -129,18 +132,23 @@ SECTIONS = {
         **sizes("rmatrix_inverse_ptr_against_Eigen", INVERSE, PIVOTS, [9, 100]),
         "householder_of_noise_against_textbook":
             Row("`householder`, 168 x 84, noise", "plain loops", TEXTBOOK),
+        **sizes("householder_square_against_textbook", "`householder`, {0} x {0}, noise", "plain loops", [4, 16]),
         "householder_of_i_plus_j_against_textbook": Row("`householder`, 168 x 84, rank 2", "plain loops"),
         "KalmanFilter_update_against_Eigen":
-            Row("`KalmanFilter_update`, 9 states, 3 measurements", "Eigen (sizes known to the compiler)"),
+            Row("`KalmanFilter_update`, 9 states, 3 measurements", FIXED_EIGEN),
+        **sizes("KalmanFilter_update_of_two_measurements_against_Eigen",
+                "`KalmanFilter_update`, {} states, 2 measurements", FIXED_EIGEN, [4, 8], UNROLLED),
     },
     "Streams, smoothing": {
         "cubicSmooth7_against_memcpy": Row("`cubicSmooth7`, 1e6 points, per point", COPY),
         "linearSmooth11_against_memcpy": Row("`linearSmooth11`, 1e6 points, per point", COPY),
         "central_difference_against_memcpy": Row("`central_difference`, 1e6 points, per point", COPY, DIVIDER),
         "move_average_filter_online_against_ordered_sum":
-            Row("`move_average_filter_online`, length 1000", "one ordered sum"),
+            Row("`move_average_filter_online`, length 1000", "one ordered sum", ORDERED),
+        "move_average_filter_online_of_100_against_ordered_sum": Row("the same, length 100", "one ordered sum", ORDERED),
         "move_average_filter_onlines_ten_channels_against_one_by_one":
             Row("`move_average_filter_onlines`, 10 channels, length 1000, per channel", "one by one"),
+        "move_average_filter_onlines_ten_channels_of_100_against_one_by_one": Row("the same, length 100", "one by one"),
     },
     "Differential equations": {
         "rkf45_quiet_against_gsl": Row("`rkf45`, 3 components, an attempt", "GSL (its step alone)"),

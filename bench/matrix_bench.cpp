@@ -84,8 +84,6 @@ MENSURA_COMPARE(rmatrix_multi_ptr_against_OpenBLAS, 1000);
 
 using Rows = std::vector<Vector>;
 
-constexpr std::size_t kRows = 168, kCols = 84;
-
 Rows product(const Rows &x, const Rows &y) {
     Rows z(x.size(), Vector(y[0].size()));
     for (std::size_t i = 0; i < z.size(); ++i)
@@ -120,11 +118,12 @@ Rows reflector(const Vector &column, std::size_t k, double diagonal) {
 
 // Every reflector is a full matrix, every product multiplied out.
 void textbook_householder(const Rows &x, Rows &q_transposed, Rows &r) {
+    const std::size_t rows = x.size(), cols = x[0].size();
     Rows z = x, &p = q_transposed;
-    for (std::size_t k = 0; k < kCols; ++k) {
-        Vector column(kRows);
-        for (std::size_t i = 0; i < kRows; ++i) {  // identity in the first k rows and columns
-            for (std::size_t j = 0; j < kCols; ++j)
+    for (std::size_t k = 0; k < std::min(cols, rows - 1); ++k) {
+        Vector column(rows);
+        for (std::size_t i = 0; i < rows; ++i) {  // identity in the first k rows and columns
+            for (std::size_t j = 0; j < cols; ++j)
                 if (i < k || j < k) z[i][j] = i == j ? 1 : 0;
             column[i] = z[i][k];
         }
@@ -136,38 +135,53 @@ void textbook_householder(const Rows &x, Rows &q_transposed, Rows &r) {
 }
 
 template <typename Element>
-void compare_with_textbook(benchmark::State &state, Element element) {
-    Matrix *const x = matrix_new(kRows, kCols), *q = nullptr, *r = nullptr;
-    Rows rows(kRows, Vector(kCols)), peer_q, peer_r;  // peer_q is transposed
-    for (std::size_t i = 0; i < kRows; ++i)
-        for (std::size_t j = 0; j < kCols; ++j) x->v[i][j] = rows[i][j] = element(i, j);
+void compare_with_textbook(benchmark::State &state, std::size_t m, std::size_t n, Element element) {
+    Matrix *const x = matrix_new(static_cast<int>(m), static_cast<int>(n)), *q = nullptr, *r = nullptr;
+    Rows rows(m, Vector(n)), peer_q, peer_r;  // peer_q is transposed
+    for (std::size_t i = 0; i < m; ++i)
+        for (std::size_t j = 0; j < n; ++j) x->v[i][j] = rows[i][j] = element(i, j);
+    const std::size_t times = 1 + 100000 / (m * m * m * n);
+    const auto repeated = [&](auto decompose) {
+        return [&, decompose] {
+            for (std::size_t t = 0; t < times; ++t) decompose();
+        };
+    };
     const auto ours = [&] {
         matrix_delete(q);
         matrix_delete(r);
         householder(x, &r, &q);
     };
-    bench::compare(state, 1, ours, [&] { textbook_householder(rows, peer_q, peer_r); });
+    bench::compare(state, static_cast<double>(times), repeated(ours),
+                   repeated([&] { textbook_householder(rows, peer_q, peer_r); }));
 
-    const auto bits = [](double x) { return std::bit_cast<std::uint64_t>(x); };
+    const auto bits = [](double value) { return std::bit_cast<std::uint64_t>(value); };
     int differing = 0;
-    for (std::size_t i = 0; i < kRows; ++i) {
-        for (std::size_t j = 0; j < kRows; ++j) differing += bits(q->v[i][j]) != bits(peer_q[j][i]);
-        for (std::size_t j = 0; j < kCols; ++j) differing += bits(r->v[i][j]) != bits(peer_r[i][j]);
+    for (std::size_t i = 0; i < m; ++i) {
+        for (std::size_t j = 0; j < m; ++j) differing += bits(q->v[i][j]) != bits(peer_q[j][i]);
+        for (std::size_t j = 0; j < n; ++j) differing += bits(r->v[i][j]) != bits(peer_r[i][j]);
     }
-    for (Matrix *m : {x, q, r}) matrix_delete(m);
+    for (Matrix *made : {x, q, r}) matrix_delete(made);
     state.counters["differing"] = differing;
     state.counters["speedup"] = state.counters["peer_ns"] / state.counters["ours_ns"];
 }
 
-void householder_of_noise_against_textbook(benchmark::State &state) {
-    const Vector noise = bench::noise(kRows * kCols);
-    compare_with_textbook(state, [&](std::size_t i, std::size_t j) { return noise[i * kCols + j]; });
+void compare_noise_with_textbook(benchmark::State &state, std::size_t m, std::size_t n) {
+    const Vector noise = bench::noise(m * n);
+    compare_with_textbook(state, m, n, [&](std::size_t i, std::size_t j) { return noise[i * n + j]; });
 }
+
+void householder_of_noise_against_textbook(benchmark::State &state) { compare_noise_with_textbook(state, 168, 84); }
 MENSURA_COMPARE(householder_of_noise_against_textbook, 10);
+
+void householder_square_against_textbook(benchmark::State &state) {
+    const auto n = static_cast<std::size_t>(state.range(0));
+    compare_noise_with_textbook(state, n, n);
+}
+MENSURA_COMPARE(householder_square_against_textbook, 400)->Arg(4)->Arg(16);
 
 // Of rank 2: most of the steps have nothing to reflect but rounding errors.
 void householder_of_i_plus_j_against_textbook(benchmark::State &state) {
-    compare_with_textbook(state, [](std::size_t i, std::size_t j) { return static_cast<double>(i + j); });
+    compare_with_textbook(state, 168, 84, [](std::size_t i, std::size_t j) { return static_cast<double>(i + j); });
 }
 MENSURA_COMPARE(householder_of_i_plus_j_against_textbook, 10);
 

@@ -44,22 +44,31 @@ Job inverse(int n, const double *a) {
     return repeated(n, [a = transposed(n, a)](MatrixXd &inverted) { inverted = a.partialPivLu().inverse(); });
 }
 
-Job kalman_filter(const double *A, const double *C, const double *Q, const double *R, const double *P,
-                  const double *z) {
-    const auto state = std::make_shared<Matrix<kStates, 1>>(Matrix<kStates, 1>::Zero());
-    const auto run = [A = packed<kStates>(A), C = packed<kMeasurements, kStates>(C), Q = packed<kStates>(Q),
-                      R = packed<kMeasurements>(R), P = packed<kStates>(P), z, state](int times) mutable {
+namespace {
+
+template <int n, int m>
+Job kalman_filter_of(const KalmanModel &model, const double *z) {
+    const auto state = std::make_shared<Matrix<n, 1>>(Matrix<n, 1>::Zero());
+    const auto run = [A = packed<n>(model.A), C = packed<m, n>(model.C), Q = packed<n>(model.Q), R = packed<m>(model.R),
+                      P = packed<n>(model.P), z, state](int times) mutable {
         auto &x = *state;
         for (int i = 0; i < times; ++i) {
             x = A * x;
             P = A * P * A.transpose() + Q;
-            const Matrix<kMeasurements> S = C * P * C.transpose() + R;
-            const Matrix<kStates, kMeasurements> K = P * C.transpose() * S.inverse();
-            x += K * (packed<kMeasurements, 1>(z + kMeasurements * i) - C * x);
-            P = (Matrix<kStates>::Identity() - K * C) * P;
+            const Matrix<m> S = C * P * C.transpose() + R;
+            const Matrix<n, m> K = P * C.transpose() * S.inverse();
+            x += K * (packed<m, 1>(z + m * i) - C * x);
+            P = (Matrix<n>::Identity() - K * C) * P;
         }
     };
     return {run, state->data()};
+}
+
+}  // namespace
+
+Job kalman_filter(const KalmanModel &model, const double *z) {
+    if (model.states == 4) return kalman_filter_of<4, 2>(model, z);
+    return model.states == 8 ? kalman_filter_of<8, 2>(model, z) : kalman_filter_of<9, 3>(model, z);
 }
 
 }  // namespace peer

@@ -15,8 +15,12 @@ struct Job {
 Job product(int n, const double *a, const double *b);
 Job inverse(int n, const double *a);
 
-// Sizes that the compiler knows.  Update i of a run takes the measurements from z + kMeasurements i; gives the state.
-constexpr int kStates = 9, kMeasurements = 3;
-Job kalman_filter(const double *A, const double *C, const double *Q, const double *R, const double *P, const double *z);
+// Sizes that the compiler knows: 9 states and 3 measurements, 4 and 2, or 8 and 2.  Update i of a run takes the
+// measurements from z + measurements * i; gives the state.
+struct KalmanModel {
+    int states, measurements;
+    const double *A, *C, *Q, *R, *P;
+};
+Job kalman_filter(const KalmanModel &model, const double *z);
 
 }  // namespace peer

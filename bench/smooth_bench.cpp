@@ -56,19 +56,17 @@ MENSURA_COMPARE(central_difference_against_memcpy, 200);
 
 // ---- moving averages, per sample and channel ----
 
-constexpr std::size_t kLength = 1000;
-
-void move_average_filter_online_against_ordered_sum(benchmark::State &state) {
+void compare_with_ordered_sum(benchmark::State &state, std::size_t length) {
     constexpr int kCalls = 200;
-    std::vector<double> window = bench::noise(kLength);
+    std::vector<double> window = bench::noise(length);
     MovingAverageOnline average;
-    init_move_average_filter_online(&average, kLength);
+    init_move_average_filter_online(&average, static_cast<int>(length));
     double mean = 0, sum = 0;
     // Every sample is written to the place where it was: the window stays as it is.
     const auto step = [&] {
         mean = move_average_filter_online(&average, window[static_cast<std::size_t>(average.Pos)]);
     };
-    for (std::size_t i = 0; i < kLength; ++i) step();
+    for (std::size_t i = 0; i < length; ++i) step();
     bench::compare(
         state, kCalls,
         [&] {
@@ -80,14 +78,21 @@ void move_average_filter_online_against_ordered_sum(benchmark::State &state) {
                 benchmark::ClobberMemory();
             }
         });
-    state.counters["difference"] = std::abs(mean - sum / static_cast<double>(kLength));
+    state.counters["difference"] = std::abs(mean - sum / static_cast<double>(length));
 }
+
+void move_average_filter_online_against_ordered_sum(benchmark::State &state) { compare_with_ordered_sum(state, 1000); }
 MENSURA_COMPARE(move_average_filter_online_against_ordered_sum, 400);
 
-void move_average_filter_onlines_ten_channels_against_one_by_one(benchmark::State &state) {
+void move_average_filter_online_of_100_against_ordered_sum(benchmark::State &state) {
+    compare_with_ordered_sum(state, 100);
+}
+MENSURA_COMPARE(move_average_filter_online_of_100_against_ordered_sum, 1000);
+
+void compare_ten_channels_with_one_by_one(benchmark::State &state, int length) {
     constexpr std::size_t kChannels = MOVING_AVERAGE_CHANNELS, kInstants = 20;
     MovingAverageBank bank;
-    init_move_average_filter_onlines(&bank, kLength, kChannels);
+    init_move_average_filter_onlines(&bank, length, kChannels);
     std::vector<MovingAverageOnline> singles(bank.Filters, bank.Filters + kChannels);
     const std::vector<double> in = bench::noise(kChannels * kInstants);
     Numbers ours(in.size()), peer(in.size());
@@ -102,7 +107,16 @@ void move_average_filter_onlines_ten_channels_against_one_by_one(benchmark::Stat
         });
     state.counters["difference"] = std::abs(ours - peer).max();
 }
+
+void move_average_filter_onlines_ten_channels_against_one_by_one(benchmark::State &state) {
+    compare_ten_channels_with_one_by_one(state, 1000);
+}
 MENSURA_COMPARE(move_average_filter_onlines_ten_channels_against_one_by_one, 400);
+
+void move_average_filter_onlines_ten_channels_of_100_against_one_by_one(benchmark::State &state) {
+    compare_ten_channels_with_one_by_one(state, 100);
+}
+MENSURA_COMPARE(move_average_filter_onlines_ten_channels_of_100_against_one_by_one, 1000);
 
 }  // namespace
 

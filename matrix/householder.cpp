@@ -251,7 +251,10 @@ MatrixOwner identity(int n) {
 void householder(const Matrix *x, Matrix **R, Matrix **Q) {
     const bool steps = x->m >= 2 && x->n >= 1;
     auto [q, r] = steps ? factors_of(*x) : Factors{identity(x->m), MatrixOwner{matrix_copy(x->n, x->v, x->m)}};
-    if (!q || !r) q.reset(), r.reset();
+    if (!q || !r) {
+        q.reset();
+        r.reset();
+    }
     *R = r.release();
     *Q = q.release();
 }
