@@ -26,6 +26,8 @@ struct Bounds {
     Lanes lower[kVectors], upper[kVectors];
 };
 
+enum class Length { kOnePoint, kLong };
+
 LANES_INLINE Stretches stretches_from(int point, int length) {
     Stretches w;
     for (std::size_t i = 0; i < kVectors; ++i) {
@@ -40,6 +42,7 @@ LANES_INLINE Stretches stretches_from(int point, int length) {
 // products *= |c2 s^2 + c1 s + c0|^2 at s = jw, over the sections.  On a stretch the real part is between its values at
 // both ends, the imaginary part grows, and the square, which is convex in w^2, is at most the larger one at the ends.
 // The two sections of a conjugate pair are equal and neighbours: the bounds are then squared.
+template <Length length>
 LANES_INLINE void multiply_by_squares(Bounds &products, const Stretches &w, std::size_t sections, const double *c2,
                                       const double *c1, const double *c0) {
     for (std::size_t k = 0; k < sections; ++k) {
@@ -47,11 +50,14 @@ LANES_INLINE void multiply_by_squares(Bounds &products, const Stretches &w, std:
         const bool twice = k + 1 < sections && c2[k] == c2[k + 1] && c1[k] == c1[k + 1] && c0[k] == c0[k + 1];
         for (std::size_t i = 0; i < kVectors; ++i) {
             const Lanes re = c0[k] - c2[k] * (w.first[i] * w.first[i]), im = c1[k] * w.first[i];
-            const Lanes last_re = c0[k] - c2[k] * (w.last[i] * w.last[i]), last_im = c1[k] * w.last[i];
-            const Lanes re2 = re * re, im2 = im * im, last_re2 = last_re * last_re;
-            const Lanes smaller = re2 < last_re2 ? re2 : last_re2;
-            const Lanes lower = ((re < 0.0) == (last_re < 0.0) ? smaller : all(0.0)) + im2;
-            const Lanes upper = larger(re2 + im2, last_re2 + last_im * last_im);
+            const Lanes re2 = re * re, im2 = im * im;
+            Lanes lower = re2 + im2, upper = lower;
+            if (length == Length::kLong) {
+                const Lanes last_re = c0[k] - c2[k] * (w.last[i] * w.last[i]), last_im = c1[k] * w.last[i];
+                const Lanes last_re2 = last_re * last_re, smaller = re2 < last_re2 ? re2 : last_re2;
+                lower = ((re < 0.0) == (last_re < 0.0) ? smaller : all(0.0)) + im2;
+                upper = larger(upper, last_re2 + last_im * last_im);
+            }
             products.lower[i] *= twice ? lower * lower : lower;
             products.upper[i] *= twice ? upper * upper : upper;
         }
@@ -66,15 +72,16 @@ struct Verdict {
     bool then_below;
 };
 
-LANES_INLINE Verdict judge(const AnalogCascade &c, double g, int point, int length) {
-    const Stretches w = stretches_from(point, length);
+template <Length length>
+LANES_INLINE Verdict judge(const AnalogCascade &c, double g, int point, int points) {
+    const Stretches w = stretches_from(point, points);
     Bounds num, den;
     for (std::size_t i = 0; i < kVectors; ++i) {
         num.lower[i] = num.upper[i] = all(g * g);
         den.lower[i] = den.upper[i] = all(1.0);
     }
-    multiply_by_squares(num, w, c.sections, c.num2, c.num1, c.num0);
-    multiply_by_squares(den, w, c.sections, c.den2, c.den1, c.den0);
+    multiply_by_squares<length>(num, w, c.sections, c.num2, c.num1, c.num0);
+    multiply_by_squares<length>(den, w, c.sections, c.den2, c.den1, c.den0);
     int above = 0;
     for (std::size_t i = 0; i < kVectors; ++i) {
         const LaneBits in_range = (num.lower[i] >= kSmallestProduct) & (den.lower[i] >= kSmallestProduct);
@@ -93,7 +100,7 @@ ScreenedPoint screen_points(const AnalogCascade &c, double g, int point) {
     for (int length = kLongestStretch; length >= 1; length /= kShortening) {
         v.above = kStretchesAtOnce;
         for (; v.above == kStretchesAtOnce && point <= kLastPoint; point += v.above * length)
-            v = judge(c, g, point, length);
+            v = length == 1 ? judge<Length::kOnePoint>(c, g, point, 1) : judge<Length::kLong>(c, g, point, length);
     }
     return {point, v.then_below};
 }
