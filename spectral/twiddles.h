@@ -16,9 +16,11 @@ void for_first_eighth(std::size_t n, Entry entry) {
     const std::size_t between = n > kCirclePoints ? n / kCirclePoints : 1;
     const std::size_t stride = n < kCirclePoints ? kCirclePoints / n : 1;
     const double step = kTwoPi / static_cast<double>(n);
+    const CosSin *in_table = kCircle;
     for (std::size_t i = 1; i <= n / 8; ++i) {
-        if (i % between == 0) {
-            entry(i, kCircle[i / between * stride].cos, kCircle[i / between * stride].sin);
+        if ((i & (between - 1)) == 0) {  // n is a power of two
+            in_table += stride;
+            entry(i, in_table->cos, in_table->sin);
         } else {
             const auto [sin, cos] = sincos_of(static_cast<double>(i) * step);
             entry(i, cos, sin);
