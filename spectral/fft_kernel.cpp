@@ -171,35 +171,39 @@ LANES_INLINE Circle circle_of(const Plan &plan, std::size_t points) {
     return {plan.eighths[__builtin_ctzll(plan.n / points) / 2], points, 1};
 }
 
-// Cosines and sines of four entries.
-LANES_INLINE Bins four_entries(const CosSin *at, std::ptrdiff_t stride) {
-    const auto pair = [=](std::ptrdiff_t i) LANES_LAMBDA { return load_pair(&at[i * stride].cos); };
-    const Lanes ac = joined(pair(0), pair(2)), bd = joined(pair(1), pair(3));
-    return {__builtin_shufflevector(ac, bd, 0, 4, 2, 6), __builtin_shufflevector(ac, bd, 1, 5, 3, 7)};
+struct TwoFactors {
+    Pair re, im;
+};
+
+// exp(-2 pi i k / points) at k and k + 1, which lie in the first, second, third or fourth eighth of the circle.
+template <int eighth>
+LANES_INLINE TwoFactors two_on_circle(const Circle &circle, std::size_t k) {
+    const std::size_t quarter = circle.points / 4, from = eighth < 2 ? k : k - quarter;
+    constexpr bool kMirrored = eighth % 2 != 0;
+    const CosSin *const at = circle.eighth + (kMirrored ? quarter - from : from) * circle.stride;
+    const Pair a = load_pair(&at->cos), b = load_pair(&(kMirrored ? at - circle.stride : at + circle.stride)->cos);
+    const Pair cos = firsts(a, b), sin = seconds(a, b);
+    const TwoFactors w = kMirrored ? TwoFactors{sin, -cos} : TwoFactors{cos, -sin};
+    return eighth < 2 ? w : TwoFactors{w.im, -w.re};
 }
 
-// exp(-2 pi i k / points) at k .. k + 3, which lie in the first, second, third or fourth eighth of the circle.
+// The same at k .. k + 3.  They are stored in pairs, because the baseline is slow at putting pairs together.
 template <int eighth>
-LANES_INLINE Bins on_circle(const Circle &circle, std::size_t k) {
-    const auto stride = static_cast<std::ptrdiff_t>(circle.stride);
-    const std::size_t quarter = circle.points / 4, from = eighth < 2 ? k : k - quarter;
-    Bins w;
-    if constexpr (eighth % 2 == 0) {
-        const Bins entries = four_entries(circle.eighth + from * circle.stride, stride);
-        w = {entries.re, -entries.im};
-    } else {  // its mirror image
-        const Bins entries = four_entries(circle.eighth + (quarter - from) * circle.stride, -stride);
-        w = {entries.im, -entries.re};
+LANES_INLINE void put_on_circle(const Circle &circle, std::size_t k, Bins *out) {
+    auto *const re = reinterpret_cast<double *>(&out->re), *const im = reinterpret_cast<double *>(&out->im);
+    for (std::size_t i = 0; i < kLanes; i += 2) {
+        const TwoFactors w = two_on_circle<eighth>(circle, k + i);
+        store(re + i, w.re);
+        store(im + i, w.im);
     }
-    return eighth < 2 ? w : Bins{w.im, -w.re};
 }
 
 template <int quarter>
 LANES_INLINE void fill_in_quarter(const Circle &circle, std::size_t begin, std::size_t end, Twiddles *w) {
     const Circle half{circle.eighth, circle.points / 2, 2 * circle.stride};
     for (std::size_t i = begin; i < end; ++i, ++w) {
-        w->w2 = on_circle<quarter>(half, kLanes * i);
-        w->w4 = on_circle<quarter / 2>(circle, kLanes * i);
+        put_on_circle<quarter>(half, kLanes * i, &w->w2);
+        put_on_circle<quarter / 2>(circle, kLanes * i, &w->w4);
     }
 }
 
