@@ -5,10 +5,10 @@
 // other, with a probe before, between and after them (quiet.h); where one of the three is disturbed, the round is
 // repeated.  On a machine that does not get quiet a row ends after kSpare seconds of repetition.
 //
-// Of the quiet rounds the medians are taken, of the ratio as of either time.  In a round ours and the peer have the same
-// clock, so that the ratio repeats within 1 % or 2 % from run to run; a best of each would compare lucky moments of
-// different rounds, and misses by 3 % to 7 % where work on wide vectors lowers the clock.  Memory that both share with
-// others is seen by no probe: rows that move megabytes repeat within 5 %.
+// Of the quiet rounds the medians are taken, of the ratio as of either time.  In a round ours and the peer have the
+// same clock, so that the ratio repeats within 1 % or 2 % from run to run; a best of each would compare lucky moments
+// of different rounds, and misses by 3 % to 7 % where work on wide vectors lowers the clock.  Memory that is shared
+// with others is seen by no probe: rows that move megabytes repeat within 5 %.
 #pragma once
 
 #include <benchmark/benchmark.h>

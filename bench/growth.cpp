@@ -228,7 +228,7 @@ Call fixed_matrices(int n, RMATRIX *(*f)(const RMATRIX *, const RMATRIX *, RMATR
 RMATRIX *inverse_of_first(const RMATRIX *a, const RMATRIX *, RMATRIX *out) { return rmatrix_inverse_ptr(a, out); }
 
 std::shared_ptr<Matrix> heap_matrix(int n) {
-    const std::shared_ptr<Matrix> m{matrix_new(n, n), matrix_delete};
+    std::shared_ptr<Matrix> m{matrix_new(n, n), matrix_delete};
     const Samples values = noise(n * n);
     for (int i = 0; i < n; ++i) std::copy_n(values.begin() + i * n, n, m->v[i]);
     return m;

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""How time and memory grow with the size of the work: bench/growth.json, for the table of growth in docs/performance.md.
+"""How time and memory grow with the size of the work: bench/growth.json, for the table in docs/performance.md.
 
     bench/growth.py build/release
 

@@ -171,7 +171,7 @@ void compare_noise_with_textbook(benchmark::State &state, std::size_t m, std::si
 }
 
 void householder_of_noise_against_textbook(benchmark::State &state) { compare_noise_with_textbook(state, 168, 84); }
-MENSURA_COMPARE(householder_of_noise_against_textbook, 10);
+MENSURA_COMPARE(householder_of_noise_against_textbook, 6);
 
 void householder_square_against_textbook(benchmark::State &state) {
     const auto n = static_cast<std::size_t>(state.range(0));
@@ -183,7 +183,7 @@ MENSURA_COMPARE(householder_square_against_textbook, 400)->Arg(4)->Arg(16);
 void householder_of_i_plus_j_against_textbook(benchmark::State &state) {
     compare_with_textbook(state, 168, 84, [](std::size_t i, std::size_t j) { return static_cast<double>(i + j); });
 }
-MENSURA_COMPARE(householder_of_i_plus_j_against_textbook, 10);
+MENSURA_COMPARE(householder_of_i_plus_j_against_textbook, 6);
 
 }  // namespace
 

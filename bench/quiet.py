@@ -1,8 +1,8 @@
 """Whether this core is ours alone: a short piece of work of a known time, done before and after what is measured.
 
-Two virtual cores may be one real core: when the other is busy, work takes up to twice as long, some more than other.  As
-quiet.h does for C++; here a probe is a loop of the interpreter, which keeps a core full, and has the least time that it
-took in this program to be compared with.
+Two virtual cores may be one real core: when the other is busy, work takes up to twice as long, some more than other.
+This is quiet.h for Python: a probe is a loop of the interpreter, which keeps a core full, and is compared with the least
+time that it took in this program.
 """
 
 import time
@@ -17,16 +17,16 @@ def probe():
     global _best
     times = []
     for _ in range(3):
-        start = time.perf_counter()
+        start = time.thread_time()
         sum(range(10_000))
-        times.append(time.perf_counter() - start)
+        times.append(time.thread_time() - start)
     _best = min(_best, *times)
     return min(times)
 
 
 def measured(sides):
-    """What each of `sides`, callables, returns, by turns, with a probe before, between and after: and whether all of these
-    were quiet.  Up to TRIES attempts, the last counts."""
+    """What each of `sides`, callables, returns, in turn, with a probe before, between and after; and whether all of
+    these were quiet.  Of up to TRIES attempts the last counts."""
     for _ in range(TRIES):
         probes, results = [probe()], []
         for side in sides:

@@ -78,9 +78,9 @@ void compare_transforms(benchmark::State &state, Signal &signal, Peer transform)
 }
 
 #define MENSURA_COMPARE_SIZES(name)                             \
-    MENSURA_COMPARE(name, 4000)->Arg(64)->Arg(1024)->Arg(4096); \
-    MENSURA_COMPARE(name, 400)->Arg(65536);                     \
-    MENSURA_COMPARE(name, 40)->Arg(1048576)
+    MENSURA_COMPARE(name, 1000)->Arg(64)->Arg(1024)->Arg(4096); \
+    MENSURA_COMPARE(name, 200)->Arg(65536);                     \
+    MENSURA_COMPARE(name, 20)->Arg(1048576)
 
 #ifdef MENSURA_HAVE_FFTW
 
