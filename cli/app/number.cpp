@@ -66,8 +66,8 @@ std::optional<double> parse_number(std::string_view text) {
     text = trimmed(text);
     if (text.size() > 1 && text.front() == '+' && text[1] != '-') text.remove_prefix(1);
     double value = 0;
-    const char *const end = text.data() + text.size();
-    if (read_number(text.data(), end, '.', value) != end) return {};
+    const char *const end = text.data() + text.size(), *const rest = read_number(text.data(), end, '.', value);
+    if (rest == nullptr || rest != end) return {};  // an empty text may end at nullptr
     return value;
 }
 

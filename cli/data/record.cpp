@@ -122,16 +122,19 @@ Record read_csv(Source &source, const InputOptions &input, Missing missing) {
     Record record{.name = source.name(), .text = source.rest(), .input = input};
     Source again(record.name, record.text);
     TableReader table(again, input);
-    const auto most_rows = static_cast<std::size_t>(std::ranges::count(record.text, '\n')) + 1;
-    RecordTimes times(record.name, input, most_rows);
+    const auto line_ends = static_cast<std::size_t>(std::ranges::count(record.text, '\n'));
+    RecordTimes times(record.name, input);
     RowLines lines;
     while (table.next()) {
         if (table.kind() != LineKind::Data) continue;
         times.add(table);
         lines.add(table.line().number);
         if (record.channels.empty()) {
+            // A row has a byte at least for each cell, its separator or the line's end.
+            const std::size_t most_rows = std::min(line_ends, record.text.size() / table.width()) + 1;
             record.channels.resize(table.columns().size());
             for (Channel &channel : record.channels) channel.samples.reserve(most_rows);
+            times.reserve(most_rows);
         }
         for (std::size_t i = 0; i < record.channels.size(); ++i)
             record.channels[i].samples.push_back(table.values()[i]);

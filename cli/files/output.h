@@ -1,6 +1,7 @@
 // Where data go: standard output, or a file that appears only when it is complete.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -34,7 +35,7 @@ class Output {
 
     // Where so many bytes can be put behind those that are there.
     char *room(std::size_t count) {
-        if (buffer_.size() - used_ < count) buffer_.resize(2 * (used_ + count));
+        if (buffer_.size() - used_ < count) buffer_.resize(std::max(used_ + count, 2 * buffer_.size()));
         return buffer_.data() + used_;
     }
 

@@ -14,7 +14,6 @@ void RecordTimes::add(TableReader &table) {
     if (number_ == 0) {
         number_ = table.time_column();
         column_ = table.time_name();
-        steps_.reserve(most_rows_);
     }
     const double time = table.time();
     if (std::isnan(time) && (!input_.rate || input_.gaps == GapPolicy::Error)) table.reject_time();

@@ -19,11 +19,12 @@ struct MissingRows {
 
 class RecordTimes {
   public:
-    RecordTimes(std::string file, const InputOptions &input, std::size_t most_rows)
-        : file_(std::move(file)), input_(input), most_rows_(most_rows) {}
+    RecordTimes(std::string file, const InputOptions &input) : file_(std::move(file)), input_(input) {}
 
     // Takes the time of each row of data.
     void add(TableReader &table);
+    // Makes room for the times of so many rows, once the first has been taken.
+    void reserve(std::size_t rows) { steps_.reserve(number_ == 0 ? 0 : rows); }
     // The sampling rate: that of --rate, else that of the times; 0: there is none, for which doubt() may have the
     // reason.
     double rate();
@@ -39,7 +40,6 @@ class RecordTimes {
 
     std::string file_;
     const InputOptions &input_;
-    std::size_t most_rows_;
     std::string column_;
     std::size_t number_ = 0;  // of the column, from 1; 0: there is none
     TimeSteps maker_;
