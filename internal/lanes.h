@@ -1,6 +1,7 @@
 // Vector code, written once for every processor: four doubles side by side (Lanes) or two (Pair), each rounded as if it
 // were alone.  A kernel puts independent results side by side, so its bits are the same on every processor; where the
-// processor's registers are shorter than Lanes, the compiler splits them.
+// processor's registers are shorter than Lanes, the compiler splits them, and g++ 12 keeps Lanes that live from one
+// iteration to the next in memory: a recurrence takes Pair there.
 #pragma once
 
 #include <cstddef>

@@ -86,7 +86,7 @@ const Call kCalls[] = {
          z.re = IIRFilter(bank.Filters, sample) + SingleFreqDFT(samples, 9, sample) + Goertzel(samples, 9, sample)),
     CALL(4, 10, IIRFilters(&bank, samples, out)),
     CALL(5, 10, out[0] = SectCalc(sample, 1, 0, bank.Filters->Coeffs)),
-    CALL(12, 25, FilterWithIIR(samples, out, states, bank.Filters->Coeffs)),
+    CALL(12, 28, FilterWithIIR(samples, out, states, bank.Filters->Coeffs)),
     CALL(32, 32, CalcIIRFilterCoeff({ptNotch, sample, 0.1, 0, {pfInverseChebyshev, 15, 0.1, 60, 0}})),
     CALL(4, 4, central_difference_online(slopes, sample); amlitude_limit_filer_online(limits, sample)),
     CALL(4, 4, move_average_filter_online(averages.Filters, sample);
@@ -108,7 +108,7 @@ const Call kCalls[] = {
     CALL(101, 110, KalmanFilter_update1_d(&kf, samples, getKalmanFilterA(model[0], states, sample), out)),
     CALL(20, 80, re[7] = sample; FFT(re, im, 1024, 0); FFT(im, re, 512, 1); FFT(re, im, 8, 0)),
     CALL(21, 24, found = FindRoots(9, samples, roots)),
-    CALL(4, 10, IIRFilterZeroPhase(bank.Filters, samples, out, states)),
+    CALL(4, 13, IIRFilterZeroPhase(bank.Filters, samples, out, states)),
     CALL(4, 35,
          for (const auto &smoother
               : reference::kSmoothers) smoother.run(samples, out, states)),

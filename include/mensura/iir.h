@@ -16,7 +16,7 @@
  * **Memory.**  Records are plain, of fixed capacity and owned by the caller.  Nothing here allocates except
  * dataZeroPhaseFilter when it has to find its cut-off.  IIRCoeffs takes 4 KB, TIIRFilter 5.7 KB and TIIRFilterBank
  * 57 KB: mind small stacks.  On x86-64 a design takes up to 32 KB of stack, FilterWithIIR 12 KB; without optimisation
- * FilterWithIIR takes 25 KB, IIRFilterZeroPhase, IIRFilters and SectCalc 10 KB.
+ * FilterWithIIR takes 28 KB, IIRFilterZeroPhase 13 KB, IIRFilters and SectCalc 10 KB.
  *
  * **Threads.**  Separate records may be designed and run in separate threads at once; one record belongs to one thread
  * at a time.  FilterWithIIR and SectCalc have registers that the whole process shares: one thread at a time.
