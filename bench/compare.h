@@ -44,10 +44,10 @@ struct Nothing {
 // Seconds of one round, and its probes.
 struct Round {
     double ours = 0, peer = 0;
-    std::array<Probe::Times, 3> probes{};
+    std::array<double, 3> probes{};
 
     bool quiet() const {
-        return std::ranges::all_of(probes, [](const auto &times) { return probe().quiet(times); });
+        return std::ranges::all_of(probes, [](double ratio) { return probe().quiet(ratio); });
     }
     double ratio() const { return ours / peer; }
 };
@@ -75,7 +75,7 @@ Round take_turns(Ours &ours, Peer &peer, Prepare &prepare) {
 }
 
 inline void report(benchmark::State &state, double items, const std::vector<Round> &rounds) {
-    std::vector<Round> quiet;  // by the best probe of all, which the first rounds did not know
+    std::vector<Round> quiet;  // by what is usual, which the first rounds may not have known
     std::ranges::copy_if(rounds, std::back_inserter(quiet), &Round::quiet);
     state.counters["quiet"] = static_cast<double>(quiet.size()) / static_cast<double>(rounds.size());
     const std::vector<Round> &counted = quiet.empty() ? rounds : quiet;

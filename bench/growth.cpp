@@ -383,9 +383,9 @@ double nanoseconds(const Call &call) {
     while (bench::seconds(run) < 100e-6) times *= 2;
     Samples all, quiet;
     for (std::size_t attempt = 0; attempt < 5 * kRounds && quiet.size() < kRounds; ++attempt) {
-        const auto before = bench::probe().now();
+        const double before = bench::probe().now();
         const double t = all.emplace_back(bench::seconds(run) / times * 1e9);
-        const auto after = bench::probe().now();
+        const double after = bench::probe().now();
         if (bench::probe().quiet(before) && bench::probe().quiet(after)) quiet.push_back(t);
     }
     Samples &counted = quiet.empty() ? all : quiet;

@@ -7,7 +7,9 @@
 #include <time.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 
 namespace bench {
@@ -47,28 +49,36 @@ inline void chain(int steps) {
     [[maybe_unused]] volatile double kept = x;
 }
 
-// Both, some 10 us each, and the pair that took least in this program.  Their ratio tells a neighbour from the clock,
-// which steps by up to 16 % after work on wide vectors.
+// The full load in units of the chain, some 10 us of each, and what that usually is.  A neighbour slows the load, and not
+// the chain; the clock, which steps by up to 16 % after work on wide vectors, changes both.
 class Probe {
   public:
-    struct Times {
-        double full, chain;
-    };
     static constexpr double kTolerance = 0.08;  // a busy neighbour costs the full load 30 % and more
 
     Probe() {
-        for (int i = 0; i < 500; ++i) now();
+        for (int i = 0; i < 1000; ++i) now();
     }
-    Times now() {
+    double now() {
         full_load(8000);  // until the clock has settled, which wide vectors of the work before have lowered
-        const Times t{seconds([] { full_load(10000); }), seconds([] { bench::chain(6000); })};
-        if (t.full + t.chain < best_.full + best_.chain) best_ = t;
-        return t;
+        const double load = seconds([] { full_load(10000); });
+        recent_[count_] = load / seconds([] { chain(6000); });
+        const double ratio = recent_[count_++];
+        if (count_ == recent_.size()) settle();
+        return ratio;
     }
-    bool quiet(const Times &t) const { return std::abs(t.full / t.chain * best_.chain / best_.full - 1) <= kTolerance; }
+    bool quiet(double ratio) const { return std::abs(ratio / usual_ - 1) <= kTolerance; }
 
   private:
-    Times best_{std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
+    // The least of the medians of a hundred: one probe alone may find the chain disturbed.
+    void settle() {
+        std::ranges::nth_element(recent_, recent_.begin() + 50);
+        usual_ = std::min(usual_, recent_[50]);
+        count_ = 0;
+    }
+
+    std::array<double, 100> recent_{};
+    std::size_t count_ = 0;
+    double usual_ = std::numeric_limits<double>::infinity();
 };
 
 inline Probe &probe() {
