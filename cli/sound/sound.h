@@ -111,6 +111,7 @@ class SoundWriter {
     void open_file(SF_INFO format);
     void open_stream(SF_INFO format);
     void write_integers(std::span<const double> samples);
+    void write_doubles(std::span<const double> samples);
     void refuse_too_long(std::size_t samples);
 
     Output &out_;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <string_view>
+#include <vector>
 
 #include "cli/app/diagnostics.h"
 #include "cli/files/temporary.h"
@@ -51,6 +52,12 @@ bool has_either(std::span<const int> integers, int one, int other) {
     int found = 0;
     for (const int integer : integers) found |= static_cast<int>(integer == one) | static_cast<int>(integer == other);
     return found != 0;
+}
+
+// libsndfile looks these codes up in tables, and reads beyond them for samples beyond full scale.
+bool is_looked_up(int format) {
+    const int kind = format & SF_FORMAT_SUBMASK;
+    return kind == SF_FORMAT_ALAW || kind == SF_FORMAT_ULAW;
 }
 
 }  // namespace
@@ -180,6 +187,21 @@ void SoundWriter::write_integers(std::span<const double> samples) {
         fail("{}: {}", out_.name(), sf_strerror(file_.get()));
 }
 
+void SoundWriter::write_doubles(std::span<const double> samples) {
+    std::vector<double> limited;
+    if (is_looked_up(format_)) {
+        limited.assign(samples.begin(), samples.end());
+        for (double &sample : limited) {
+            clipped_ += std::abs(sample) <= 1 ? 0U : 1U;
+            sample = std::isnan(sample) ? 0 : std::clamp(sample, -1.0, 1.0);
+        }
+        samples = limited;
+    }
+    if (sf_write_double(file_.get(), samples.data(), static_cast<sf_count_t>(samples.size())) !=
+        static_cast<sf_count_t>(samples.size()))
+        fail("{}: {}", out_.name(), sf_strerror(file_.get()));
+}
+
 void SoundWriter::refuse_too_long(std::size_t samples) {
     samples_written_ += samples;
     if (!stream_ && lengths_have_32_bits(format_) &&
@@ -192,9 +214,8 @@ void SoundWriter::write(std::span<const double> samples) {
     refuse_too_long(samples.size());
     if (sample_bits(format_) > 0)
         write_integers(samples);
-    else if (sf_write_double(file_.get(), samples.data(), static_cast<sf_count_t>(samples.size())) !=
-             static_cast<sf_count_t>(samples.size()))
-        fail("{}: {}", out_.name(), sf_strerror(file_.get()));
+    else
+        write_doubles(samples);
     if (stream_ && stream_->bytes.size() >= kBlock) flush();
 }
 

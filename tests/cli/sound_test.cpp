@@ -44,6 +44,17 @@ static std::string rf64_of(const std::string &wav, std::uint64_t samples) {
            with_lengths(wav, 0, 0xFFFFFFFF).substr(12);
 }
 
+// libsndfile would read beyond its table of mu-law codes.
+TEST_F(CommandLine, mu_law_beyond_full_scale_is_clipped) {
+    write("x.au", std::string(".snd\0\0\0\x18\0\0\0\x08\0\0\0\x01\0\0\x1F\x40\0\0\0\x01", 24) +
+                      "\x10\x90\x10\x90\x10\x90\x10\x90");
+    write("loud.csv", "1e9,0,0,1,0,0\n");
+    EXPECT_EQ(run("filter --sos loud.csv x.au -o y.au"), 0) << err;
+    EXPECT_HAS(err, "8 samples exceeded full scale and were clipped");
+    EXPECT_EQ(run("stats y.au"), 0);
+    EXPECT_HAS(out, "min,-0.98");
+}
+
 TEST_F(CommandLine, sound_is_filtered_channel_by_channel_in_its_format) {
     std::vector<double> x = signal(600);
     for (double &sample : x) sample = std::round(sample * 32768) / 32768;  // which every format holds
