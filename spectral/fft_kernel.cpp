@@ -227,7 +227,7 @@ template <typename JoinPart>
 LANES_INLINE void run_pass(const Plan &plan, std::size_t q, JoinPart join_part) {
     if (q <= kReadyVectors) {
         const Twiddles *const ready = __builtin_ctzll(q) % 2 == 0 ? kReady.even : kReady.odd;
-        join_part(0, q, ready + (q - 1) / 3);
+        join_part(0, q, ready + ready_before(q));
         return;
     }
     constexpr std::size_t kPart = 16;  // of factors that are made and used while they are in the first cache

@@ -21,7 +21,7 @@ struct Twiddles {
 // A pass runs two stages: it joins four transforms of q vectors to one of 4 q.  Its factors are q entries, which depend
 // on q alone.  Those of the passes up to 1024 points are data, one pass after the other.
 inline constexpr std::size_t kReadyVectors = 64;
-constexpr std::size_t ready_before(std::size_t q) { return (q - 1) / 3; }
+LANES_INLINE constexpr std::size_t ready_before(std::size_t q) { return (q - 1) / 3; }
 struct ReadyFactors {
     Twiddles even[ready_before(4 * 64)];  // q = 1, 4, 16, 64
     Twiddles odd[ready_before(4 * 32)];   // q = 2, 8, 32
