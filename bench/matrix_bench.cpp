@@ -140,7 +140,7 @@ void compare_with_textbook(benchmark::State &state, std::size_t m, std::size_t n
     Rows rows(m, Vector(n)), peer_q, peer_r;  // peer_q is transposed
     for (std::size_t i = 0; i < m; ++i)
         for (std::size_t j = 0; j < n; ++j) x->v[i][j] = rows[i][j] = element(i, j);
-    const std::size_t times = 1 + 100000 / (m * m * m * n);
+    const std::size_t times = 1 + 100000 / std::max<std::size_t>(m * m * m * n, 1);
     const auto repeated = [&](auto decompose) {
         return [&, decompose] {
             for (std::size_t t = 0; t < times; ++t) decompose();

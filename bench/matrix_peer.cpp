@@ -49,8 +49,8 @@ namespace {
 template <int n, int m>
 Job kalman_filter_of(const KalmanModel &model, const double *z) {
     const auto state = std::make_shared<Matrix<n, 1>>(Matrix<n, 1>::Zero());
-    const auto run = [A = packed<n>(model.A), C = packed<m, n>(model.C), Q = packed<n>(model.Q), R = packed<m>(model.R),
-                      P = packed<n>(model.P), z, state](int times) mutable {
+    const auto run = [A = packed<n>(model.A), P = packed<n>(model.P), Q = packed<n>(model.Q), C = packed<m, n>(model.C),
+                      R = packed<m>(model.R), z, state](int times) mutable {
         auto &x = *state;
         for (int i = 0; i < times; ++i) {
             x = A * x;
