@@ -49,14 +49,16 @@ GUARD = (RECURRENCE + " `FilterWithIIR` keeps the largest magnitude of every sum
 LANES = ("One filter alone already runs its sections side by side in lanes and is bound by its feedback; channels are "
          "bound by 27 products and sums of four lanes a sample.")
 SHORT = "Each call of 8 samples loads and stores the state, and fills and empties the sections."
+POLES = "The poles are roots of a polynomial, found by `FindRoots`; those of Butterworth are given by a formula."
 CORNER = "The corner is searched for on the response; Butterworth and the peer need no search."
 EXTENDED = "Poles, zeros and edges are found in extended precision."
 UNPLANNED = ("The peer has planned beforehand, and keeps its plan; `FFT` keeps nothing. Up to 16384 points its sines and "
              "cosines are data of the library; beyond, three of four come from libm, 13 % of the time at 65536 points.")
 PRODUCTS = "In addition to the cosines it computes 65536 products and reads and writes the data."
 POWERS = "A point takes eight powers of libm, whose last bits the results hang on."
+FUSED = "The peer fuses products and sums, on this processor in vectors of eight, which would change our bits."
 PEAK = ("At 0.76 cycles for four products and four sums it reaches 96 % of what the Intel Xeon can multiply and then add "
-        "(0.73 cycles), 86 % on an AMD Zen 3. The peer fuses both, here on vectors of eight, which would change our bits.")
+        "(0.73 cycles), 86 % on an AMD Zen 3. " + FUSED)
 DIVIDER = "The speed of division limits it."
 MEMORY = "It is bound by memory as the copy is: both read and write the whole record."
 WHOLE = ("Both ways filters twice, and holds the whole sound as doubles: it reads, keeps and passes 460 MB five times. "
@@ -65,6 +67,8 @@ DIGITS = "A third of the time goes into the shortest digits of each number, 44 n
 TEXTBOOK = ("The plain loops sum in registers. 35 times as fast was the aim; 28 to 40 times has been measured on AMD EPYC, "
             "where the loops take 530 ms.")
 UNROLLED = "The peer's compiler knows the sizes, unrolls all loops and may fuse products and sums; ours reads sizes in every call."
+WINDOWS = ("Two additions start in a cycle; above 600 samples a channel the windows of ten channels come from the second "
+           "cache.")
 ORDERED = "Each addition of an ordered sum waits for the one before."
 LIQUID, LOOP, EIGEN = "liquid-dsp (single precision)", "a loop with a table of cosines", "Eigen (sizes at run time)"
 FIXED_EIGEN = "Eigen (sizes known to the compiler)"
@@ -111,7 +115,7 @@ SECTIONS = {
         "Default_design_against_liquid": Row("default low-pass design", LIQUID),
         "Elliptic_band_pass_6_design_against_liquid": Row("elliptic band-pass design, 6 poles", LIQUID, CORNER),
         "Chebyshev_8_design_against_Butterworth_8": Row("Chebyshev design, 8 poles", BUTTERWORTH, CORNER),
-        "Bessel_8_design_against_Butterworth_8": Row("Bessel design, 8 poles", BUTTERWORTH),
+        "Bessel_8_design_against_Butterworth_8": Row("Bessel design, 8 poles", BUTTERWORTH, POLES),
         "Papoulis_20_design_against_Butterworth_8": Row("Papoulis design, 20 poles", BUTTERWORTH, ROUNDED),
     },
     "Filters as requested, three sections": {
@@ -149,7 +153,7 @@ SECTIONS = {
         **sizes("rmatrix_multi_ptr_against_Eigen", PRODUCT, EIGEN, [4, 9]),
         **sizes("rmatrix_multi_ptr_against_Eigen", PRODUCT, EIGEN, [100], PEAK),
         "rmatrix_multi_ptr_against_OpenBLAS": Row(PRODUCT.format(100), BLAS, PEAK),
-        **sizes("rmatrix_inverse_ptr_against_Eigen", INVERSE, PIVOTS, [9, 100]),
+        **sizes("rmatrix_inverse_ptr_against_Eigen", INVERSE, PIVOTS, [9, 100], FUSED),
         "householder_of_noise_against_textbook":
             Row("`householder`, 168 x 84, noise", "plain loops", TEXTBOOK),
         **sizes("householder_square_against_textbook", "`householder`, {0} x {0}, noise", "plain loops", [4, 16]),
@@ -167,8 +171,10 @@ SECTIONS = {
             Row("`move_average_filter_online`, length 1000", "one ordered sum", ORDERED),
         "move_average_filter_online_of_100_against_ordered_sum": Row("the same, length 100", "one ordered sum", ORDERED),
         "move_average_filter_onlines_ten_channels_against_one_by_one":
-            Row("`move_average_filter_onlines`, 10 channels, length 1000, per channel", "one by one"),
-        "move_average_filter_onlines_ten_channels_of_100_against_one_by_one": Row("the same, length 100", "one by one"),
+            Row("`move_average_filter_onlines`, 10 channels, length 1000, per channel", "one by one",
+                WINDOWS),
+        "move_average_filter_onlines_ten_channels_of_100_against_one_by_one":
+            Row("the same, length 100", "one by one", WINDOWS),
     },
     "Differential equations": {
         "rkf45_quiet_against_gsl": Row("`rkf45`, 3 components, an attempt", "GSL (its step alone)"),

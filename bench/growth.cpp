@@ -72,7 +72,7 @@ Samples noise(int n) {
 template <CplxD (*function)(CplxD)>
 Call thousand_times(int magnitude) {
     return [z = CplxD{0.6 * magnitude, 0.8 * magnitude}] {
-        volatile double kept = 0;
+        [[maybe_unused]] volatile double kept = 0;
         for (int i = 0; i < 1000; ++i) kept = function(z).re;
     };
 }
@@ -149,8 +149,8 @@ Call response(int n) {
 template <int family>
 Call design(int poles) {
     return [poles] {
-        volatile double kept = CalcIIRFilterCoeff({ptLowPass, 0.2, 0.1, 0, {family, poles, 0.1, 60, 0.2}}).b0[0];
-        static_cast<void>(kept);
+        [[maybe_unused]] volatile double kept =
+            CalcIIRFilterCoeff({ptLowPass, 0.2, 0.1, 0, {family, poles, 0.1, 60, 0.2}}).b0[0];
     };
 }
 
@@ -203,10 +203,7 @@ Call real_bins(int n) {
 
 template <double (*bin)(const double *, int, double)>
 Call one_bin(int n) {
-    return [n, x = noise(n)] {
-        volatile double kept = bin(x.data(), n, 0.3);
-        static_cast<void>(kept);
-    };
+    return [n, x = noise(n)] { [[maybe_unused]] volatile double kept = bin(x.data(), n, 0.3); };
 }
 
 template <int kind>
@@ -270,7 +267,7 @@ Call moving_average(int length) {
     MovingAverageOnline average;
     init_move_average_filter_online(&average, length);
     return [average, x = noise(1000)]() mutable {
-        volatile double kept = 0;
+        [[maybe_unused]] volatile double kept = 0;
         for (const double sample : x) kept = move_average_filter_online(&average, sample);
     };
 }
