@@ -7,8 +7,9 @@
     bench/performance.py --bars                            measures nothing: bench/targets.json becomes what
                                                            bench/results.json has, plus 5 %
 
-A benchmark that benchmarks.SECTIONS does not name is an error, so that none is left out; so is one that was not measured,
-and one whose two sides did different work.  A row with few quiet rounds (bench/compare.h) is run again.
+A benchmark that benchmarks.SECTIONS does not name is an error, so that none is left out; so is one whose two sides did
+different work.  A row with few quiet rounds (bench/compare.h) is run again.  At the end it says which rows were not measured,
+not quiet, or over their bars.
 """
 
 import datetime
@@ -135,7 +136,7 @@ def set_bars():
 
 
 def report(measured):
-    """Says which rows are restless, over their bars or not there; whether all are there."""
+    """Says which rows are not there, not quiet, or over their bars."""
     for name, row in ROWS.items():
         if name not in measured:
             say(f"{name}: NOT MEASURED")
@@ -144,7 +145,6 @@ def report(measured):
             say(f"{name}: only {measured[name]['quiet']:.0%} of its rounds were quiet")
         for miss in missed(name, measured[name]):
             say(f"{name}: {miss}{'' if row.reason else ', no reason is known'}")
-    return ROWS.keys() <= measured.keys()
 
 
 def main():
@@ -163,8 +163,8 @@ def main():
         measured = merged(before, now, measured)
         now = before["conditions"]
     write(now, {name: measured[name] for name in ROWS if name in measured})
-    return 0 if report(measured) else 1
+    report(measured)
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()
