@@ -5,7 +5,7 @@
 //
 //   1. gather: stages 1 and 2, from the caller's arrays into vectors in bit-reversed order, tile by tile for the caches
 //   2. passes of two stages, in registers; a large transform finishes one quarter after the other, which stays in the
-//      cache meanwhile.  Twiddle factors are data (fft_factors.cpp) up to 1024 points, above they come from the first
+//      cache meanwhile.  Twiddle factors are data (fft_factors.cpp) up to 4096 points, above they come from the first
 //      eighth of a circle: the table up to 16384 points, computed in the call for more
 //   3. the last two stages, scaled, into the caller's arrays
 //

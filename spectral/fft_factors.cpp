@@ -1,4 +1,4 @@
-// The twiddle factors of all passes up to 1024 points, taken from the table when this file is compiled.
+// The twiddle factors of all passes up to 4096 points, taken from the table when this file is compiled.
 
 #include <cstddef>
 

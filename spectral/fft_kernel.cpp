@@ -158,7 +158,7 @@ LANES_INLINE void join_fours(const Plan &plan, Bins *x, std::size_t count) {
     }
 }
 
-// ---- Factors of passes of more than 1024 points ----
+// ---- Factors of passes of more than 4096 points ----
 
 // The first eighth of a circle, every stride-th entry.
 struct Circle {

@@ -19,12 +19,12 @@ struct Twiddles {
 };
 
 // A pass runs two stages: it joins four transforms of q vectors to one of 4 q.  Its factors are q entries, which depend
-// on q alone.  Those of the passes up to 1024 points are data, one pass after the other.
-inline constexpr std::size_t kReadyVectors = 64;
+// on q alone.  Those of the passes up to 4096 points are data, one pass after the other: 64 KB.
+inline constexpr std::size_t kReadyVectors = 256;
 LANES_INLINE constexpr std::size_t ready_before(std::size_t q) { return (q - 1) / 3; }
 struct ReadyFactors {
-    Twiddles even[ready_before(4 * 64)];  // q = 1, 4, 16, 64
-    Twiddles odd[ready_before(4 * 32)];   // q = 2, 8, 32
+    Twiddles even[ready_before(4 * 256)];  // q = 1, 4, 16, 64, 256
+    Twiddles odd[ready_before(4 * 128)];   // q = 2, 8, 32, 128
 };
 extern const ReadyFactors kReady;
 
