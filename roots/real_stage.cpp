@@ -57,7 +57,7 @@ template <bool keep_K>
     return next_K<keep_K>(P, N, s, P[0], KR, QK, [factor](real qp, real qk) { return qp + qk * factor; });
 }
 
-enum class Ended { kRoot, kAllSteps, kEarly };
+enum class Ended { kRoot, kWithNewK, kWithOldK };  // without a root: KR is that of the last step taken, or may be older
 
 // With K kept at the last step only, KR is untouched before that step, and QPR before the end.
 Ended iterate(IterationMemory &memory, int pass, const real *P, real *QPR, real *KR, real *QK, int N, KeepK keep,
@@ -77,34 +77,35 @@ Ended iterate(IterationMemory &memory, int pass, const real *P, real *QPR, real 
             *S = s;
             return Ended::kRoot;
         }
-        if (error > kHuge) return Ended::kEarly;
+        if (error > kHuge) return Ended::kWithOldK;
 
         const auto [last, slope] =
             keep_K ? update_K<true>(P, N, s, value, KR, QK) : update_K<false>(P, N, s, value, KR, QK);
-        if (magnitude(last) > kHuge || magnitude(slope) <= smallest) return Ended::kEarly;
+        const Ended without_root = keep_K ? Ended::kWithNewK : Ended::kWithOldK;
+        if (magnitude(last) > kHuge || magnitude(slope) <= smallest) return without_root;
 
         real ds = value / slope;
         if (magnitude(memory.previous_value + value) < magnitude(value)) ds *= 0.5L;  // the sign has changed
         if (s == 0 && ds == 0) {
             memory.previous_value = value;
-            return Ended::kEarly;
+            return without_root;
         }
         if (s != 0 && magnitude(ds) < magnitude(s) * kTwoToMinus63)  // s keeps its sign here
             ds = (ds < 0 ? -2 : 2) * s * kTwoToMinus63;
         s -= ds;
         memory.previous_value = value;
     }
-    return Ended::kAllSteps;
+    return Ended::kWithNewK;
 }
 
 }  // namespace
 
-// Where the steps end early, which is rare, they are taken again for the K polynomial of the last one.
+// Where the steps end early, which is rare, they are taken again for the K polynomial of the last one taken.
 int real_stage(IterationMemory &memory, int pass, const real *P, real *QPR, real *KR, real *QK, int N,
                bool pass_follows, real *S) {
     const IterationMemory at_start = memory;
     const Ended ended = iterate(memory, pass, P, QPR, KR, QK, N, KeepK::kOfLastStep, S);
-    if (ended == Ended::kEarly && pass_follows) {
+    if (ended == Ended::kWithOldK && pass_follows) {
         memory = at_start;
         iterate(memory, pass, P, QPR, KR, QK, N, KeepK::kOfEveryStep, S);
     }
