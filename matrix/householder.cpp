@@ -140,9 +140,9 @@ class FiniteReflections {
     static mensura::Scratch<double> allocate(const Matrix &x) {
         static_assert(sizeof(double *) <= sizeof(double));
         const auto rows = static_cast<std::uint64_t>(x.m), cols = static_cast<std::uint64_t>(x.n);
-        const std::uint64_t numbers = rows * (2 + 3 * rows + 2 * cols), pointers = 6 * rows;
-        if (numbers + pointers > SIZE_MAX / sizeof(double)) return nullptr;
-        return mensura::scratch<double>(static_cast<std::size_t>(numbers + pointers));
+        const std::uint64_t each_row = (2 + 3 * rows + 2 * cols) + 6;
+        if (each_row > SIZE_MAX / sizeof(double) / rows) return nullptr;
+        return mensura::scratch<double>(static_cast<std::size_t>(rows * each_row));
     }
 
     double **rows_of(double *&next_number, double **&next_row, std::size_t cols) const {
