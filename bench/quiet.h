@@ -35,8 +35,7 @@ inline void full_load(int turns) {
     Lanes a{0}, b{1}, c{2}, d{3}, e{4}, f{5}, g{6}, h{7};
     const Lanes step{0.5, 0.5};
     for (int turn = 0; turn < turns; ++turn) {
-        a += step, b += step, c += step, d += step;
-        e += step, f += step, g += step, h += step;
+        for (Lanes *sum : {&a, &b, &c, &d, &e, &f, &g, &h}) *sum += step;
         asm volatile("nop\n nop\n nop\n nop\n nop\n nop\n nop\n nop");
     }
     [[maybe_unused]] volatile double kept = (a + b + c + d + e + f + g + h)[0];

@@ -241,7 +241,7 @@ void run_samples(const Cascade &cascade, const double *in, std::ptrdiff_t in_str
                  std::ptrdiff_t out_stride, std::size_t n) {
     if (is_unscaled(cascade))
         run_blocks<Kind{.scaled = false, .keeps_peak = false}>(cascade, {in, in_stride}, {out, out_stride}, n);
-    else
+    else  // which is rare: the code of run_and_keep_peak serves, too
         run_blocks<Kind{.scaled = true, .keeps_peak = true}>(cascade, {in, in_stride}, {out, out_stride}, n);
 }
 

@@ -50,8 +50,8 @@ static void expect_zero_phase(const IIRCoeffs &c, const std::vector<double> &x, 
 }
 
 // Sections that fill their groups of four or eight lanes and do not, with a scale and without; fewer samples than the
-// lanes lag behind, and the border of a block.  Spikes: an ordinary record; a last section that is unstable; one with too large a feed-forward sum alone;
-// inputs at the guard's threshold, just beyond it, infinite and NaN.
+// lanes lag behind, and the border of a block.  Spikes: an ordinary record; a last section that is unstable; one with too
+// large a feed-forward sum alone; inputs at the guard's threshold, just beyond it, infinite and NaN.
 TEST(IirRecords, have_the_bits_of_loops_over_samples) {
     constexpr double kOrdinary = 0, kUnstable = 1, kLargeSum = 1e12;
     support::Noise noise(5);
