@@ -8,6 +8,10 @@
 #include <cstdint>
 #include <cstring>
 
+#ifdef __AVX__
+#include <immintrin.h>
+#endif
+
 // Every function and lambda that takes or returns lanes is inlined: target.h says why.
 #define LANES_INLINE [[gnu::always_inline]] inline
 #define LANES_LAMBDA __attribute__((always_inline))
@@ -51,6 +55,15 @@ LANES_INLINE Lanes load(const double *p) {
 }
 
 LANES_INLINE void store(double *p, Lanes v) { std::memcpy(p, &v, sizeof v); }
+
+// A store that bypasses the caches, for data that outgrow them before they are read again; p is aligned to 32 bytes.
+LANES_INLINE void stream(double *p, Lanes v) {
+#ifdef __AVX__
+    _mm256_stream_pd(p, v);
+#else
+    store(p, v);
+#endif
+}
 
 LANES_INLINE Lanes all(double x) { return Lanes{x, x, x, x}; }
 

@@ -81,19 +81,31 @@ constexpr std::size_t kNarrow = 8;           // columns of a tile, in doubles: o
 constexpr std::size_t kWide = 32;            // columns of a tile where rows are long: four cache lines
 constexpr std::size_t kLongRow = 2048;       // from this length of a row on, wide tiles are faster
 
+constexpr std::size_t kStreamedVectors = 131072;  // 8 MB: from here on the gather bypasses the caches
+
 // The transforms of x[i], x[i + n/4], x[i + n/2], x[i + 3n/4] for i .. i + 3, a vector each.  The first goes to `place`;
 // in bit-reversed order that of i + 1 lies half of all vectors further on, that of i + 2 a quarter.
+template <bool bypass_caches>
 LANES_INLINE void gather_four(const Plan &plan, const double *re, const double *im, std::size_t i, std::size_t place) {
     const std::size_t quarter = plan.n / 4, next = plan.vectors() / 4;
     const auto input = [&](std::size_t at) LANES_LAMBDA { return Bins{load(re + at), load(im + at)}; };
     FourBins x{input(i), input(i + 2 * quarter), input(i + quarter), input(i + 3 * quarter)};
     first_stages(plan, x);
-    plan.bins[place] = x.a;
-    plan.bins[place + 2 * next] = x.b;
-    plan.bins[place + next] = x.c;
-    plan.bins[place + 3 * next] = x.d;
+    const auto output = [&](std::size_t at, const Bins &bins) LANES_LAMBDA {
+        if constexpr (bypass_caches) {
+            stream(reinterpret_cast<double *>(&plan.bins[at].re), bins.re);
+            stream(reinterpret_cast<double *>(&plan.bins[at].im), bins.im);
+        } else {
+            plan.bins[at] = bins;
+        }
+    };
+    output(place, x.a);
+    output(place + 2 * next, x.b);
+    output(place + next, x.c);
+    output(place + 3 * next, x.d);
 }
 
+template <bool bypass_caches>
 LANES_INLINE void gather(const Plan &plan, const double *re, const double *im) {
     const std::size_t count = plan.vectors(), row = count >= kTiledVectors ? count / kTileRows : count;
     const std::size_t columns = row < kNarrow ? row : row < kLongRow ? kNarrow : kWide;
@@ -101,7 +113,7 @@ LANES_INLINE void gather(const Plan &plan, const double *re, const double *im) {
     for (std::size_t first = 0; first < row; first += columns)
         for (std::size_t i = first; i < count; i += row)
             for (std::size_t j = i; j < i + columns; j += kLanes)
-                gather_four(plan, re, im, j, bit_reversed(static_cast<std::uint32_t>(j)) >> unused_bits);
+                gather_four<bypass_caches>(plan, re, im, j, bit_reversed(static_cast<std::uint32_t>(j)) >> unused_bits);
 }
 
 // ---- Joining ----
@@ -308,7 +320,10 @@ LANES_INLINE void transform_eight(const Plan &plan, double *re, double *im, doub
 
 void transform(const Plan &plan, double *re, double *im, double scale) {
     if (plan.n == 8) return transform_eight(plan, re, im, scale);
-    gather(plan, re, im);
+    if (plan.vectors() < kStreamedVectors)
+        gather<false>(plan, re, im);
+    else
+        gather<true>(plan, re, im);
     transform_quarters(plan);
     run_last_pass(plan, re, im, scale);
 }
