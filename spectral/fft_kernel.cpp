@@ -179,7 +179,7 @@ struct Circle {
 };
 
 LANES_INLINE Circle circle_of(const Plan &plan, std::size_t points) {
-    if (points <= kCirclePoints) return {kCircle, points, kCirclePoints / points};
+    if (points <= kCirclePoints) return {plan.table, points, kCirclePoints / points};
     return {plan.eighths[__builtin_ctzll(plan.n / points) / 2], points, 1};
 }
 

@@ -36,6 +36,7 @@ struct Plan {
     const CosSin *eighths[3];  // of the circles of n, n / 4 and n / 16 points, where they are finer than the table
     double zero;  // imaginary part of the twiddle factor 1: +0, and -0 in the inverse, whose exchange of re and im
                   // changes its sign
+    const CosSin *table = kCircle;  // kernels do not name it, because the object of one must not define what others use
 
     [[nodiscard]] LANES_INLINE std::size_t vectors() const { return n / kLanes; }
 };
