@@ -18,24 +18,15 @@
 #include <cstddef>
 #include <functional>
 #include <iterator>
-#include <random>
 #include <vector>
 
+#include "noise.h"
 #include "quiet.h"
 
 namespace bench {
 
 constexpr double kSpare = 2.0;
 constexpr std::size_t kMostRounds = 20000;
-
-// Uniform in [-1, 1).
-inline std::vector<double> noise(std::size_t n, unsigned seed = 1) {
-    std::mt19937_64 bits(seed);
-    std::uniform_real_distribution<double> uniform(-1, 1);
-    std::vector<double> samples(n);
-    for (double &x : samples) x = uniform(bits);
-    return samples;
-}
 
 struct Nothing {
     void operator()() const {}

@@ -14,9 +14,9 @@
 #include <functional>
 #include <memory>
 #include <numeric>
-#include <random>
 #include <vector>
 
+#include "noise.h"
 #include "quiet.h"
 
 // ---- the heap: this program's malloc takes the place of glibc's, for the library too ----
@@ -59,13 +59,7 @@ struct Growth {
     Call (*at)(int n);  // has its data at that size
 };
 
-Samples noise(int n) {
-    std::mt19937_64 bits(1);
-    std::uniform_real_distribution<double> uniform(-1, 1);
-    Samples samples(static_cast<std::size_t>(n));
-    for (double &x : samples) x = uniform(bits);
-    return samples;
-}
+Samples noise(int n) { return bench::noise(static_cast<std::size_t>(n)); }
 
 // ---- complex numbers and roots ----
 
