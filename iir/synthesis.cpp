@@ -345,13 +345,10 @@ void initTIIRFilter(TIIRFilter *filter, int passType, double fc, double fs) {
 void initTIIRFilters(TIIRFilterBank *bank, int passType, int count, double fc, double fs) {
     bank->Count = count;
     TIIRFilter *const filters = bank->Filters;
-    for (int i = 0; i < count; ++i) {
-        TIIRFilter &f = filters[i];
-        f.Spec = default_request(passType, (fc + fc) / fs);
-        if (i == 0)
-            synthesise(f.Spec, f.Coeffs);
-        else
-            f.Coeffs = filters[0].Coeffs;
-        f.Primed = 0;
+    if (count > 0) initTIIRFilter(filters, passType, fc, fs);
+    for (int i = 1; i < count; ++i) {  // without the registers, which are set when the filter is primed
+        filters[i].Spec = filters[0].Spec;
+        filters[i].Coeffs = filters[0].Coeffs;
+        filters[i].Primed = 0;
     }
 }
