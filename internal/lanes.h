@@ -72,16 +72,15 @@ LANES_INLINE Pair upper_half(Lanes v) { return __builtin_shufflevector(v, v, 2, 
 LANES_INLINE Lanes joined(Pair lower, Pair upper) { return __builtin_shufflevector(lower, upper, 0, 1, 2, 3); }
 
 // The transpose of the matrix whose rows are given.
-LANES_INLINE void transpose(Lanes (&rows)[kLanes]) {
-    const Lanes a = __builtin_shufflevector(rows[0], rows[1], 0, 4, 2, 6);
-    const Lanes b = __builtin_shufflevector(rows[0], rows[1], 1, 5, 3, 7);
-    const Lanes c = __builtin_shufflevector(rows[2], rows[3], 0, 4, 2, 6);
-    const Lanes d = __builtin_shufflevector(rows[2], rows[3], 1, 5, 3, 7);
-    rows[0] = __builtin_shufflevector(a, c, 0, 1, 4, 5);
-    rows[1] = __builtin_shufflevector(b, d, 0, 1, 4, 5);
-    rows[2] = __builtin_shufflevector(a, c, 2, 3, 6, 7);
-    rows[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
+LANES_INLINE void transpose(Lanes &a, Lanes &b, Lanes &c, Lanes &d) {
+    const Lanes ab = __builtin_shufflevector(a, b, 0, 4, 2, 6), ba = __builtin_shufflevector(a, b, 1, 5, 3, 7);
+    const Lanes cd = __builtin_shufflevector(c, d, 0, 4, 2, 6), dc = __builtin_shufflevector(c, d, 1, 5, 3, 7);
+    a = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
+    b = __builtin_shufflevector(ba, dc, 0, 1, 4, 5);
+    c = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
+    d = __builtin_shufflevector(ba, dc, 2, 3, 6, 7);
 }
+LANES_INLINE void transpose(Lanes (&rows)[kLanes]) { transpose(rows[0], rows[1], rows[2], rows[3]); }
 
 LANES_INLINE Lanes magnitude(Lanes v) {
     return reinterpret_cast<Lanes>(reinterpret_cast<LaneBits>(v) & INT64_MAX);  // without the sign bit

@@ -47,15 +47,6 @@ LANES_INLINE Bins from_one(const Plan &plan, const Bins &w) {
 
 // ---- Gathering ----
 
-LANES_INLINE void transpose(Lanes &a, Lanes &b, Lanes &c, Lanes &d) {
-    const Lanes ab = __builtin_shufflevector(a, b, 0, 4, 2, 6), ba = __builtin_shufflevector(a, b, 1, 5, 3, 7);
-    const Lanes cd = __builtin_shufflevector(c, d, 0, 4, 2, 6), dc = __builtin_shufflevector(c, d, 1, 5, 3, 7);
-    a = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
-    b = __builtin_shufflevector(ba, dc, 0, 1, 4, 5);
-    c = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
-    d = __builtin_shufflevector(ba, dc, 2, 3, 6, 7);
-}
-
 // Stages 1 and 2, whose factors are 1: x has points i .. i + 3 of each quarter of the input, in the order of the first,
 // third, second and fourth, and receives the four bins of point i, those of i + 1, and so on.
 LANES_INLINE void first_stages(const Plan &plan, FourBins &x) {
